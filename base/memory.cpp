@@ -1,0 +1,37 @@
+#include "base/memory.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace {
+constexpr size_t HUGE_PAGE = size_t{2} << 20;
+}
+
+void LargeMemoryDeleter::operator()(void* memory) const { munmap(memory, bytes); }
+
+LargeMemory allocate_large(size_t bytes) {
+    // One huge page more than asked for, so that an aligned block can be cut out of it.
+    if (bytes == 0 || bytes > SIZE_MAX - 2 * HUGE_PAGE) return {};
+    const size_t rounded = (bytes + HUGE_PAGE - 1) / HUGE_PAGE * HUGE_PAGE;
+    void* raw = mmap(nullptr, rounded + HUGE_PAGE, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (raw == MAP_FAILED) return {};
+    char* const start = static_cast<char*>(raw);
+    const size_t misalignment = reinterpret_cast<uintptr_t>(raw) % HUGE_PAGE;
+    const size_t head = misalignment ? HUGE_PAGE - misalignment : 0;
+    if (head) munmap(start, head);
+    munmap(start + head + rounded, HUGE_PAGE - head);
+    madvise(start + head, rounded, MADV_HUGEPAGE);
+    return {start + head, LargeMemoryDeleter{rounded}};
+}
+
+int64_t available_physical_memory() {
+    // MemAvailable also counts the file cache that the kernel would give back; _SC_AVPHYS_PAGES does not.
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen("/proc/meminfo", "r"), std::fclose);
+    char line[128];
+    long long kilobytes = 0;
+    while (file && std::fgets(line, sizeof line, file.get()))
+        if (std::sscanf(line, "MemAvailable: %lld kB", &kilobytes) == 1) return kilobytes * 1024;
+    return int64_t{sysconf(_SC_AVPHYS_PAGES)} * sysconf(_SC_PAGESIZE);
+}

@@ -1,0 +1,21 @@
+// Large tables: memory from the system, zero-filled, aligned to two megabytes and marked for huge pages where
+// the system has them, which saves address-translation misses in the transposition table and the weights.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+struct LargeMemoryDeleter {
+    size_t bytes = 0;
+    void operator()(void* memory) const;
+};
+
+// Owns one large block; empty when the allocation failed.
+using LargeMemory = std::unique_ptr<void, LargeMemoryDeleter>;
+
+// `bytes` zero bytes, or an empty owner if the system has no memory for them.
+LargeMemory allocate_large(size_t bytes);
+
+// Physical memory, in bytes, that could be had without swapping.
+int64_t available_physical_memory();
