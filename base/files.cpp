@@ -74,7 +74,8 @@ int replace_file(const std::string& path, const void* data, size_t bytes) {
     const std::string aside = path + ".new" + std::to_string(getpid());
     const int descriptor = open(aside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (descriptor < 0) return 1;
-    const bool written = write_all(descriptor, static_cast<const char*>(data), bytes) && fsync(descriptor) == 0;
+    const bool written =
+        write_all(descriptor, static_cast<const char*>(data), bytes) && fsync(descriptor) == 0;
     if (close(descriptor) != 0 || !written || std::rename(aside.c_str(), path.c_str()) != 0) {
         unlink(aside.c_str());
         return 1;

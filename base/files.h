@@ -12,5 +12,6 @@ int64_t file_size(const std::string& path);
 int read_file(const std::string& path, std::string& text);
 
 // Writes `bytes` bytes aside, flushes them to the disk and renames the new file over `path`, so that the file
-// is at every moment the old one or the new one. 0, or 1 if it could not be written; the old file then stands.
+// is at every moment the old one or the new one. 0, or 1 if it could not be written; the old file then
+// stands.
 int replace_file(const std::string& path, const void* data, size_t bytes);

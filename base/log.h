@@ -1,6 +1,6 @@
 // The program's log: free text, one line a call, ending in a newline. Each call opens the file, appends and
-// closes it again; nothing is kept open and no lock is taken, so any thread may log and a crash loses nothing.
-// A line that cannot be written is lost silently.
+// closes it again; nothing is kept open and no lock is taken, so any thread may log and a crash loses
+// nothing. A line that cannot be written is lost silently.
 #pragma once
 
 #include <string>

@@ -15,7 +15,8 @@ LargeMemory allocate_large(size_t bytes) {
     // One huge page more than asked for, so that an aligned block can be cut out of it.
     if (bytes == 0 || bytes > SIZE_MAX - 2 * HUGE_PAGE) return {};
     const size_t rounded = (bytes + HUGE_PAGE - 1) / HUGE_PAGE * HUGE_PAGE;
-    void* raw = mmap(nullptr, rounded + HUGE_PAGE, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    void* raw =
+        mmap(nullptr, rounded + HUGE_PAGE, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (raw == MAP_FAILED) return {};
     char* const start = static_cast<char*>(raw);
     const size_t misalignment = reinterpret_cast<uintptr_t>(raw) % HUGE_PAGE;

@@ -1,5 +1,5 @@
-// User-visible texts by their numeric ids, the ids that language files use too. The built-in texts are English;
-// a language layer above puts itself in front of them through `text_source`.
+// User-visible texts by their numeric ids, the ids that language files use too. The built-in texts are
+// English; a language layer above puts itself in front of them through `text_source`.
 #pragma once
 
 #include <cstddef>
@@ -19,5 +19,6 @@ const char* built_in_text(int id);
 // Gives the text of `id` in the current language; null for the built-in texts. Set before other threads run.
 extern void (*text_source)(int id, char* buffer, size_t size);
 
-// The text of `id` in the current language, cut to `size` - 1 characters and ended by a NUL; `size` at least 1.
+// The text of `id` in the current language, cut to `size` - 1 characters and ended by a NUL; `size` at
+// least 1.
 void get_text(int id, char* buffer, size_t size);

@@ -3,7 +3,8 @@
 
 namespace {
 constexpr TextEntry ENTRIES[] = {
-    {234, "value"}, {235, "depth"}, {236, "kN/s"}, {237, "pv"}, {238, "sec"}, {247, "no moves"}, {248, "Thinking..."},
+    {234, "value"}, {235, "depth"},    {236, "kN/s"},        {237, "pv"},
+    {238, "sec"},   {247, "no moves"}, {248, "Thinking..."},
 };
 }
 

@@ -44,6 +44,7 @@ constexpr DiagonalRayTable diagonal_rays = make_diagonal_rays();
 
 bool is_legal_setup(const Position& position) {
     const uint64_t men = ~position.king;
-    return (position.black & men & BLACK_PROMOTION_ROW) == 0 && (position.white & men & WHITE_PROMOTION_ROW) == 0 &&
+    return (position.black & men & BLACK_PROMOTION_ROW) == 0 &&
+           (position.white & men & WHITE_PROMOTION_ROW) == 0 &&
            ((position.black | position.white) & ~BOARD_MASK) == 0 && (position.black & position.white) == 0;
 }

@@ -1,8 +1,9 @@
 // The board and a position on it: three 64-bit sets.
 //
-// Squares are numbered 1 to 50 as players do. Square s is bit (s - 1) + (s - 1) / 10, so each pair of rows takes
-// eleven bits, ten squares and one ghost bit (10, 21, 32, 43). With the ghost bits each of the four diagonal
-// steps is one shift over the whole board, and a step over the edge lands on a bit outside BOARD_MASK:
+// Squares are numbered 1 to 50 as players do. Square s is bit (s - 1) + (s - 1) / 10, so each pair of rows
+// takes eleven bits, ten squares and one ghost bit (10, 21, 32, 43). With the ghost bits each of the four
+// diagonal steps is one shift over the whole board, and a step over the edge lands on a bit outside
+// BOARD_MASK:
 //
 //     left by 5   down and left        right by 5   up and right
 //     left by 6   down and right       right by 6   up and left
@@ -32,8 +33,8 @@ constexpr int BOARD_BITS = 54;  // bit numbers run from 0 to 53
 constexpr int SQUARES = 50;
 
 // A position, and a link in the line of positions that led to it. Invariants of a legal one: no square holds
-// both colours, nothing lies outside BOARD_MASK, `king` is a subset of `black | white`, and no man stands on his
-// own promotion row.
+// both colours, nothing lies outside BOARD_MASK, `king` is a subset of `black | white`, and no man stands on
+// his own promotion row.
 struct Position {
     uint64_t black = 0;  // all black pieces, men and kings
     uint64_t white = 0;  // all white pieces, men and kings
@@ -93,8 +94,8 @@ constexpr std::array<uint8_t, BOARD_BITS> square_of_bit = [] {
 }();
 
 // For the drawing of the board: the squares that a piece sees from one bit along the four directions
-// (x+1, y+1), (x-1, y+1), (x+1, y-1), (x-1, y-1), from nearest to farthest. A corner of the long diagonal sees
-// nine squares; its ninth mask stands in the first slot of the next direction, whose count is then 0.
+// (x+1, y+1), (x-1, y+1), (x+1, y-1), (x-1, y-1), from nearest to farthest. A corner of the long diagonal
+// sees nine squares; its ninth mask stands in the first slot of the next direction, whose count is then 0.
 struct DiagonalRays {
     int32_t counts[4];
     uint64_t masks[4][8];
@@ -141,8 +142,8 @@ inline void make_child(const Position& parent, Position& child, const Move& move
 
 namespace board_detail {
 
-// True if one of the kings sees along the step an enemy with an empty square behind it. `shift` moves a set by
-// one step.
+// True if one of the kings sees along the step an enemy with an empty square behind it. `shift` moves a set
+// by one step.
 template <typename Shift>
 inline bool king_capture_along(uint64_t kings, uint64_t enemy, uint64_t empty, Shift shift) {
     uint64_t flood = kings;
@@ -182,8 +183,8 @@ inline bool is_promotion(const Position& parent, const Position& child, int side
     return (before & ~(parent.king | after)) != 0 && (after & child.king & ~before) != 0;
 }
 
-// From and to bit numbers of the moved piece, from one side's sets before and after. Where there is no such bit
-// (a king that ends a capture on the square it came from) the number is 0.
+// From and to bit numbers of the moved piece, from one side's sets before and after. Where there is no such
+// bit (a king that ends a capture on the square it came from) the number is 0.
 struct MoveSquares {
     int from;
     int to;

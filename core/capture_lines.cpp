@@ -4,8 +4,8 @@
 
 namespace {
 
-// The line at index `count` is the working line. When a sequence is recorded its line is copied to the next index,
-// so that a later branch finds the prefix it shares in place and rewrites only its own steps.
+// The line at index `count` is the working line. When a sequence is recorded its line is copied to the next
+// index, so that a later branch finds the prefix it shares in place and rewrites only its own steps.
 struct KeepLines {
     CaptureLines* lines;
 
@@ -40,10 +40,14 @@ int square_of(uint64_t set) { return set ? square_of_bit[static_cast<size_t>(low
 
 uint64_t shift(uint64_t set, int direction) {
     switch (direction) {
-        case 0: return step<0>(set);
-        case 1: return step<1>(set);
-        case 2: return step<2>(set);
-        default: return step<3>(set);
+        case 0:
+            return step<0>(set);
+        case 1:
+            return step<1>(set);
+        case 2:
+            return step<2>(set);
+        default:
+            return step<3>(set);
     }
 }
 
@@ -59,7 +63,9 @@ Jump jump_of(const CaptureLine& line, int jump, int side) {
     return {lowest_set(before & ~after), lowest_set(after & ~before)};
 }
 
-int direction_of_jump(const Jump& jump) { return direction_of(square_of(jump.from), square_of(jump.landing)); }
+int direction_of_jump(const Jump& jump) {
+    return direction_of(square_of(jump.from), square_of(jump.landing));
+}
 
 }  // namespace
 
@@ -69,7 +75,8 @@ int generate_capture_lines(const Position& position, MoveList& list, int side, C
                          : capture_search::search_captures<WHITE>(position, list, keeper);
 }
 
-int generate_moves_with_lines(const Position& position, MoveList& list, int side, CaptureLines& lines, int& jumps) {
+int generate_moves_with_lines(const Position& position, MoveList& list, int side, CaptureLines& lines,
+                              int& jumps) {
     const int captures = generate_capture_lines(position, list, side, lines);
     jumps = captures ? lines[0].length : 0;
     return captures ? captures : generate_noncaptures(position, list, side);
@@ -113,8 +120,8 @@ bool square_fits_jump(const CaptureLine& line, int jump, int side, int square) {
     const Jump here = jump_of(line, jump, side);
     const uint64_t wanted = mask_of(square);
     const bool exact = here.landing != 0 && here.landing == wanted;
-    // There is no jump behind the last with which it could share a line. The set of kings is that of the position
-    // before the move, so only a jump from the king's own square gets past the second test.
+    // There is no jump behind the last with which it could share a line. The set of kings is that of the
+    // position before the move, so only a jump from the king's own square gets past the second test.
     if (jump + 1 >= line.length || !(here.from & line.step(0).king)) return exact;
     const int direction = direction_of_jump(here);
     if (direction != direction_of_jump(jump_of(line, jump + 1, side))) return exact;

@@ -1,10 +1,10 @@
-// The depth-first search for captures that both generators share. What differs is the `LineKeeper`: the engine's
-// generator keeps nothing but the resulting positions, the other the path of each capture as well.
+// The depth-first search for captures that both generators share. What differs is the `LineKeeper`: the
+// engine's generator keeps nothing but the resulting positions, the other the path of each capture as well.
 //
-// A sequence is recorded on the way back out of the recursion, where it could not go on: any longer continuation
-// has by then raised `best`, so the test against it drops the shorter ones, and a list that held shorter moves is
-// emptied as soon as a longer one is found. Captured pieces stay on the board until the move ends: they block
-// landing and rays and cannot be jumped twice.
+// A sequence is recorded on the way back out of the recursion, where it could not go on: any longer
+// continuation has by then raised `best`, so the test against it drops the shorter ones, and a list that held
+// shorter moves is emptied as soon as a longer one is found. Captured pieces stay on the board until the move
+// ends: they block landing and rays and cannot be jumped twice.
 //
 // A LineKeeper has these functions, in which `count` is the number of moves recorded before the line at hand:
 //   begin(count, position)          before a new start
@@ -63,7 +63,25 @@ void record(State& state, uint64_t at, uint64_t king_at, uint64_t promoted, uint
 }
 
 template <int SIDE, typename State>
-void man_captures(State& state, uint64_t captured, uint64_t at, int captures);
+void further_man_captures(State& state, uint64_t captured, uint64_t at, int captures);
+
+// The landing of a man. Most sequences end after a jump or two: one branch finds that out for all four
+// directions, and only then is there a call.
+template <int SIDE, typename State>
+[[gnu::always_inline]] inline void man_captures(State& state, uint64_t captured, uint64_t at, int captures) {
+    state.lines.reach(state.list->count, captures, position_at<SIDE>(state, at, 0, captured));
+    const uint64_t takeable = enemies<SIDE>(state) & ~captured;
+    const uint64_t landings = step<0>(step<0>(at) & takeable) | step<1>(step<1>(at) & takeable) |
+                              step<2>(step<2>(at) & takeable) | step<3>(step<3>(at) & takeable);
+    if (landings & state.empty) {
+        // What follows is longer and raises the best, so this sequence is not recorded.
+        further_man_captures<SIDE>(state, captured, at, captures);
+        return;
+    }
+    // Only the last square counts: a man that passes over the row in mid-capture stays a man.
+    record<SIDE>(state, at, 0, at & (SIDE == BLACK ? BLACK_PROMOTION_ROW : WHITE_PROMOTION_ROW), captured,
+                 captures);
+}
 
 template <int SIDE, int DIRECTION, typename State>
 inline void man_capture_along(State& state, uint64_t captured, uint64_t at, int captures) {
@@ -73,14 +91,11 @@ inline void man_capture_along(State& state, uint64_t captured, uint64_t at, int 
 }
 
 template <int SIDE, typename State>
-void man_captures(State& state, uint64_t captured, uint64_t at, int captures) {
-    state.lines.reach(state.list->count, captures, position_at<SIDE>(state, at, 0, captured));
+[[gnu::noinline]] void further_man_captures(State& state, uint64_t captured, uint64_t at, int captures) {
     man_capture_along<SIDE, 0>(state, captured, at, captures);
     man_capture_along<SIDE, 1>(state, captured, at, captures);
     man_capture_along<SIDE, 2>(state, captured, at, captures);
     man_capture_along<SIDE, 3>(state, captured, at, captures);
-    // Only the last square counts: a man that passes over the row in mid-capture stays a man.
-    record<SIDE>(state, at, 0, at & (SIDE == BLACK ? BLACK_PROMOTION_ROW : WHITE_PROMOTION_ROW), captured, captures);
 }
 
 // All captures of men whose first jump goes in the direction.
@@ -162,10 +177,16 @@ inline int search_captures(const Position& position, MoveList& list, LineKeeper 
                                    lines};
     list.count = 0;
     const uint64_t men = own & ~position.king;
-    first_man_captures<SIDE, 0>(state, position, men);
-    first_man_captures<SIDE, 1>(state, position, men);
-    first_man_captures<SIDE, 2>(state, position, men);
-    first_man_captures<SIDE, 3>(state, position, men);
+    const uint64_t enemy = pieces_of(position, SIDE ^ 1);
+    // Most positions have no capture by a man: one branch finds that out for all four directions.
+    const uint64_t landings = step<0>(step<0>(men) & enemy) | step<1>(step<1>(men) & enemy) |
+                              step<2>(step<2>(men) & enemy) | step<3>(step<3>(men) & enemy);
+    if (landings & state.empty) {
+        first_man_captures<SIDE, 0>(state, position, men);
+        first_man_captures<SIDE, 1>(state, position, men);
+        first_man_captures<SIDE, 2>(state, position, men);
+        first_man_captures<SIDE, 3>(state, position, men);
+    }
     const uint64_t kings = own & position.king;
     if (kings) all_king_captures<SIDE>(state, position, kings);
     return list.count;

@@ -43,7 +43,8 @@ inline void king_moves(const Position& position, uint64_t kings, uint64_t empty,
             if (list.count >= MAX_MOVES) return;
             const uint64_t change = from | to;
             list[list.count] = {SIDE == BLACK ? position.black ^ change : position.black,
-                                SIDE == WHITE ? position.white ^ change : position.white, position.king ^ change};
+                                SIDE == WHITE ? position.white ^ change : position.white,
+                                position.king ^ change};
             ++list.count;
         }
     }

@@ -1,8 +1,9 @@
 // The move generator of the search: the legal moves of a position as resulting positions and nothing else.
 // Captures are compulsory and only those that take the most pieces are legal; a king counts as one piece.
 //
-// The order of a list is part of the design: the transposition table and the opening book keep moves as indices
-// into the list of their position, so the same position must give the same list every time, in any thread.
+// The order of a list is part of the design: the transposition table and the opening book keep moves as
+// indices into the list of their position, so the same position must give the same list every time, in any
+// thread.
 //
 // Positions are assumed legal. Nothing allocates, and any number of threads may generate at once.
 #pragma once
@@ -14,15 +15,16 @@
 #include "core/board.h"
 
 constexpr int MAX_MOVES = 128;
-// Captures beyond this number are dropped without a report, and quiet moves beyond MAX_MOVES. Positions of play
-// stay far below; set-up positions with many kings can exceed both.
+// Captures beyond this number are dropped without a report, and quiet moves beyond MAX_MOVES. Positions of
+// play stay far below; set-up positions with many kings can exceed both.
 constexpr int MAX_CAPTURE_MOVES = 127;
 
 struct MoveList {
     int32_t count;
     std::array<Move, MAX_MOVES> moves;  // the first `count`, in generation order
 
-    // Left as it is on purpose: the list sits in the frames of the search, and clearing 3 KB there costs time.
+    // Left as it is on purpose: the list sits in the frames of the search, and clearing 3 KB there costs
+    // time.
     MoveList() : count(0) {}  // NOLINT(cppcoreguidelines-pro-type-member-init)
 
     const Move& operator[](int i) const { return moves[static_cast<size_t>(i)]; }
@@ -38,7 +40,8 @@ int generate_captures(const Position& position, MoveList& list, int side);
 // captures: only for use where there are none.
 int generate_noncaptures(const Position& position, MoveList& list, int side);
 
-// The legal moves: the captures, or the quiet moves if there are none. Returns their number; 0 is a lost game.
+// The legal moves: the captures, or the quiet moves if there are none. Returns their number; 0 is a lost
+// game.
 inline int generate_moves(const Position& position, MoveList& list, int side) {
     const int count = generate_captures(position, list, side);
     return count ? count : generate_noncaptures(position, list, side);

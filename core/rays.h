@@ -19,10 +19,10 @@ constexpr uint64_t step_back(uint64_t set) {
     return step<3 - DIRECTION>(set);
 }
 
-// The first piece that a king on `bit` meets in the direction, as a set. `occupied` holds every bit that is not
-// an empty square, ghost bits and the bits beyond the board too, so that rays end at the edge. A ray reaches
-// eight steps: a piece on the ninth, at the end of the long diagonal, has no square behind it. Where the ray
-// meets nothing the result has no square behind it either.
+// The first piece that a king on `bit` meets in the direction, as a set. `occupied` holds every bit that is
+// not an empty square, ghost bits and the bits beyond the board too, so that rays end at the edge. A ray
+// reaches eight steps: a piece on the ninth, at the end of the long diagonal, has no square behind it. Where
+// the ray meets nothing the result has no square behind it either.
 template <int DIRECTION>
 inline uint64_t first_on_ray(int bit, uint64_t occupied) {
     if constexpr (DIRECTION == 0) return lowest_set((0x1041041041040ull << bit) & occupied);

@@ -1,0 +1,29 @@
+#include "control/engine_start.h"
+
+#include <cstdio>
+
+#include "base/log.h"
+#include "eval/weights.h"
+#include "records/fen.h"
+#include "search/engine_settings.h"
+#include "search/table.h"
+
+namespace {
+
+void write_position_line(const Position& position, int side, char* text) {
+    fen_tag_text(position, side, text, "");
+}
+
+void empty_log() {
+    if (log_path.empty()) return;
+    if (std::FILE* const file = std::fopen(log_path.c_str(), "w")) std::fclose(file);
+}
+
+}  // namespace
+
+EngineStartStatus start_engine() {
+    empty_log();
+    engine_settings.position_line = write_position_line;
+    if (load_weights() != 0) return ENGINE_NO_WEIGHTS;
+    return tt_allocate() == 0 ? ENGINE_STARTED : ENGINE_NO_MEMORY;
+}

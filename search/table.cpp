@@ -1,0 +1,93 @@
+#include "search/table.h"
+
+#include <algorithm>
+#include <bit>
+#include <chrono>
+#include <cinttypes>
+
+#include "base/log.h"
+#include "search/engine_settings.h"
+
+TranspositionTable transposition_table;
+
+namespace {
+
+// A size that is not a power of two is rounded down.
+uint64_t entries_of(int32_t megabytes) {
+    const int log2 = std::bit_width(static_cast<uint32_t>(megabytes)) - 1;
+    return (uint64_t{1} << (log2 + 20)) / sizeof(TTSlot);
+}
+
+template <typename Condition>
+int64_t count_entries(Condition holds) {
+    const TranspositionTable& table = transposition_table;
+    return std::count_if(table.slots_start, table.slots_start + table.slots, [&](const TTSlot& slot) {
+        return holds(TTEntry::from_word(slot.load(std::memory_order_relaxed)));
+    });
+}
+
+}  // namespace
+
+int tt_allocate() {
+    TranspositionTable& table = transposition_table;
+    table = TranspositionTable{};  // first, so that two tables never exist at once
+    table.size_mb = std::clamp(engine_settings.hash_size_mb, 1, MAX_TABLE_MB);
+    table.effective_mb = table.size_mb;
+    tt_set_geometry();
+    table.memory = allocate_large(static_cast<size_t>(table.slots) * sizeof(TTSlot));
+    if (!table.memory) {
+        log_text("Cannot allocate hashtable\n");
+        log_printf("There are %" PRId64 " kbytes of ram available.\n", available_physical_memory() / 1000);
+        table = TranspositionTable{};
+        return 1;
+    }
+    // Zero-filled memory is an array of empty entries.
+    table.slots_start = static_cast<TTSlot*>(table.memory.get());
+    return 0;
+}
+
+void tt_set_geometry() {
+    TranspositionTable& table = transposition_table;
+    table.entries = entries_of(table.effective_mb);
+    table.mask = table.entries - 1;
+    table.slots = table.entries + BUCKET_SLOTS;
+}
+
+void tt_age() {
+    TranspositionTable& table = transposition_table;
+    const auto start = std::chrono::steady_clock::now();
+    for (TTSlot* slot = table.slots_start; slot != table.slots_start + table.slots; ++slot) {
+        const uint64_t word = slot->load(std::memory_order_relaxed);
+        const uint64_t cleared = word >> 32 & (TTEntry::DEPTH_MASK | TTEntry::PV_MARK);
+        // The same bits leave the check, which keeps the key valid.
+        if (cleared) slot->store(word ^ (cleared << 32 | cleared), std::memory_order_relaxed);
+    }
+    const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start;
+    table.age_ms[static_cast<size_t>(table.age_count++ % AGE_TIMES)] = elapsed.count();
+}
+
+int64_t tt_count_marked() {
+    return count_entries([](const TTEntry& entry) { return entry.pv_mark(); });
+}
+
+int64_t tt_count_usable() {
+    return count_entries([](const TTEntry& entry) { return entry.depth_field() != 0; });
+}
+
+void tt_restore(const SavedEntry& saved) {
+    TTSlot* const bucket = tt_bucket(saved.hash.hash0);
+    TTSlot* victim = bucket;
+    int32_t victim_depth = INT32_MAX;
+    for (TTSlot* slot = bucket; slot != bucket + BUCKET_SLOTS; ++slot) {
+        const TTEntry entry = TTEntry::from_word(slot->load(std::memory_order_relaxed));
+        if (entry.free() || entry.belongs_to(saved.hash.hash1)) {
+            victim = slot;
+            break;
+        }
+        if (entry.depth_field() < victim_depth) {
+            victim = slot;
+            victim_depth = entry.depth_field();
+        }
+    }
+    victim->store(saved.entry.word(), std::memory_order_relaxed);
+}

@@ -1,0 +1,39 @@
+// What each search thread has of its own.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+
+#include "core/board.h"
+
+constexpr int MAX_SEARCH_THREADS = 8;
+constexpr int KILLER_PLIES = 63;
+
+// From and to bits of the move that last failed high at a ply.
+struct KillerMove {
+    uint8_t from = 0;
+    uint8_t to = 0;
+};
+
+// Written by its own thread; the counters are read by thread 0 for the texts, `stop` is set by others too.
+struct ThreadRecord {
+    int32_t number = 0;  // 0 is the thread that called `getmove`
+    std::atomic<bool> stop = false;
+    std::atomic<uint64_t> nodes = 0;         // of this search
+    std::atomic<uint64_t> leaf_count = 0;    // of this iteration
+    std::atomic<uint64_t> leaf_ply_sum = 0;  // of this iteration
+    std::array<KillerMove, KILLER_PLIES> killers;
+};
+extern std::array<ThreadRecord, MAX_SEARCH_THREADS> thread_records;
+
+// Adds to a counter that only one thread writes, which needs no locked instruction.
+inline void add_to(std::atomic<uint64_t>& counter, uint64_t amount) {
+    counter.store(counter.load(std::memory_order_relaxed) + amount, std::memory_order_relaxed);
+}
+
+// Counts a node that ends without searching children.
+inline void count_leaf(ThreadRecord& thread, int ply) {
+    add_to(thread.leaf_count, 1);
+    add_to(thread.leaf_ply_sum, static_cast<uint64_t>(ply));
+}
