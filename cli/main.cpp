@@ -1,0 +1,26 @@
+// tessarin-cli: the engine on a console.
+#include "cli/commands.h"
+#include "cli/console.h"
+
+int main(int argc, char** argv) {
+    CLI::App program(
+        "Tessarin International on the console: plays and analyses international draughts.\n"
+        "Positions are FEN texts such as W:W31,32,K46:B1,K2 (side to move, then white's and black's squares, "
+        "K for\n"
+        "a king). Exit status: 0, 1 for bad input, 2 for bad usage.",
+        "tessarin-cli");
+    program.require_subcommand(1);
+    add_perft_command(program);
+    add_inspect_command(program);
+    add_search_command(program);
+    add_analyze_command(program);
+    add_pdn_command(program);
+    add_bench_command(program);
+    add_weights_command(program);
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return program.exit(error) == 0 ? 0 : EXIT_BAD_USAGE;
+    }
+    return exit_status();
+}

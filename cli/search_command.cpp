@@ -1,0 +1,66 @@
+#include <cinttypes>
+#include <cstdio>
+#include <memory>
+
+#include "base/log.h"
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "core/notation.h"
+#include "search/getmove.h"
+#include "search/search_state.h"
+
+namespace {
+
+constexpr double UNLIMITED = 1e9;  // seconds
+
+struct SearchOptions {
+    std::string fen;
+    double time = 3.0;
+    int depth = 0;
+    int threads = 1;
+};
+
+void print_log(const char* text) {
+    std::fputs(text, stdout);
+    std::fflush(stdout);
+}
+
+void run_search(const SearchOptions& options) {
+    Position position;
+    if (!read_position(options.fen, position)) return;
+    if (!is_legal_setup(position)) return fail("Illegal position");
+    set_search_threads(options.threads);
+    if (!start_console_engine()) return;
+    catch_interrupt();
+    set_fixed_time(options.depth > 0 ? UNLIMITED : options.time);
+    if (options.depth > 0) search_state.depth_limit = options.depth;
+    log_listener = print_log;
+    char text[SEARCH_TEXT_SIZE];
+    Move best{};
+    int32_t searched = 0;
+    const int32_t value = getmove(position, position.side, text, stop_flag, 0, best, searched);
+    char move[MOVE_TEXT_SIZE];
+    const bool has_move = full_move_text(position, best, position.side, move) > 0;
+    std::printf("best %s value %d depth %d nodes %" PRIu64 "\n", has_move ? move : "none", value,
+                search_state.completed_depth, searched_nodes());
+}
+
+}  // namespace
+
+void add_search_command(CLI::App& program) {
+    CLI::App* const command = program.add_subcommand(
+        "search", "Search a position and print the best move; the value is positive when good for black");
+    const auto options = std::make_shared<SearchOptions>();
+    command->add_option("FEN", options->fen, "Position")->required();
+    CLI::Option* const time =
+        command
+            ->add_option("--time", options->time,
+                         "Seconds for the move; the search may take up to four times as long")
+            ->check(CLI::Range(0.001, 1e6))
+            ->capture_default_str();
+    command->add_option("--depth", options->depth, "Search to this depth, whatever the time")
+        ->check(CLI::Range(1, MAX_DEPTH))
+        ->excludes(time);
+    command->add_option("--threads", options->threads, "Search threads")->check(CLI::Range(1, 8));
+    command->callback([options] { run_search(*options); });
+}
