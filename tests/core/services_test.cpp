@@ -1,0 +1,351 @@
+// The services of base/: log, files, texts, clock, memory, paths.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <thread>
+
+#include "base/clock.h"
+#include "base/cpu.h"
+#include "base/files.h"
+#include "base/log.h"
+#include "base/memory.h"
+#include "base/paths.h"
+#include "base/text.h"
+#include "core/board_text.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A folder of its own for each test, gone afterwards.
+struct ScratchFolder {
+    fs::path path;
+
+    ScratchFolder() {
+        std::string name = (fs::temp_directory_path() / "tessarin-test-XXXXXX").string();
+        EXPECT_NE(mkdtemp(name.data()), nullptr);
+        path = name;
+    }
+    ~ScratchFolder() {
+        std::error_code ignored;
+        fs::remove_all(path, ignored);
+    }
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    std::string file(const char* name) const { return (path / name).string(); }
+};
+
+std::string content_of(const std::string& path) {
+    std::string text;
+    return read_file(path, text) == 0 ? text : std::string("(unreadable)");
+}
+
+bool replace_with(const std::string& path, const std::string& text) {
+    return replace_file(path, text.data(), text.size()) == 0;
+}
+
+class Log : public testing::Test {
+  protected:
+    void SetUp() override { log_path = folder.file("test.log"); }
+    void TearDown() override {
+        log_path.clear();
+        log_listener = nullptr;
+    }
+    ScratchFolder folder;
+};
+
+std::string heard;
+void listen(const char* text) { heard += text; }
+
+void wide_source(int id, char* buffer, size_t size) { std::snprintf(buffer, size, "text %d", id); }
+
+}  // namespace
+
+TEST_F(Log, AppendsAsItIs) {
+    log_text("one %d %s\n");
+    log_printf("two %d %s\n", 2, "x");
+    log_text("");
+    log_text("three");
+    EXPECT_EQ(content_of(log_path), "one %d %s\ntwo 2 x\nthree");
+}
+
+TEST_F(Log, KeepsWhatIsThere) {
+    ASSERT_TRUE(replace_with(log_path, "old\n"));
+    log_text("new\n");
+    EXPECT_EQ(content_of(log_path), "old\nnew\n");
+}
+
+// The file is opened anew for each text: one that was taken away in between comes back.
+TEST_F(Log, KeepsNothingOpen) {
+    log_text("one\n");
+    ASSERT_EQ(unlink(log_path.c_str()), 0);
+    log_text("two\n");
+    EXPECT_EQ(content_of(log_path), "two\n");
+    const auto open_files = [] {
+        return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+    };
+    const auto before = open_files();
+    for (int i = 0; i < 20; ++i) log_printf("%d\n", i);
+    EXPECT_EQ(open_files(), before);
+}
+
+TEST_F(Log, IsSilentWhereItCannotWrite) {
+    for (const char* path : {"", "/", "/nowhere/at/all.log"}) {
+        log_path = path;
+        log_text("lost\n");
+        log_printf("%s\n", "lost");
+    }
+    EXPECT_FALSE(fs::exists("/nowhere"));
+}
+
+TEST_F(Log, CutsALongLine) {
+    const std::string text(20000, 'x');
+    log_printf("%s", text.c_str());
+    EXPECT_EQ(content_of(log_path), std::string(8191, 'x'));
+    ASSERT_EQ(unlink(log_path.c_str()), 0);
+    log_text(text.c_str());  // a plain text is not formatted and so not cut
+    EXPECT_EQ(content_of(log_path), text);
+}
+
+TEST_F(Log, TellsTheListenerToo) {
+    heard.clear();
+    log_listener = listen;
+    log_text("a\n");
+    log_printf("%d\n", 5);
+    EXPECT_EQ(heard, "a\n5\n");
+    EXPECT_EQ(content_of(log_path), "a\n5\n");
+    log_path.clear();
+    log_text("b\n");
+    EXPECT_EQ(heard, "a\n5\nb\n");
+}
+
+TEST_F(Log, LinesOfThreadsAllArrive) {
+    const auto write = [] {
+        for (int i = 0; i < 200; ++i) log_printf("%s\n", "line");
+    };
+    std::thread other(write);
+    write();
+    other.join();
+    const std::string text = content_of(log_path);
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 400);
+    EXPECT_EQ(text.size(), 400 * 5u);
+}
+
+TEST_F(Log, Board) {
+    log_board(START_POSITION);
+    const std::string text = content_of(log_path);
+    EXPECT_EQ(text, "\n\n" + board_diagram(START_POSITION));
+    EXPECT_EQ(text.substr(0, 25), "\n\n b b b b b \nb b b b b \n");
+    EXPECT_EQ(std::count(text.begin(), text.end(), 'w'), 20);
+    EXPECT_EQ(std::count(text.begin(), text.end(), '-'), 10);
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 12);
+}
+
+TEST(Files, SizeAndContent) {
+    const ScratchFolder folder;
+    const std::string path = folder.file("a");
+    const std::string bytes("one\0two\r\n\xff", 10);
+    ASSERT_EQ(replace_file(path, bytes.data(), bytes.size()), 0);
+    EXPECT_EQ(file_size(path), 10);
+    std::string text = "before";
+    EXPECT_EQ(read_file(path, text), 0);
+    EXPECT_EQ(text, bytes);
+}
+
+TEST(Files, StatusesLeaveTheTextAsItWas) {
+    const ScratchFolder folder;
+    std::string text = "before";
+    EXPECT_EQ(file_size(folder.file("missing")), -1);
+    EXPECT_EQ(read_file(folder.file("missing"), text), 2);  // no size is a size below 1
+    ASSERT_EQ(replace_file(folder.file("empty"), "", 0), 0);
+    EXPECT_EQ(file_size(folder.file("empty")), 0);
+    EXPECT_EQ(read_file(folder.file("empty"), text), 2);
+    EXPECT_EQ(file_size(folder.path.string()), -1);
+    EXPECT_EQ(read_file(folder.path.string(), text), 2);
+    const std::string locked = folder.file("locked");
+    ASSERT_TRUE(replace_with(locked, "x"));
+    ASSERT_EQ(chmod(locked.c_str(), 0), 0);
+    const int expected = geteuid() == 0 ? 0 : 1;  // the superuser reads all
+    std::string locked_text = "before";
+    EXPECT_EQ(read_file(locked, locked_text), expected);
+    EXPECT_EQ(locked_text, expected == 0 ? "x" : "before");
+    EXPECT_EQ(text, "before");
+}
+
+// More than any memory holds, and yet a file of no size on the disk.
+TEST(Files, NoMemoryForTheContent) {
+    const ScratchFolder folder;
+    const std::string path = folder.file("huge");
+    ASSERT_TRUE(replace_with(path, "x"));
+    if (truncate(path.c_str(), int64_t{1} << 43) != 0) GTEST_SKIP() << "the file system has no such sizes";
+    std::string text = "before";
+    EXPECT_EQ(read_file(path, text), 3);
+    EXPECT_EQ(text, "before");
+}
+
+TEST(Files, ReplaceIsWholeOrNothing) {
+    const ScratchFolder folder;
+    const std::string path = folder.file("a");
+    ASSERT_TRUE(replace_with(path, "a long first content"));
+    ASSERT_TRUE(replace_with(path, "short"));
+    EXPECT_EQ(content_of(path), "short");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path), fs::directory_iterator()), 1);
+
+    EXPECT_EQ(replace_file(folder.file("no/such/folder"), "x", 1), 1);
+    // A folder cannot be replaced by a file: it stays, and nothing is left beside it.
+    const std::string taken = folder.file("taken");
+    fs::create_directory(taken);
+    ASSERT_TRUE(replace_with(taken + "/inside", "kept"));
+    EXPECT_EQ(replace_file(taken, "x", 1), 1);
+    EXPECT_EQ(content_of(taken + "/inside"), "kept");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path), fs::directory_iterator()), 2);
+}
+
+// The disk is full: the old file stands, and no part of the new one is left.
+TEST(Files, AFullDiskKeepsTheOldFile) {
+    const ScratchFolder folder;
+    const std::string path = folder.file("a");
+    ASSERT_TRUE(replace_with(path, "old"));
+    const std::string large(size_t{1} << 20, 'x');
+    const pid_t child = fork();
+    if (child == 0) {
+        // A limit on the size of files stands in for the full disk.
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{4096, 4096};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        _exit(replace_file(path, large.data(), large.size()) == 1 ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_EQ(content_of(path), "old");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path), fs::directory_iterator()), 1);
+}
+
+TEST(Text, TableIsSortedAndFound) {
+    ASSERT_FALSE(text_table.empty());
+    for (size_t i = 0; i < text_table.size(); ++i) {
+        EXPECT_TRUE(i == 0 || text_table[i - 1].id < text_table[i].id) << i;
+        EXPECT_STREQ(built_in_text(text_table[i].id), text_table[i].text);
+        EXPECT_STRNE(text_table[i].text, "");
+    }
+    EXPECT_STREQ(built_in_text(235), "depth");
+    EXPECT_STREQ(built_in_text(236), "kN/s");
+    for (const int id : {-1, 0, 1 << 30}) EXPECT_STREQ(built_in_text(id), "");
+}
+
+TEST(Text, IsCutToTheBuffer) {
+    char buffer[8];
+    std::memset(buffer, '#', sizeof buffer);
+    get_text(235, buffer, 4);
+    EXPECT_STREQ(buffer, "dep");
+    EXPECT_EQ(buffer[4], '#');
+    get_text(235, buffer, 1);
+    EXPECT_STREQ(buffer, "");
+    get_text(235, buffer, 6);
+    EXPECT_STREQ(buffer, "depth");
+    get_text(-5, buffer, sizeof buffer);
+    EXPECT_STREQ(buffer, "");
+}
+
+TEST(Text, ALanguageComesFirst) {
+    char buffer[16];
+    text_source = wide_source;
+    get_text(235, buffer, sizeof buffer);
+    text_source = nullptr;
+    EXPECT_STREQ(buffer, "text 235");
+    get_text(235, buffer, sizeof buffer);
+    EXPECT_STREQ(buffer, "depth");
+}
+
+TEST(Clock, NeverGoesBackAndCountsMilliseconds) {
+    const int64_t start = clock_ms();
+    EXPECT_GE(start, 0);
+    int64_t last = start;
+    for (int i = 0; i < 100000; ++i) {
+        const int64_t now = clock_ms();
+        ASSERT_GE(now, last);
+        last = now;
+    }
+    const int64_t before = clock_ms();
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    const int64_t passed = clock_ms() - before;
+    EXPECT_GE(passed, 29);
+    EXPECT_LT(passed, 5000);
+}
+
+TEST(LargeMemory, IsZeroAndAligned) {
+    for (const size_t bytes : {size_t{1}, size_t{4096}, (size_t{2} << 20) + 1, size_t{9} << 20}) {
+        LargeMemory memory = allocate_large(bytes);
+        ASSERT_TRUE(memory);
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(memory.get()) % (size_t{2} << 20), 0u);
+        auto* const words = static_cast<unsigned char*>(memory.get());
+        EXPECT_TRUE(std::all_of(words, words + bytes, [](unsigned char byte) { return byte == 0; }));
+        std::memset(words, 0xff, bytes);  // all of it may be written
+        memory.reset();
+        EXPECT_FALSE(memory);
+    }
+}
+
+TEST(LargeMemory, ReportsFailureAsEmpty) {
+    EXPECT_FALSE(allocate_large(0));
+    EXPECT_FALSE(allocate_large(SIZE_MAX));
+    EXPECT_FALSE(allocate_large(size_t{1} << 60));
+}
+
+TEST(LargeMemory, GivesItsMemoryBack) {
+    const auto mapped_pages = [] {
+        long long pages = 0;
+        const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen("/proc/self/statm", "r"), std::fclose);
+        EXPECT_TRUE(file && std::fscanf(file.get(), "%lld", &pages) == 1);
+        return pages;
+    };
+    mapped_pages();
+    const long long before = mapped_pages();
+    for (int i = 0; i < 100; ++i) ASSERT_TRUE(allocate_large(size_t{64} << 20));
+    EXPECT_LT(mapped_pages() - before, (64 << 20) / 4096);
+}
+
+TEST(Memory, AvailableIsBelowAll) {
+    const int64_t available = available_physical_memory();
+    EXPECT_GT(available, 0);
+    EXPECT_LE(available, int64_t{sysconf(_SC_PHYS_PAGES)} * sysconf(_SC_PAGESIZE));
+}
+
+TEST(Cpu, FlagsFitTogether) {
+    EXPECT_TRUE(!use_pext || have_bmi2());
+    EXPECT_TRUE(!have_bmi2() || have_popcnt);  // every processor with the one has the other
+}
+
+TEST(Paths, ExecutableFolder) {
+    const std::string folder = executable_folder();
+    EXPECT_TRUE(folder.starts_with('/'));
+    EXPECT_TRUE(folder.ends_with('/'));
+    EXPECT_TRUE(fs::is_directory(folder));
+}
+
+TEST(Paths, AbsolutePathsStayRight) {
+    EXPECT_EQ(absolute_path("/a/b"), "/a/b");
+    EXPECT_EQ(absolute_path("no file"), (fs::current_path() / "no file").string());
+}
+
+TEST(Paths, EnterProgramFolder) {
+    const fs::path start = fs::current_path();
+    const std::string folder = executable_folder();
+    const std::string entered = enter_program_folder();
+    const bool build_tree =
+        folder.find("Release") != std::string::npos || folder.find("Debug") != std::string::npos;
+    EXPECT_EQ(entered, build_tree ? "./" : folder);
+    EXPECT_EQ(fs::equivalent(fs::current_path(), build_tree ? start : fs::path(folder)), true);
+    fs::current_path(start);
+}
