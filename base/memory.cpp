@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstring>
 
 namespace {
 constexpr size_t HUGE_PAGE = size_t{2} << 20;
@@ -24,6 +25,8 @@ LargeMemory allocate_large(size_t bytes) {
     if (head) munmap(start, head);
     munmap(start + head + rounded, HUGE_PAGE - head);
     madvise(start + head, rounded, MADV_HUGEPAGE);
+    // Have the pages now: the first search would otherwise wait for each as it comes upon it.
+    std::memset(start + head, 0, rounded);
     return {start + head, LargeMemoryDeleter{rounded}};
 }
 

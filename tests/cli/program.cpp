@@ -1,0 +1,56 @@
+#include "tests/cli/program.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+ProgramResult run_program(const std::string& arguments, const std::string& input,
+                          const std::filesystem::path& folder, const std::string& program) {
+    const TemporaryFolder files;
+    const std::string in = files.write("in", input);
+    const std::string out = files.path / "out", err = files.path / "err";
+    const std::string command = "cd '" + folder.string() + "' && '" + program + "' " + arguments + " <'" +
+                                in + "' >'" + out + "' 2>'" + err + "'";
+    const int status = std::system(command.c_str());  // NOLINT(cert-env33-c): a shell is what users have
+    ProgramResult result;
+    if (WIFEXITED(status)) result.status = WEXITSTATUS(status);
+    result.output = read_text(out);
+    result.errors = read_text(err);
+    return result;
+}
+
+std::string last_line(const std::string& text) {
+    const std::string trimmed = text.substr(0, text.find_last_not_of('\n') + 1);
+    const size_t start = trimmed.rfind('\n');
+    return start == std::string::npos ? trimmed : trimmed.substr(start + 1);
+}
+
+int count_lines(const std::string& text) {
+    return static_cast<int>(std::count(text.begin(), text.end(), '\n'));
+}
+
+TemporaryFolder::TemporaryFolder() {
+    std::string name = (std::filesystem::temp_directory_path() / "tessarin-test-XXXXXX").string();
+    path = mkdtemp(name.data());
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path, ignored);
+}
+
+std::string TemporaryFolder::write(const std::string& name, const std::string& content) const {
+    const std::filesystem::path file = path / name;
+    std::ofstream(file, std::ios::binary) << content;
+    return file.string();
+}
+
+std::string read_text(const std::filesystem::path& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
