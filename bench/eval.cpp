@@ -63,9 +63,9 @@ void run(benchmark::State& state, bool pext, bool popcnt, bool with_kings) {
 }
 
 BENCHMARK_CAPTURE(run, pext_popcnt, true, true, false);
-BENCHMARK_CAPTURE(run, shifts_popcnt, false, true, false);
-BENCHMARK_CAPTURE(run, shifts_table, false, false, false);
+BENCHMARK_CAPTURE(run, rows_popcnt, false, true, false);
+BENCHMARK_CAPTURE(run, rows_table, false, false, false);
 BENCHMARK_CAPTURE(run, pext_popcnt_kings, true, true, true);
-BENCHMARK_CAPTURE(run, shifts_popcnt_kings, false, true, true);
+BENCHMARK_CAPTURE(run, rows_popcnt_kings, false, true, true);
 
 }  // namespace

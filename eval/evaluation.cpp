@@ -12,15 +12,9 @@
 
 namespace {
 
-// Entry x is the sum of the powers of three of the bits of a 12-bit extract: in `forward` bit i counts 3^(11
-// - i), in `reverse` 3^i. The squares of a turned region stand in the opposite order, which `reverse` puts
-// right.
-using DigitSums = std::array<uint32_t, 4096>;
-DigitSums forward_sums;
-DigitSums reverse_sums;
 bool tables_built = false;
 
-// The squares whose row number, from 0 at the top, has a binary digit set.
+// The squares whose number, of row or column, has a binary digit set.
 constexpr uint64_t squares_with(int digit, int (*number_of)(int square)) {
     uint64_t set = 0;
     for (int square = 0; square < SQUARES; ++square)
@@ -86,35 +80,13 @@ inline void add_term(Blend& sums, int32_t term, int16_t opening, int16_t endgame
     sums.endgame += term * endgame;
 }
 
-// The entries of a table for black's men and for white's, as white sees them on the turned board.
-struct EntryPair {
-    const PatternEntry* black;
-    const PatternEntry* white;
-};
-
-template <size_t TABLE, bool PEXT>
-inline EntryPair entries(uint64_t black, uint64_t white) {
-    constexpr uint64_t FORWARD = FORWARD_REGIONS[TABLE];
-    constexpr uint64_t TURNED = TURNED_REGIONS[TABLE];
-    const PatternEntry* const empty = &weights.patterns[TABLE][EMPTY_PATTERN];
-    if constexpr (PEXT) {
-        const auto forward = static_cast<int32_t>(forward_sums[extract_by_instruction<FORWARD>(black)] -
-                                                  forward_sums[extract_by_instruction<FORWARD>(white)]);
-        const auto reverse = static_cast<int32_t>(reverse_sums[extract_by_instruction<TURNED>(white)] -
-                                                  reverse_sums[extract_by_instruction<TURNED>(black)]);
-        return {empty + forward, empty + reverse};
-    } else {
-        const auto forward = static_cast<int32_t>(forward_sums[extract_by_shifts<FORWARD>(black)] -
-                                                  forward_sums[extract_by_shifts<FORWARD>(white)]);
-        const auto reverse = static_cast<int32_t>(reverse_sums[extract_by_shifts<TURNED>(white)] -
-                                                  reverse_sums[extract_by_shifts<TURNED>(black)]);
-        return {empty + forward, empty + reverse};
+inline void add_patterns(Blend& sums, const RegionPlaces& places) {
+    for (size_t t = 0; t < PATTERN_TABLES; ++t) {
+        const PatternEntry& black = weights.patterns[t][places.forward[t]];
+        const PatternEntry& white = weights.patterns[t][places.turned[t]];
+        sums.opening += black.opening - white.opening;
+        sums.endgame += black.endgame - white.endgame;
     }
-}
-
-inline void add_entries(Blend& sums, const EntryPair& pair) {
-    sums.opening += pair.black->opening - pair.white->opening;
-    sums.endgame += pair.black->endgame - pair.white->endgame;
 }
 
 inline void add_king_terms(Blend& sums, const NodeSummary& summary) {
@@ -166,11 +138,10 @@ template <bool PEXT, Counter COUNT>
 int32_t evaluate_with(const Position& position, int side, const NodeSummary& summary) {
     const uint64_t black = summary.black_men_set;
     const uint64_t white = summary.white_men_set;
-    const EntryPair pairs[PATTERN_TABLES] = {entries<0, PEXT>(black, white), entries<1, PEXT>(black, white),
-                                             entries<2, PEXT>(black, white), entries<3, PEXT>(black, white)};
+    const RegionPlaces places = PEXT ? places_by_extraction(black, white) : places_by_rows(black, white);
     const EvalParams& params = weights.params;
     Blend sums;
-    for (const EntryPair& pair : pairs) add_entries(sums, pair);
+    add_patterns(sums, places);
     const int32_t balance =
         std::abs(moment<COUNT>(white, summary.white_men)) - std::abs(moment<COUNT>(black, summary.black_men));
     add_term(sums, balance, params.lr_bal_opening, params.lr_bal_endgame);
@@ -190,15 +161,7 @@ int32_t evaluate_with(const Position& position, int side, const NodeSummary& sum
 
 void init_eval_tables() {
     if (tables_built) return;
-    std::array<uint32_t, 12> powers_of_three{1};
-    for (size_t i = 1; i < 12; ++i) powers_of_three[i] = powers_of_three[i - 1] * 3;
-    for (size_t x = 0; x < forward_sums.size(); ++x) {
-        for (size_t i = 0; i < 12; ++i) {
-            if (!(x >> i & 1)) continue;
-            forward_sums[x] += powers_of_three[11 - i];
-            reverse_sums[x] += powers_of_three[i];
-        }
-    }
+    build_digit_sums();
     tables_built = true;
 }
 

@@ -17,8 +17,6 @@
 
 constexpr size_t PATTERN_TABLES = 4;
 constexpr size_t PATTERN_ENTRIES = 531441;  // 3^12: a region of twelve squares with a ternary digit each
-// The entry of a region without men.
-constexpr int32_t EMPTY_PATTERN = 265720;
 
 // The values of one pattern of men, for the two ends of the game. Read with one four-byte access.
 struct PatternEntry {

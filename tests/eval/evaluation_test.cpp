@@ -1,3 +1,4 @@
+#include "eval/regions.h"
 #include "tests/eval/fixtures.h"
 #include "tests/eval/slow_evaluation.h"
 
@@ -59,7 +60,7 @@ TEST_F(EvalTest, ExtremeWeightsDoNotOverflow) {
             // Forward lookups of a board that is full of one colour and turned ones get opposite extremes.
             for (PatternTable& table : weights.patterns)
                 for (size_t i = 0; i < PATTERN_ENTRIES; ++i)
-                    table[i] = i > EMPTY_PATTERN
+                    table[i] = i > EMPTY_REGION
                                    ? PatternEntry{o, e}
                                    : PatternEntry{static_cast<int16_t>(~o), static_cast<int16_t>(~e)};
             expect_like_slow_version(random, 20000);
@@ -182,7 +183,7 @@ TEST_F(EvalTest, BoardWithoutMenLooksUpTheEmptyEntriesWhichCancel) {
         weights.params = params;
         const int32_t score = score_of(position, position.side);
         for (PatternTable& table : weights.patterns)
-            table[EMPTY_PATTERN] = {static_cast<int16_t>(random()), static_cast<int16_t>(random())};
+            table[EMPTY_REGION] = {static_cast<int16_t>(random()), static_cast<int16_t>(random())};
         EXPECT_EQ(score_of(position, position.side), score);
         // Phase 0: what the opening says does not count, and neither do men, tempo and balance.
         weights.params = {};
@@ -193,7 +194,7 @@ TEST_F(EvalTest, BoardWithoutMenLooksUpTheEmptyEntriesWhichCancel) {
 }
 
 TEST_F(EvalTest, EmptyIndexIsHalfOfTheTable) {
-    EXPECT_EQ(EMPTY_PATTERN, 265720);
+    EXPECT_EQ(EMPTY_REGION, 265720);
     // Only the entry of the region with no man is set. One man leaves some regions empty and fills others.
     for (size_t table = 0; table < 4; ++table) {
         clear_weights();

@@ -34,10 +34,10 @@ int32_t score_of(const Position& position, int side) {
 }
 
 std::vector<Path> available_paths() {
-    std::vector<Path> paths{{"shifts and table", false, false}};
+    std::vector<Path> paths{{"rows and table", false, false}};
     // A test changes the flag only to false, so what it is at the start is what the processor has.
     static const bool popcnt = have_popcnt;
-    if (popcnt) paths.push_back({"shifts and popcnt", false, true});
+    if (popcnt) paths.push_back({"rows and popcnt", false, true});
     if (have_bmi2()) paths.push_back({"pext and table", true, false});
     if (have_bmi2() && popcnt) paths.push_back({"pext and popcnt", true, true});
     return paths;
