@@ -1,5 +1,5 @@
-// What a search node knows about the pieces of its position, counted once and handed to the evaluation and the
-// endgame databases.
+// What a search node knows about the pieces of its position, counted once and handed to the evaluation and
+// the endgame databases.
 #pragma once
 
 #include <algorithm>
