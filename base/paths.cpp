@@ -19,7 +19,7 @@ std::string absolute_path(const std::string& path) {
 }
 
 std::string enter_program_folder() {
-    const std::string folder = executable_folder();
+    std::string folder = executable_folder();
     const bool build_tree =
         folder.find("Release") != std::string::npos || folder.find("Debug") != std::string::npos;
     if (build_tree || chdir(folder.c_str()) != 0) return "./";

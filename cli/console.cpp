@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cmath>
 #include <csignal>
 #include <cstdarg>
 #include <cstdio>
@@ -81,7 +82,7 @@ void show_progress(const std::string& text) {
 }
 
 std::string duration_text(double seconds) {
-    const auto total = static_cast<long>(seconds + 0.5);
+    const long total = std::lround(seconds);
     char text[32];
     if (total >= 3600)
         std::snprintf(text, sizeof text, "%ld:%02ld:%02ld", total / 3600, total / 60 % 60, total % 60);

@@ -1,13 +1,17 @@
 // tessarin-cli: the engine on a console.
+#include <cstdio>
+#include <exception>
+
 #include "cli/commands.h"
 #include "cli/console.h"
 
-int main(int argc, char** argv) {
+namespace {
+
+int run(int argc, char** argv) {
     CLI::App program(
         "Tessarin International on the console: plays and analyses international draughts.\n"
-        "Positions are FEN texts such as W:W31,32,K46:B1,K2 (side to move, then white's and black's squares, "
-        "K for\n"
-        "a king). Exit status: 0, 1 for bad input, 2 for bad usage.",
+        "Positions are FEN texts such as W:W31,32,K46:B1,K2: the side to move, then the squares of\n"
+        "white's and black's pieces, kings with a K. Exit status: 0, 1 for bad input, 2 for bad usage.",
         "tessarin-cli");
     program.require_subcommand(1);
     add_perft_command(program);
@@ -23,4 +27,16 @@ int main(int argc, char** argv) {
         return program.exit(error) == 0 ? 0 : EXIT_BAD_USAGE;
     }
     return exit_status();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        // What is left here is that memory ran out.
+        std::fprintf(stderr, "tessarin-cli: %s\n", error.what());
+        return EXIT_BAD_INPUT;
+    }
 }

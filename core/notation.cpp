@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr const char* NO_MOVE_TEXT = "???";
+constexpr char NO_MOVE_TEXT[] = "???";
 
 int square_number(uint64_t set) { return set ? square_of_bit[static_cast<size_t>(lowest_bit(set))] + 1 : 0; }
 
@@ -18,7 +18,7 @@ void round_trip_text(char* text, const Position& position, const Move& move, int
     generate_capture_lines(position, list, side, lines);
     const int index = find_move(list, move);
     if (index < 0) {
-        std::strcpy(text, NO_MOVE_TEXT);
+        std::memcpy(text, NO_MOVE_TEXT, sizeof NO_MOVE_TEXT);
         return;
     }
     uint64_t from = 0, to = 0;
@@ -44,7 +44,7 @@ void move_text(char* text, const Position& position, const Move& move) {
     const int white_change = bit_count(move.white) - bit_count(position.white);
     const bool capture = black_change < 0 || white_change < 0;
     if (black_change > 0 || white_change > 0) {
-        std::strcpy(text, NO_MOVE_TEXT);
+        std::memcpy(text, NO_MOVE_TEXT, sizeof NO_MOVE_TEXT);
         return;
     }
     int mover = move.black != position.black ? BLACK : WHITE;
@@ -64,7 +64,7 @@ void move_text(char* text, const Position& position, const Move& move) {
             from = square;
     }
     if (from == 0 || to == 0)
-        std::strcpy(text, NO_MOVE_TEXT);
+        std::memcpy(text, NO_MOVE_TEXT, sizeof NO_MOVE_TEXT);
     else
         std::snprintf(text, MOVE_TEXT_SIZE, "%d%c%d", from, capture ? 'x' : '-', to);
 }

@@ -6,6 +6,6 @@
 
 #include "core/movegen.h"
 
-// The number of lines of `depth` plies, at least 1. Every last position is generated and counted by itself, so
-// the time is that of generating all moves.
+// The number of lines of `depth` plies, at least 1. Every last position is generated and counted by itself,
+// so the time is that of generating all moves.
 uint64_t perft(const Position& position, int depth);
