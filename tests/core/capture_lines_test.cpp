@@ -212,6 +212,10 @@ TEST(SquareFitsJump, ALastJumpExactly) {
     const Generated g("W:WK46:B37");
     EXPECT_EQ(accepted_squares(g.line_to(23), 0, WHITE), (Squares{23}));
     EXPECT_EQ(accepted_squares(g.line_to(5), 0, WHITE), (Squares{5}));
+    // What an earlier capture left behind the end of the line, here a jump straight on, plays no part.
+    CaptureLine line = g.line_to(23);
+    line.steps[2] = {line.step(1).black, mask_of(5), mask_of(5)};
+    EXPECT_EQ(accepted_squares(line, 0, WHITE), (Squares{23}));
     EXPECT_FALSE(square_fits_jump(g.line(0), 0, WHITE, 0));
     EXPECT_FALSE(square_fits_jump(g.line(0), 0, WHITE, 51));
 }

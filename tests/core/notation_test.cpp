@@ -75,6 +75,13 @@ TEST(MoveText, WhatFitsNoMove) {
     const Move more_black{position.black | mask_of(20), position.white, 0};
     EXPECT_EQ(short_text(position, more_black), "???");
     EXPECT_EQ(short_text(position, move_to(position)), "???");
+    // Two pieces where one was, or one taken and one come: neither side has moved so.
+    const Move doubled{position.black, mask_of(28) | mask_of(40) | mask_of(50), 0};
+    EXPECT_EQ(short_text(position, doubled), "???");
+    const Move black_doubled{mask_of(2) | mask_of(7) | mask_of(6), position.white, 0};
+    EXPECT_EQ(short_text(position, black_doubled), "???");
+    const Move exchanged{mask_of(1), mask_of(28) | mask_of(40) | mask_of(50), 0};
+    EXPECT_EQ(short_text(position, exchanged), "???");
     const Move gone{mask_of(1), position.white, 0};  // a piece gone without a capture that takes it
     EXPECT_EQ(short_text(position, gone), "???");
     const Move vanished{position.black, mask_of(32), 0};
