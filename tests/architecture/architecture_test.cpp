@@ -173,7 +173,7 @@ TEST(Architecture, WhoMayIncludeWhom) {
     EXPECT_FALSE(may_include("records", "eval/weights.h"));
     EXPECT_FALSE(may_include("control", "shell/start.h"));
     EXPECT_FALSE(may_include("tools", "records/fen.h"));
-    EXPECT_FALSE(may_include("core", "tests/core/perft.h"));
+    EXPECT_FALSE(may_include("core", "tests/core/slow_generator.h"));
     EXPECT_FALSE(may_include("core", "board.h"));
     EXPECT_FALSE(may_include("core", "../base/log.h"));
 }
