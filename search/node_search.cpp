@@ -295,15 +295,20 @@ int32_t ordering_score(MoveSquares squares, KillerMove killer) {
 void reward_cutoff(const Position& position, const MoveList& list, const uint8_t* order, int rank,
                    bool captures, KillerMove& killer) {
     const uint64_t before = pieces_of(position, position.side);
-    for (int i = 0; i <= rank; ++i) {
-        const MoveSquares squares = move_squares(before, pieces_of(list[order[i]], position.side));
-        std::atomic<int16_t>& entry = history_entry(squares);
-        const int h = entry.load(std::memory_order_relaxed);
-        const int changed = i == rank ? h + (HISTORY_LIMIT - h) / 128 : h - h / 128;
-        entry.store(static_cast<int16_t>(changed), std::memory_order_relaxed);
-        if (i == rank && !captures)
-            killer = {static_cast<uint8_t>(squares.from), static_cast<uint8_t>(squares.to)};
+    const auto squares_of = [&](int i) {
+        return move_squares(before, pieces_of(list[order[i]], position.side));
+    };
+    // The raise comes first: captures of different pieces can share an entry.
+    const MoveSquares best = squares_of(rank);
+    std::atomic<int16_t>& raised = history_entry(best);
+    const int r = raised.load(std::memory_order_relaxed);
+    raised.store(static_cast<int16_t>(r + (HISTORY_LIMIT - r) / 128), std::memory_order_relaxed);
+    for (int i = 0; i < rank; ++i) {
+        std::atomic<int16_t>& lowered = history_entry(squares_of(i));
+        const int h = lowered.load(std::memory_order_relaxed);
+        lowered.store(static_cast<int16_t>(h - h / 128), std::memory_order_relaxed);
     }
+    if (!captures) killer = {static_cast<uint8_t>(best.from), static_cast<uint8_t>(best.to)};
 }
 
 int32_t node_search(const Position& position, int ply, int depth, int32_t alpha, int32_t beta,
