@@ -105,6 +105,15 @@ TEST(PdnReplay, AnEmbeddedFenIsAStepOfItsOwn) {
     expect_same_state(state_of("W:W31:B6", 0), state);
 }
 
+TEST(PdnReplay, AMoveLearnsItsSide) {
+    const PdnGame node = pdn_parse_game("32-28");
+    EXPECT_EQ(node->token.side, 0);
+    ReplayState state;
+    EXPECT_EQ(pdn_next_move(node.get(), state), nullptr);
+    EXPECT_EQ(node->token.side, WHITE);
+    EXPECT_EQ(state.side, BLACK);
+}
+
 TEST(PdnReplay, CommentsAreSkipped) {
     PdnTable table;
     ASSERT_EQ(pdn_parse_games("{a} 1. 32-28 {b} {c} 19-23 ! 2. 28x19 word 14x23 *", table), 0);

@@ -189,6 +189,11 @@ TEST(MoveNode, ThePathIsThereWhereItIsNeeded) {
         texts += move_form(node) + " ";
     }
     EXPECT_EQ(texts, "3x14x32x16 3x20x38x16 ");
+    const PdnGame alone =
+        pdn_move_node_from_positions(position_of("W:W47:B41,31,21"), position_of("B:W16:B"), WHITE);
+    ASSERT_TRUE(alone);
+    EXPECT_FALSE(alone->token.path);
+    EXPECT_EQ(move_form(alone), "47x16");
 }
 
 TEST(GameList, HasHeadersAndSteps) {
@@ -237,10 +242,11 @@ TEST(ColumnForm, AHeaderBehindMovesBeginsALine) {
     PdnToken token;
     token.key = copy_text("Site", 4);
     token.value = copy_text("\"s\"", 3);
-    PdnNode* const header = pdn_insert_after(game.get(), pdn_make_node(PDN_HEADER, std::move(token)));
-    EXPECT_EQ(column_form(game), "1. 32-28\n[Site \"s\"]\n {a}\n*\n\n\n")
+    PdnNode* const header = pdn_insert_after(game.get()->next, pdn_make_node(PDN_HEADER, std::move(token)));
+    pdn_insert_after(header, pdn_make_comment("{b}"));
+    EXPECT_EQ(column_form(game), "1. 32-28 {a}\n[Site \"s\"]\n {b}\n*\n\n\n")
         << "the comment column is forgotten";
-    EXPECT_EQ(header->next->kind, PDN_COMMENT);
+    EXPECT_EQ(column_form(game, 0), "1. 32-28 {a}\n[Site \"s\"]\n {b}*\n\n\n");
 }
 
 TEST(ColumnForm, BlackFirst) {
