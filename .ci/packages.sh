@@ -1,3 +1,4 @@
+# shellcheck shell=sh disable=SC2034
 # Sourced by ./start and ./test: the Debian packages that they need.
 
 # need_packages NAME...: installs those that are missing. Where that takes rights that we do not have, it prints
