@@ -169,8 +169,8 @@ void iterate(Search& s, int iteration_limit) {
         const double elapsed = search_elapsed();
         if (elapsed <= limits.step_time)
             depth += 2;
-        else if (elapsed < limits.Mintime)
-            depth += 1;
+        else if (elapsed < limits.Mintime || depth < FIRST_STOPPABLE_ITERATION)
+            depth += 1;  // a move is backed by some depth whatever the time
         else
             return;
         // Only a limit that was asked for is met exactly.
