@@ -148,7 +148,7 @@ void king_captures(State& state, uint64_t captured, uint64_t landing, int captur
 }
 
 template <int SIDE, typename State>
-void all_king_captures(State& state, const Position& position, uint64_t kings) {
+[[gnu::noinline]] void all_king_captures(State& state, const Position& position, uint64_t kings) {
     while (kings) {
         const uint64_t start = lowest_set(kings);
         kings &= kings - 1;
@@ -169,7 +169,8 @@ void all_king_captures(State& state, const Position& position, uint64_t kings) {
 
 // Writes all captures of SIDE that take the most pieces to `list` and returns their number.
 template <int SIDE, typename LineKeeper>
-inline int search_captures(const Position& position, MoveList& list, LineKeeper lines) {
+[[gnu::always_inline]] inline int search_captures(const Position& position, MoveList& list,
+                                                  LineKeeper lines) {
     const uint64_t own = pieces_of(position, SIDE);
     CaptureState<LineKeeper> state{&list,          ~(position.black | position.white) & BOARD_MASK,
                                    position.black, position.white,
