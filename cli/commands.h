@@ -11,3 +11,4 @@ void add_analyze_command(CLI::App& program);
 void add_pdn_command(CLI::App& program);
 void add_bench_command(CLI::App& program);
 void add_weights_command(CLI::App& program);
+void add_selfplay_command(CLI::App& program);

@@ -21,6 +21,7 @@ int run(int argc, char** argv) {
     add_pdn_command(program);
     add_bench_command(program);
     add_weights_command(program);
+    add_selfplay_command(program);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

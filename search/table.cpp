@@ -46,6 +46,12 @@ int tt_allocate() {
     return 0;
 }
 
+void tt_clear() {
+    TranspositionTable& table = transposition_table;
+    for (TTSlot* slot = table.slots_start; slot != table.slots_start + table.slots; ++slot)
+        slot->store(0, std::memory_order_relaxed);
+}
+
 void tt_set_geometry() {
     TranspositionTable& table = transposition_table;
     table.entries = entries_of(table.effective_mb);

@@ -69,6 +69,9 @@ extern TranspositionTable transposition_table;
 // there is no memory, which is logged: no table exists then and nothing may be searched.
 int tt_allocate();
 
+// Empties the table.
+void tt_clear();
+
 // Computes `entries`, `mask` and `slots` from `effective_mb`.
 void tt_set_geometry();
 

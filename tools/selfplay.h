@@ -1,0 +1,35 @@
+// Games of the engine against itself, as material for learning the weights.
+//
+// A file of games is a row of records of 32 bytes, one for each position that is worth learning from: quiet
+// ones, in which neither side can capture, behind the random moves of the opening. The records of a game
+// stand together and are appended at once when it is over, so what an interruption cuts off is at most the
+// last game.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+struct GameRecord {
+    uint64_t black;
+    uint64_t white;
+    uint64_t king;
+    uint32_t game;  // number of the game in its run, from 0
+    int16_t score;  // of the search that chose the move, positive when good for black
+    int8_t result;  // 1 black won, 0 draw, -1 white won
+    uint8_t side;   // to move
+};
+static_assert(sizeof(GameRecord) == 32);
+
+struct SelfplayOptions {
+    std::string out;
+    int64_t games = 1000;  // in the file at the end
+    uint64_t seed = 1;     // two runs with the same seed and options play the same games
+    int depth = 7;         // of each search
+};
+
+// Called after each game with the games in the file and the records written by this run; false ends the run.
+using SelfplayProgress = bool (*)(int64_t games, int64_t records);
+
+// Plays until the file holds `games` games, going on behind those it has. The engine must be started. 0; 1 if
+// the file cannot be read or written.
+int selfplay(const SelfplayOptions& options, SelfplayProgress progress);
