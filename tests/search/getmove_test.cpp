@@ -224,9 +224,13 @@ TEST_F(GetmoveTest, TheStatusTellsTheSearch) {
     const std::regex line("value=" + NUMBER + ",  depth 9/\\d+\\.\\d/\\d+,  \\d+\\.\\d sec,  \\d+ kN/s,  " +
                           MOVES);
     EXPECT_TRUE(std::regex_match(found.text, line)) << found.text;
-    EXPECT_EQ(found.text.substr(0, found.text.find(',')), "value=" + std::to_string(found.value));
-    EXPECT_NE(found.text.find("/" + std::to_string(search_state.highest_ply) + ",  "), std::string::npos);
-    EXPECT_NE(found.text.find("pv " + short_text(position_of(ENDING), found.move)), std::string::npos);
+    EXPECT_EQ(found.text.substr(0, found.text.find(',')),
+              std::string("value=").append(std::to_string(found.value)));
+    EXPECT_NE(
+        found.text.find(std::string("/").append(std::to_string(search_state.highest_ply)).append(",  ")),
+        std::string::npos);
+    EXPECT_NE(found.text.find(std::string("pv ").append(short_text(position_of(ENDING), found.move))),
+              std::string::npos);
 }
 
 TEST_F(GetmoveTest, PassesAreMarkedAndTheirLineIsShownFromSixOn) {
@@ -287,7 +291,9 @@ TEST_F(GetmoveTest, TheLogCountsDatabaseLookups) {
     watch_iterations();
     search_to(position_of(ENDING), 7, 0);
     EXPECT_GT(search_state.egdb_lookups, 0u);
-    EXPECT_NE(logged.find(", db " + std::to_string(search_state.egdb_lookups) + ", pv "), std::string::npos);
+    EXPECT_NE(
+        logged.find(std::string(", db ").append(std::to_string(search_state.egdb_lookups)).append(", pv ")),
+        std::string::npos);
 }
 
 TEST_F(GetmoveTest, AQuietSearchLogsNothing) {

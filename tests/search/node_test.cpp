@@ -77,6 +77,7 @@ TEST_F(NodeTest, OnlyTheSetsOfTheColoursAreCompared) {
     for (const auto set : {&Position::black, &Position::white}) {
         line = shuffle(4);
         line[4].*set ^= uint64_t{1} << 35;
+        ASSERT_EQ(tt_allocate(), 0);
         EXPECT_GT(node(line[0], 1, 8, 100, 101).nodes, 1u);
     }
 }

@@ -1,6 +1,9 @@
 // Forced wins against a search of every line: the engine finds the fastest one and tells its length.
 #include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <utility>
+#include <vector>
 
 #include "search/search_state.h"
 #include "search/table.h"
@@ -32,13 +35,13 @@ class WinTest : public SearchTest {
     std::vector<std::pair<Position, int>> decided_positions(uint64_t seed, int count) {
         Random random(seed);
         std::vector<std::pair<Position, int>> found;
-        std::array<int, 12> by_length{};
+        std::array<int, 13> by_length{};
         while (static_cast<int>(found.size()) < count) {
             const Position p = random_setup(random, 4, 10 * below(random, 6));
             const int end = forced_end(p, 5);
             if (end == 0) continue;
             int& same = by_length[static_cast<size_t>(end + 6)];
-            if (++same > count / 6) continue;
+            if (++same > count / 4) continue;  // there are five lengths
             found.push_back({p, end});
         }
         return found;
