@@ -50,7 +50,7 @@ struct Search {
     char* text;
     uint32_t flags;
     Labels labels;
-    std::array<char, SEARCH_TEXT_SIZE> line_text{};       // the moves of the line
+    std::array<char, SEARCH_TEXT_SIZE / 2> line_text{};   // the moves of the line: ten at most
     std::array<char, SEARCH_TEXT_SIZE + 500> log_line{};  // of the last completed iteration
     int32_t best_index = 0;
     int32_t value = 0;

@@ -6,6 +6,7 @@
 #include "egdb/engine_egdb.h"
 #include "eval/evaluation.h"
 #include "search/score.h"
+#include "search/split.h"
 #include "search/table.h"
 
 namespace {
@@ -201,10 +202,36 @@ void order_moves(const Node& node, const MoveList& list, uint8_t* order) {
     sort_by_score(order, list.count, scores);
 }
 
+// Offers the moves from number `next` on to other threads. True if they were searched.
+bool split_moves(Node& node, const MoveList& list, const uint8_t* order, int next) {
+    if (node.depth < MIN_SPLIT_DEPTH || list.count - next < MIN_SPLIT_MOVES ||
+        search_state.active_threads.load(std::memory_order_relaxed) < 2 ||
+        search_state.stop_flag->load(std::memory_order_relaxed) != 0)
+        return false;
+    const SplitOffer offer{node.position,
+                           list,
+                           order,
+                           next,
+                           node.ply,
+                           node.depth,
+                           node.pruning_allowed,
+                           node.capture_position,
+                           node.pv_node,
+                           node.alpha,
+                           node.beta,
+                           node.best,
+                           node.best_index,
+                           node.thread};
+    if (!split_help.try_split(offer)) return false;
+    while (order[node.best_rank] != node.best_index) ++node.best_rank;
+    return true;
+}
+
 // Searches the moves in order, the hash move excepted. False if the thread was stopped.
 bool search_moves(Node& node, const MoveList& list, const uint8_t* order) {
     for (int i = node.hash_move < 0 ? 0 : 1; i < list.count; ++i) {
         if (is_stopped(node.thread)) return false;
+        if (split_moves(node, list, order, i)) break;
         const int32_t index = order[i];
         Position child;
         make_child(node.position, child, list[index], node.capture_position);

@@ -36,7 +36,7 @@ struct SearchState {
     std::atomic<int32_t> highest_ply = 0;
     std::atomic<uint32_t> egdb_lookups = 0;
     std::atomic<uint32_t> egdb_unknowns = 0;
-    std::atomic<int32_t> active_threads = 1;
+    std::atomic<int32_t> active_threads = 1;  // that search
     int64_t start_ms = 0;
     int32_t polled_nodes = 0;  // thread 0's nodes since it last looked at the clock
     // By from bit and to bit, 0 to 8192; threads share it without locks and accept lost updates.

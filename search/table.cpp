@@ -14,7 +14,7 @@ namespace {
 
 // A size that is not a power of two is rounded down.
 uint64_t entries_of(int32_t megabytes) {
-    const int log2 = std::bit_width(static_cast<uint32_t>(megabytes)) - 1;
+    const int log2 = static_cast<int>(std::bit_width(static_cast<uint32_t>(megabytes))) - 1;
     return (uint64_t{1} << (log2 + 20)) / sizeof(TTSlot);
 }
 
