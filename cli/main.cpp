@@ -27,6 +27,7 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return program.exit(error) == 0 ? 0 : EXIT_BAD_USAGE;
     }
+    if (std::fflush(stdout) != 0 || std::ferror(stdout)) fail("cannot write to standard output");
     return exit_status();
 }
 

@@ -39,6 +39,11 @@ TEST(CliUsage, BadUsageEndsWithTwo) {
     }
 }
 
+TEST(CliUsage, AFullDiskIsAnError) {
+    expect_one_line_error(run_program("perft 2 >/dev/full"), "cannot write to standard output");
+    expect_one_line_error(run_program("inspect W:W31:B1 >/dev/full"), "cannot write to standard output");
+}
+
 TEST(CliPerft, PrintsOneLineForEachDepth) {
     const ProgramResult result = run_program("perft 5");
     EXPECT_EQ(result.status, 0);

@@ -13,8 +13,9 @@ ProgramResult run_program(const std::string& arguments, const std::string& input
     const TemporaryFolder files;
     const std::string in = files.write("in", input);
     const std::string out = files.path / "out", err = files.path / "err";
-    const std::string command = "cd '" + folder.string() + "' && '" + program + "' " + arguments + " <'" +
-                                in + "' >'" + out + "' 2>'" + err + "'";
+    // Behind these redirections the arguments may have others of their own.
+    const std::string command = "cd '" + folder.string() + "' && '" + program + "' <'" + in + "' >'" + out +
+                                "' 2>'" + err + "' " + arguments;
     const int status = std::system(command.c_str());  // NOLINT(cert-env33-c): a shell is what users have
     ProgramResult result;
     if (WIFEXITED(status)) result.status = WEXITSTATUS(status);
