@@ -106,13 +106,11 @@ TEST_F(GetmoveTest, FullDepthIsSearchedWhereItIsAskedFor) {
 }
 
 TEST_F(GetmoveTest, ASingleQuietMoveIsSearched) {
-    const Position p = position_of("W:W36,46:B26,1,31,21,41");
+    const Position p = position_of(ONE_QUIET_MOVE);
     MoveList list;
-    generate_moves(p, list, WHITE);
-    Position quiet = position_of("W:W46:B1,2");
-    ASSERT_EQ(generate_moves(quiet, list, WHITE), 1);
-    ASSERT_FALSE(has_capture(quiet, WHITE));
-    const Searched found = search_to(quiet, 9);
+    ASSERT_FALSE(has_capture(p, WHITE));
+    ASSERT_EQ(generate_noncaptures(p, list, WHITE), 1);
+    const Searched found = search_to(p, 9);
     EXPECT_EQ(found.searched, 1);
     EXPECT_EQ(search_state.completed_depth, 9);
     EXPECT_EQ(found.move, list[0]);
