@@ -58,13 +58,14 @@ bool is_stopped(const ThreadRecord& thread) {
     return thread.stop.load(std::memory_order_relaxed) || stop_requested();
 }
 
-// Thread 0 looks at the clock now and then. True if the time is over; the stop flag is then set.
+// Thread 0 looks at the clock now and then. True if the time or the nodes are used up; the stop flag is then
+// set.
 bool out_of_time(const ThreadRecord& thread) {
     SearchState& s = search_state;
     if (thread.number != 0 || ++s.polled_nodes < POLL_NODES) return false;
     s.polled_nodes = 0;
     if (s.iteration.load(std::memory_order_relaxed) < FIRST_STOPPABLE_ITERATION ||
-        search_elapsed() <= s.max_time)
+        (search_elapsed() <= s.max_time && thread.nodes.load(std::memory_order_relaxed) < s.node_limit))
         return false;
     s.stop_flag->store(1, std::memory_order_relaxed);
     return true;

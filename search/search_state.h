@@ -24,6 +24,8 @@ struct SearchState {
     double max_time = 0;
     // The last iteration to run; for searches of a fixed depth.
     int32_t depth_limit = MAX_DEPTH;
+    // The search is cut off when thread 0 has searched so many nodes, up to a poll of the clock later.
+    uint64_t node_limit = UINT64_MAX;
     // The game's positions for the repetition test: the newest, which is the root, linked to those before it.
     // Null if there is no game. Not owned.
     const Position* game_line = nullptr;

@@ -145,6 +145,18 @@ TEST_F(StopTest, TheClockIsReadEvery2000Nodes) {
     search_state.stop_flag = nullptr;
 }
 
+TEST_F(StopTest, TheNodeLimitCutsTheSearchOff) {
+    std::atomic<int32_t> stop{0};
+    search_state.node_limit = 100000;
+    const Searched found = search_now(middle, stop);
+    search_state.node_limit = UINT64_MAX;
+    EXPECT_EQ(stop, 0);
+    EXPECT_EQ(found.searched, 1);
+    EXPECT_GE(searched_nodes(), 100000u);
+    EXPECT_LT(searched_nodes(), 120000u);
+    EXPECT_LT(search_state.completed_depth, search_state.iteration);
+}
+
 TEST_F(StopTest, AnotherThreadStopsTheSearch) {
     for (int i = 0; i < 20; ++i) {
         std::atomic<int32_t> stop{0};
