@@ -7,67 +7,13 @@
 #include <array>
 #include <cstdlib>
 
+#include "eval/features.h"
 #include "eval/regions.h"
 #include "eval/weights.h"
 
 namespace {
 
 bool tables_built = false;
-
-// The squares whose number, of row or column, has a binary digit set.
-constexpr uint64_t squares_with(int digit, int (*number_of)(int square)) {
-    uint64_t set = 0;
-    for (int square = 0; square < SQUARES; ++square)
-        if (number_of(square) >> digit & 1) set |= mask_of_square[static_cast<size_t>(square)];
-    return set;
-}
-using DigitMasks = std::array<uint64_t, 4>;
-constexpr DigitMasks digit_masks(int (*number_of)(int square)) {
-    return {squares_with(0, number_of), squares_with(1, number_of), squares_with(2, number_of),
-            squares_with(3, number_of)};
-}
-constexpr int row_of(int square) { return square / 5; }
-// Columns from left to right; every other row begins on the second.
-constexpr int column_of(int square) { return square % 5 * 2 + (row_of(square) % 2 == 0 ? 1 : 0); }
-constexpr DigitMasks ROW_DIGITS = digit_masks(row_of);
-constexpr DigitMasks COLUMN_DIGITS = digit_masks(column_of);
-
-constexpr uint64_t rows(int first, int last) {
-    uint64_t set = 0;
-    for (int square = first * 5; square < last * 5 + 5; ++square)
-        set |= mask_of_square[static_cast<size_t>(square)];
-    return set;
-}
-
-using Counter = int32_t (*)(uint64_t);
-
-// The sum over the squares of a set of the numbers whose binary digits the masks tell.
-template <Counter COUNT>
-inline int32_t sum_of_numbers(uint64_t set, const DigitMasks& digits) {
-    return COUNT(set & digits[0]) + 2 * COUNT(set & digits[1]) + 4 * COUNT(set & digits[2]) +
-           8 * COUNT(set & digits[3]);
-}
-
-// Columns weigh -9, -7, ... +9 from left to right: twice their number minus 9.
-template <Counter COUNT>
-inline int32_t moment(uint64_t men_set, int32_t men) {
-    return 2 * sum_of_numbers<COUNT>(men_set, COLUMN_DIGITS) - 9 * men;
-}
-
-// Black's rows less white's, each seen from its own side. A white man on row r is worth 9 - r, so that one
-// count over the men of both sides does.
-template <Counter COUNT>
-inline int32_t tempo_difference(const NodeSummary& summary) {
-    return sum_of_numbers<COUNT>(summary.black_men_set | summary.white_men_set, ROW_DIGITS) -
-           9 * summary.white_men;
-}
-
-template <Counter COUNT>
-inline int32_t phase_of(const NodeSummary& summary) {
-    const uint64_t at_home = (summary.black_men_set & rows(0, 3)) | (summary.white_men_set & rows(6, 9));
-    const uint64_t ahead = (summary.black_men_set & rows(4, 8)) | (summary.white_men_set & rows(1, 5));
-    return 2 * COUNT(at_home) + COUNT(ahead);
-}
 
 // A value for each end of the game.
 struct Blend {
@@ -91,11 +37,8 @@ inline void add_patterns(Blend& sums, const RegionPlaces& places) {
 
 inline void add_king_terms(Blend& sums, const NodeSummary& summary) {
     const EvalParams& params = weights.params;
-    const int32_t black = summary.black_kings;
-    const int32_t white = summary.white_kings;
-    const int32_t further = std::max(0, black - 1) - std::max(0, white - 1);
-    add_term(sums, further, params.kings_opening, params.kings_endgame);
-    add_term(sums, (black > 0) - (white > 0), params.has_kings_opening, params.has_kings_endgame);
+    add_term(sums, further_kings_difference(summary), params.kings_opening, params.kings_endgame);
+    add_term(sums, has_king_difference(summary), params.has_kings_opening, params.has_kings_endgame);
 }
 
 // Large advantages count less, with a jump at the limit.
@@ -142,9 +85,7 @@ int32_t evaluate_with(const Position& position, int side, const NodeSummary& sum
     const EvalParams& params = weights.params;
     Blend sums;
     add_patterns(sums, places);
-    const int32_t balance =
-        std::abs(moment<COUNT>(white, summary.white_men)) - std::abs(moment<COUNT>(black, summary.black_men));
-    add_term(sums, balance, params.lr_bal_opening, params.lr_bal_endgame);
+    add_term(sums, balance_difference<COUNT>(summary), params.lr_bal_opening, params.lr_bal_endgame);
     add_term(sums, tempo_difference<COUNT>(summary), params.tempo_opening, params.tempo_endgame);
     add_term(sums, summary.black_men - summary.white_men, params.men_opening, params.men_endgame);
     if (position.king) add_king_terms(sums, summary);
