@@ -9,6 +9,8 @@
 
 #include "eval/node_summary.h"
 
+using Counter = int32_t (*)(uint64_t);
+
 namespace feature_detail {
 
 // The squares whose number, of row or column, has a binary digit set.
@@ -37,8 +39,6 @@ constexpr uint64_t rows(int first, int last) {
     return set;
 }
 
-using Counter = int32_t (*)(uint64_t);
-
 // The sum over the squares of a set of the numbers whose binary digits the masks tell.
 template <Counter COUNT>
 inline int32_t sum_of_numbers(uint64_t set, const DigitMasks& digits) {
@@ -55,7 +55,7 @@ inline int32_t moment(uint64_t men_set, int32_t men) {
 }  // namespace feature_detail
 
 // White's lean to one wing less black's: positive when it is better for black.
-template <feature_detail::Counter COUNT>
+template <Counter COUNT>
 inline int32_t balance_difference(const NodeSummary& summary) {
     using namespace feature_detail;
     return std::abs(moment<COUNT>(summary.white_men_set, summary.white_men)) -
@@ -64,7 +64,7 @@ inline int32_t balance_difference(const NodeSummary& summary) {
 
 // Black's rows less white's, each seen from its own side. A white man on row r is worth 9 - r, so that one
 // count over the men of both sides does.
-template <feature_detail::Counter COUNT>
+template <Counter COUNT>
 inline int32_t tempo_difference(const NodeSummary& summary) {
     return feature_detail::sum_of_numbers<COUNT>(summary.black_men_set | summary.white_men_set,
                                                  feature_detail::ROW_DIGITS) -
@@ -72,7 +72,7 @@ inline int32_t tempo_difference(const NodeSummary& summary) {
 }
 
 // How far the game is from its end: 2 for each man on the first four rows of his side, 1 for each further on.
-template <feature_detail::Counter COUNT>
+template <Counter COUNT>
 inline int32_t phase_of(const NodeSummary& summary) {
     using feature_detail::rows;
     const uint64_t at_home = (summary.black_men_set & rows(0, 3)) | (summary.white_men_set & rows(6, 9));
