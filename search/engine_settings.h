@@ -3,13 +3,33 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "core/board.h"
+
+// What the endgame databases are opened with; the numbers are within the ranges told.
+struct DatabaseOptions {
+    bool wld_enable = false;
+    bool wld_parallel_init = false;  // open beside the search, not before it
+    int32_t wld_max_pieces = -1;     // 2 to 9; -1 for no limit
+    int32_t wld_max_kings_8 = -1;    // 0 to 4; -1 for no limit
+    int32_t wld_cache_mb = 0;        // at least 0
+    std::string wld_folder;
+    bool mtc_enable = false;
+    std::string mtc_folder;
+
+    bool operator==(const DatabaseOptions&) const = default;
+};
 
 struct EngineSettings {
     int32_t search_threads = 1;
     int32_t hash_size_mb = 64;
     int32_t book_mode = 0;  // 0: the book is not asked
+    DatabaseOptions database;
+    // Changes that wait for the next start of a search, which reopens all databases with the table allocated
+    // anew before, or the distances to conversion alone, and clears them.
+    bool reopen_wld = false;
+    bool reopen_mtc = false;
 
     // Writes the position as one FEN tag line to `text`, which has 300 bytes. Filled in by what can print
     // FEN; null leaves the line out of the log.
