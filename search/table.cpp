@@ -4,6 +4,8 @@
 #include <bit>
 #include <chrono>
 #include <cinttypes>
+#include <cmath>
+#include <numeric>
 
 #include "base/log.h"
 #include "search/engine_settings.h"
@@ -16,6 +18,42 @@ namespace {
 uint64_t entries_of(int32_t megabytes) {
     const int log2 = static_cast<int>(std::bit_width(static_cast<uint32_t>(megabytes))) - 1;
     return (uint64_t{1} << (log2 + 20)) / sizeof(TTSlot);
+}
+
+constexpr int MIN_TUNED_MB = 8;
+constexpr double PASS_SHARE = 450;  // a pass is to take this fraction of the time of a move
+
+// How many times the nodes of one thread so many threads search.
+constexpr std::array<double, 8> THROUGHPUT{1.0, 1.97, 2.88, 3.73, 4.55, 5.26, 5.91, 6.39};
+
+double average_pass_seconds(const TranspositionTable& table) {
+    const auto passes = static_cast<std::ptrdiff_t>(std::min<int64_t>(table.age_count, AGE_TIMES));
+    if (passes == 0) return 0;
+    const double sum = std::accumulate(table.age_ms.begin(), table.age_ms.begin() + passes, 0.0);
+    return sum / static_cast<double>(passes) / 1000.0;
+}
+
+// The factor from the size in use to the one that `wanted` seconds a pass call for, with passes of `average`
+// seconds now; a power of two. The quotients are rounded, halves away from zero, before they are compared.
+// A size that is no power of two is halved with its fraction cut and doubled only within the allocation.
+double tuned_factor(double wanted, double average, int32_t size, int32_t most) {
+    double factor = 1;
+    if (std::round(0.96 * wanted / average) > 1) {
+        while (size <= most / 2) {
+            factor *= 2;
+            size *= 2;
+            if (std::round(0.96 * wanted / (factor * average)) < 2) break;
+        }
+    } else if (std::round(1.04 * wanted / average) < 1) {
+        double divisor = 1;
+        while (size > MIN_TUNED_MB) {
+            divisor *= 2;
+            size /= 2;
+            if (std::round(1.04 * wanted * divisor / average) >= 1) break;
+        }
+        factor = 1 / divisor;
+    }
+    return factor;
 }
 
 template <typename Condition>
@@ -70,6 +108,19 @@ void tt_age() {
     }
     const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start;
     table.age_ms[static_cast<size_t>(table.age_count++ % AGE_TIMES)] = elapsed.count();
+}
+
+void tune_hash_size(double seconds, int search_threads) {
+    TranspositionTable& table = transposition_table;
+    const double average = average_pass_seconds(table);
+    if (!table.slots_start || !(average > 0)) return;
+    const int threads = std::clamp(search_threads, 1, static_cast<int>(THROUGHPUT.size()));
+    const double wanted = seconds * THROUGHPUT[static_cast<size_t>(threads - 1)] / PASS_SHARE;
+    const double factor = tuned_factor(wanted, average, table.effective_mb, table.size_mb);
+    if (factor == 1) return;
+    for (double& ms : table.age_ms) ms *= factor;
+    table.effective_mb = static_cast<int32_t>(table.effective_mb * factor);
+    tt_set_geometry();
 }
 
 int64_t tt_count_marked() {

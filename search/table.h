@@ -75,6 +75,14 @@ void tt_clear();
 // Computes `entries`, `mask` and `slots` from `effective_mb`.
 void tt_set_geometry();
 
+// Fits the part of the table that is in use to the time of a move, so that the pass of `tt_age` stays a small
+// and nearly constant share of it: doubles or halves `effective_mb`, which stays within `size_mb` and is not
+// halved at 8 or below. Entries are not moved; those outside are hidden until the table grows again. Does
+// nothing before the first pass was timed. Not during a search.
+//   seconds         the time of the move; any value
+//   search_threads  1 to 8; what lies outside is clamped
+void tune_hash_size(double seconds, int search_threads);
+
 // At the start of each search: old entries keep their move but can no longer cut off anything, and lose the
 // mark.
 void tt_age();

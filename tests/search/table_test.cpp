@@ -1,6 +1,9 @@
 // The transposition table, field by field and rule by rule.
 #include "search/table.h"
 
+#include <bit>
+#include <cmath>
+#include <limits>
 #include <map>
 
 #include "search/engine_settings.h"
@@ -221,6 +224,281 @@ TEST_F(TableTest, CountsGoOverAllSlots) {
     mark(last + 2);
     EXPECT_EQ(tt_count_usable(), 2);
     EXPECT_EQ(tt_count_marked(), 2);
+}
+
+// The steps of the tuning with plain numbers, apart from the table's memory.
+struct SlowTuning {
+    double d = 1;
+    int s;
+    bool grew = false;
+};
+
+int64_t round_away(double x) { return static_cast<int64_t>(x < 0 ? x - 0.5 : x + 0.5); }
+
+SlowTuning slow_tuning(double t, double f, double a, int s, int S) {
+    SlowTuning result{1, s};
+    const double w = t * f / 450;
+    if (round_away(0.96 * w / a) > 1) {
+        while (result.s < S) {
+            result.d *= 2;
+            result.s *= 2;
+            if (round_away(0.96 * w / (result.d * a)) < 2) break;
+        }
+        result.grew = true;
+    } else if (round_away(1.04 * w / a) < 1 && s > 8) {
+        while (result.s > 8) {
+            result.d *= 2;
+            result.s /= 2;
+            if (round_away(1.04 * w * result.d / a) >= 1) break;
+        }
+    }
+    return result;
+}
+
+constexpr double FACTORS[] = {1.0, 1.97, 2.88, 3.73, 4.55, 5.26, 5.91, 6.39};
+
+class TuningTest : public TableTest {
+  protected:
+    // A table of so many megabytes, with passes that took that long.
+    static void table_of(int megabytes, double pass_seconds, int64_t passes = AGE_TIMES) {
+        engine_settings.hash_size_mb = megabytes;
+        ASSERT_EQ(tt_allocate(), 0);
+        set_passes(pass_seconds, passes);
+    }
+    static void set_passes(double pass_seconds, int64_t passes = AGE_TIMES) {
+        transposition_table.age_ms.fill(pass_seconds * 1000);
+        transposition_table.age_count = passes;
+    }
+    static void use_size(int megabytes) {
+        transposition_table.effective_mb = megabytes;
+        tt_set_geometry();
+    }
+    static void expect_size(int megabytes) {
+        const TranspositionTable& table = transposition_table;
+        EXPECT_EQ(table.effective_mb, megabytes);
+        EXPECT_EQ(table.entries, std::bit_floor(static_cast<uint64_t>(megabytes)) * 131072);
+        EXPECT_EQ(table.mask, table.entries - 1);
+        EXPECT_EQ(table.slots, table.entries + 3);
+    }
+    void TearDown() override {
+        engine_settings.hash_size_mb = 1;
+        ASSERT_EQ(tt_allocate(), 0);
+        TableTest::TearDown();
+    }
+};
+
+TEST_F(TuningTest, NothingHappensBeforeAPassIsTimed) {
+    table_of(64, 0.001, 0);
+    tune_hash_size(1e-6, 1);
+    expect_size(64);
+    tune_hash_size(1e6, 8);
+    expect_size(64);
+}
+
+TEST_F(TuningTest, LittleTimeShrinksTheTableDownToEight) {
+    // 64 MB in 16 ms; for 0.9 s a pass of 2 ms is wanted: 1.04 x 2 d / 16 rounds to 1 at d = 4.
+    table_of(64, 0.016);
+    TTSlot* const memory = transposition_table.slots_start;
+    tune_hash_size(0.9, 1);
+    expect_size(16);
+    EXPECT_EQ(transposition_table.slots_start, memory);
+    EXPECT_EQ(transposition_table.size_mb, 64);
+    for (const double ms : transposition_table.age_ms) EXPECT_DOUBLE_EQ(ms, 4);
+    EXPECT_EQ(transposition_table.age_count, AGE_TIMES);
+    tune_hash_size(1e-6, 1);
+    expect_size(8);
+    for (const double ms : transposition_table.age_ms) EXPECT_DOUBLE_EQ(ms, 2);
+    tune_hash_size(0, 1);
+    tune_hash_size(-1, 1);
+    expect_size(8);
+}
+
+TEST_F(TuningTest, MuchTimeGrowsTheTableUpToItsAllocation) {
+    table_of(64, 0.001);
+    use_size(8);
+    // A pass of 3 ms is wanted: 0.96 x 3 rounds to 3, half of it to 1.
+    tune_hash_size(1.35, 1);
+    expect_size(16);
+    for (const double ms : transposition_table.age_ms) EXPECT_DOUBLE_EQ(ms, 2);
+    tune_hash_size(1e6, 1);
+    expect_size(64);
+    for (const double ms : transposition_table.age_ms) EXPECT_DOUBLE_EQ(ms, 8);
+    tune_hash_size(1e6, 1);
+    expect_size(64);
+}
+
+TEST_F(TuningTest, ASizeOfEightOrLessIsNotHalved) {
+    for (const int size : {1, 2, 4, 7, 8}) {
+        table_of(size, 1.0);
+        tune_hash_size(0.001, 1);
+        expect_size(size);
+    }
+    table_of(9, 1.0);
+    tune_hash_size(0.001, 1);
+    expect_size(4);
+}
+
+// The bounds between which nothing happens, by a pass of a second and exact halves.
+TEST_F(TuningTest, HalvesAreRoundedAwayFromZero) {
+    const double ms = 1000 * 0.96 * (450 * 1.0 / 450);
+    table_of(64, 1.0);
+    use_size(32);
+    transposition_table.age_ms.fill(ms / 1.5);  // the quotient is 1.5: 2
+    tune_hash_size(450, 1);
+    expect_size(64);
+    use_size(32);
+    transposition_table.age_ms.fill(ms / 1.5 * (1 + 1e-12));
+    tune_hash_size(450, 1);
+    expect_size(32);
+
+    const double shrink_ms = 1000 * 1.04 * (450 * 1.0 / 450);
+    transposition_table.age_ms.fill(shrink_ms / 0.5);  // 0.5: 1
+    tune_hash_size(450, 1);
+    expect_size(32);
+    transposition_table.age_ms.fill(shrink_ms / 0.5 * (1 + 1e-12));
+    tune_hash_size(450, 1);
+    expect_size(16);
+
+    // On the way too: 3 is 1.5 after one doubling, which is 2 and goes on; 0.25 is 0.5 after one halving.
+    use_size(8);
+    transposition_table.age_ms.fill(ms / 3);
+    tune_hash_size(450, 1);
+    expect_size(32);
+    transposition_table.age_ms.fill(shrink_ms / 0.25);
+    tune_hash_size(450, 1);
+    expect_size(16);
+}
+
+// Only the threads of a search decide here whether the table grows: each count has its own factor.
+TEST_F(TuningTest, MoreThreadsAreWorthMoreTime) {
+    for (int threads = 1; threads <= 8; ++threads) {
+        const double f = FACTORS[threads - 1];
+        table_of(16, 1.0);
+        use_size(8);
+        tune_hash_size(450 / 0.96 * 1.5 / f * 0.9999, threads);
+        expect_size(8);
+        tune_hash_size(450 / 0.96 * 1.5 / f * 1.0001, threads);
+        expect_size(16);
+        set_passes(1.0);
+        tune_hash_size(450 / 1.04 * 0.5 / f * 1.0001, threads);
+        expect_size(16);
+        tune_hash_size(450 / 1.04 * 0.5 / f * 0.9999, threads);
+        expect_size(8);
+    }
+}
+
+TEST_F(TuningTest, ThreadCountsThatCannotBeAreClamped) {
+    for (const int threads : {INT32_MIN, -1, 0, 1}) {
+        table_of(16, 1.0);
+        use_size(8);
+        tune_hash_size(450 / 0.96 * 1.5001, threads);
+        expect_size(16);
+        use_size(8);
+        set_passes(1.0);
+        tune_hash_size(450 / 0.96 * 1.4999, threads);
+        expect_size(8);
+    }
+    for (const int threads : {8, 9, INT32_MAX}) {
+        table_of(16, 1.0);
+        use_size(8);
+        tune_hash_size(450 / 0.96 * 1.5001 / 6.39, threads);
+        expect_size(16);
+        use_size(8);
+        set_passes(1.0);
+        tune_hash_size(450 / 0.96 * 1.4999 / 6.39, threads);
+        expect_size(8);
+    }
+}
+
+TEST_F(TuningTest, OnlyTheTimedPassesAreAveraged) {
+    table_of(64, 0);
+    transposition_table.age_ms = {1000, 3000};  // 2 seconds of mean
+    transposition_table.age_count = 2;
+    use_size(32);
+    tune_hash_size(450 / 0.96 * 3 * 0.999, 1);
+    expect_size(32);
+    tune_hash_size(450 / 0.96 * 3 * 1.001, 1);
+    expect_size(64);
+    EXPECT_DOUBLE_EQ(transposition_table.age_ms[0], 2000);
+    EXPECT_DOUBLE_EQ(transposition_table.age_ms[1], 6000);
+    // All sixteen count once there are more.
+    use_size(32);
+    transposition_table.age_ms.fill(1000);
+    transposition_table.age_ms[15] = 17000;
+    transposition_table.age_count = 1000;
+    tune_hash_size(450 / 0.96 * 3 * 0.999, 1);
+    expect_size(32);
+}
+
+// Sizes that are no power of two shrink and grow back without leaving the allocation.
+TEST_F(TuningTest, TheSizeInUseStaysWithinTheAllocation) {
+    for (const int size : {9, 12, 15, 17, 31, 33, 48, 63, 64, 65, 100, 127}) {
+        table_of(size, 1.0);
+        const uint64_t entries = transposition_table.entries;
+        tune_hash_size(1e-9, 1);
+        EXPECT_LE(transposition_table.effective_mb, 8);
+        EXPECT_GT(transposition_table.effective_mb, 3);
+        tune_hash_size(1e9, 1);
+        EXPECT_LE(transposition_table.effective_mb, size);
+        EXPECT_EQ(transposition_table.entries, entries) << size;
+        EXPECT_LE(transposition_table.slots * sizeof(TTSlot), (uint64_t(size) << 20) + 24);
+        EXPECT_NEAR(transposition_table.age_ms[3], 1000, 1e-9);
+        tt_age();  // reads and writes all slots
+    }
+}
+
+TEST_F(TuningTest, TimesThatAreNoneChangeNothingWrong) {
+    table_of(32, 1.0);
+    use_size(16);
+    tune_hash_size(std::nan(""), 1);
+    expect_size(16);
+    tune_hash_size(std::numeric_limits<double>::infinity(), 1);
+    expect_size(32);
+    tune_hash_size(-std::numeric_limits<double>::infinity(), 1);
+    expect_size(8);
+    transposition_table = TranspositionTable{};  // as after a failed allocation
+    tt_age();
+    tune_hash_size(1e6, 1);
+    EXPECT_EQ(transposition_table.effective_mb, 0);
+}
+
+TEST_F(TuningTest, EveryTimeIsTunedAsTheSlowWay) {
+    Random random(11);
+    const auto spread = [&](double low, double high) {
+        return low * std::pow(high / low, static_cast<double>(below(random, 1000000)) / 1e6);
+    };
+    table_of(128, 1.0);
+    int grown = 0, shrunk = 0;
+    for (int i = 0; i < 20000; ++i) {
+        const int start = 1 << below(random, 8);
+        const int threads = 1 + below(random, 8);
+        const double a = spread(1e-5, 1), t = a * spread(1, 1e5);
+        use_size(start);
+        set_passes(a, 1 + below(random, 40));
+        const double average = transposition_table.age_ms[0] / 1000;
+        tune_hash_size(t, threads);
+        const SlowTuning slow = slow_tuning(t, FACTORS[threads - 1], average, start, 128);
+        ASSERT_EQ(transposition_table.effective_mb, slow.s) << t << " " << a << " " << start;
+        ASSERT_DOUBLE_EQ(transposition_table.age_ms[0], 1000 * (slow.grew ? a * slow.d : a / slow.d));
+        if (slow.d > 1) ++(slow.grew ? grown : shrunk);
+    }
+    EXPECT_GT(grown, 1000);
+    EXPECT_GT(shrunk, 1000);
+}
+
+// A tuned size holds: asked again with the same time, nothing changes.
+TEST_F(TuningTest, TheSameTimeTunesOnce) {
+    table_of(128, 1.0);
+    for (double t = 0.001; t < 1e5; t *= 1.3) {
+        use_size(64);
+        set_passes(0.030);
+        tune_hash_size(t, 3);
+        const int once = transposition_table.effective_mb;
+        const double ms = transposition_table.age_ms[0];
+        tune_hash_size(t, 3);
+        EXPECT_EQ(transposition_table.effective_mb, once) << t;
+        EXPECT_EQ(transposition_table.age_ms[0], ms) << t;
+    }
 }
 
 SavedEntry saved_entry(uint32_t hash0, uint32_t hash1) {
