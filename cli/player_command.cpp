@@ -1,0 +1,85 @@
+// The player of a match: a process that is told positions on standard input and answers with moves, as
+// tools/match_protocol.h has it.
+#include <chrono>
+#include <csignal>
+#include <iostream>
+#include <memory>
+
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "eval/weights.h"
+#include "search/engine_settings.h"
+#include "search/getmove.h"
+#include "search/search_state.h"
+#include "search/table.h"
+#include "tools/match_protocol.h"
+
+namespace {
+
+constexpr double UNLIMITED = 1e9;  // seconds
+
+struct PlayerOptions {
+    std::string weights;
+    int hash_mb = 8;
+    uint64_t nodes = 0;
+    double time = 0;
+    int depth = 0;
+};
+
+void set_limits(const PlayerOptions& options) {
+    set_fixed_time(options.time > 0 ? options.time : UNLIMITED);
+    if (options.depth > 0) search_state.depth_limit = options.depth;
+    if (options.nodes == 0) return;
+    search_state.node_limit = options.nodes;
+    search_state.step_time = 0;  // no iteration is left out, as none is paid for in time
+}
+
+PlayerAnswer search_position(const Position& position) {
+    char text[SEARCH_TEXT_SIZE];
+    std::atomic<int32_t> never_stopped = 0;
+    int32_t searched = 0;
+    PlayerAnswer answer{};
+    search_state.game_line = &position;
+    const auto start = std::chrono::steady_clock::now();
+    answer.score = getmove(position, position.side, text, never_stopped, SEARCH_QUIET, answer.move, searched);
+    answer.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    search_state.game_line = nullptr;
+    answer.depth = search_state.completed_depth;
+    answer.nodes = searched_nodes();
+    return answer;
+}
+
+void run_player(const PlayerOptions& options) {
+    std::signal(SIGINT, SIG_IGN);  // the match ends its players itself
+    engine_settings.hash_size_mb = options.hash_mb;
+    if (load_weights_from(options.weights) != 0)
+        return fail("cannot open %s for reading", options.weights.c_str());
+    if (tt_allocate() != 0) return fail("Cannot allocate hashtable");
+    set_limits(options);
+    std::string line;
+    std::vector<Position> positions;
+    while (std::getline(std::cin, line)) {
+        if (line == PLAYER_NEW_GAME) {
+            tt_clear();
+            std::cout << PLAYER_READY << std::endl;
+        } else if (read_go_line(line, positions)) {
+            std::cout << move_line(search_position(positions.back())) << std::endl;
+        } else {
+            return fail("not a question to a player: %.200s", line.c_str());
+        }
+    }
+}
+
+}  // namespace
+
+void add_player_command(CLI::App& program) {
+    CLI::App* const command = program.add_subcommand("player", "One side of a match, started by it");
+    command->group("");  // not for users, so not in the help
+    const auto options = std::make_shared<PlayerOptions>();
+    command->add_option("--weights", options->weights)->required();
+    command->add_option("--hash", options->hash_mb)->check(CLI::Range(1, MAX_TABLE_MB));
+    command->add_option("--nodes", options->nodes);
+    command->add_option("--time", options->time);
+    command->add_option("--depth", options->depth);
+    command->callback([options] { run_player(*options); });
+}

@@ -1,0 +1,71 @@
+// Matches between two players, A and B: which games are played, and the playing of a pair of them. The
+// players are asked through a record of functions; what stands behind it is not known here.
+//
+// A match is a row of pairs. The first pairs have the ballots as start positions, in an order drawn by the
+// seed; when all are used up the row goes round again, and from then on two random plies follow each ballot,
+// drawn anew for every pair and thrown away when they lose a piece at once. Both players have each colour
+// once. All of it is settled by the seed and the number of the pair, so that parts of a match can be played
+// anywhere and in any order.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "tools/match_game.h"
+
+constexpr int PLAYER_A = 0;
+constexpr int PLAYER_B = 1;
+
+struct MatchPlan {
+    int ballot_moves = 3;  // 2 or 3
+    uint64_t seed = 1;
+    std::vector<int> order;  // of the ballots
+};
+
+MatchPlan make_match_plan(int ballot_moves, uint64_t seed);
+
+// The start position of the pair with the number, from 0.
+Position start_position(const MatchPlan& plan, int64_t pair);
+
+// True if neither side is a piece ahead when all captures that must be made have been made.
+bool is_even(const Position& position);
+
+// What a player says to a position.
+struct PlayerAnswer {
+    Move move;
+    int32_t score;  // positive when good for black
+    int32_t depth;
+    uint64_t nodes;
+    double seconds;
+};
+
+struct MatchPlayers {
+    void* context;
+    // A new game begins: what is left of the last one is to be forgotten. False if the player fails.
+    bool (*begin)(void* context, int player);
+    // The player's move in a position that has one; the positions before it are linked. False if it fails.
+    bool (*ask)(void* context, int player, const Position& position, PlayerAnswer& answer);
+};
+
+// What a player did, summed over its moves.
+struct PlayerWork {
+    int64_t moves = 0;
+    int64_t depth = 0;
+    uint64_t nodes = 0;
+    double seconds = 0;
+};
+
+struct PairReport {
+    std::array<int, 2> points{};  // of player A in both games: 2 won, 1 drawn, 0 lost
+    std::array<GameEnd, 2> ends{};
+    int plies = 0;  // of both games
+    std::array<PlayerWork, 2> work{};
+};
+
+enum PairStatus { PAIR_PLAYED, PAIR_PLAYER_FAILED, PAIR_ILLEGAL_MOVE };
+
+// Plays both games from the position: A has white in the first. If a player fails or makes a move that is not
+// legal its number is in `culprit`, and the report is worth nothing.
+PairStatus play_pair(const Position& start, const MatchPlayers& players, bool adjudicate, PairReport& report,
+                     int& culprit);
