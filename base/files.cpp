@@ -4,17 +4,24 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <new>
 #include <stdexcept>
 
+#include "base/file_calls.h"
+
 namespace {
+
+constexpr int NAME_TRIES = 100;
+
+std::atomic<uint32_t> files_written = 0;  // makes the names of new files differ
 
 // Writes everything, over interruptions and short writes.
 bool write_all(int descriptor, const char* data, size_t bytes) {
     while (bytes > 0) {
-        const ssize_t written = write(descriptor, data, bytes);
+        const ssize_t written = file_calls.write(descriptor, data, bytes);
         if (written < 0 && errno == EINTR) continue;
         if (written <= 0) return false;
         data += written;
@@ -27,18 +34,58 @@ bool write_all(int descriptor, const char* data, size_t bytes) {
 void flush_folder_of(const std::string& path) {
     const size_t slash = path.rfind('/');
     const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int descriptor = file_calls.open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0);
     if (descriptor < 0) return;
-    fsync(descriptor);
-    close(descriptor);
+    file_calls.flush(descriptor);
+    file_calls.close(descriptor);
+}
+
+// Makes a new file beside `path` and gives its name: one that no other thread or process writes, not even one
+// of another machine that shares the folder, nor any that was left by a process that died. -1 on failure.
+int open_aside(const std::string& path, std::string& aside) {
+    for (int i = 0; i < NAME_TRIES; ++i) {
+        aside = path + ".new" + std::to_string(getpid()) + "-" + std::to_string(files_written++);
+        const int descriptor = file_calls.open(aside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (descriptor >= 0 || errno != EEXIST) return descriptor;
+    }
+    return -1;
 }
 
 }  // namespace
+
+FileCalls system_file_calls() {
+    return {
+        [](const char* path, int flags, mode_t mode) { return open(path, flags, mode); }, write, fsync, close,
+        [](const char* from, const char* to) { return std::rename(from, to); },           unlink};
+}
+
+FileCalls file_calls = system_file_calls();
 
 int64_t file_size(const std::string& path) {
     struct stat status;
     if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return -1;
     return status.st_size;
+}
+
+bool can_read_file(const std::string& path) {
+    // Without O_NONBLOCK a pipe would keep us until somebody writes to it.
+    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0) return false;
+    struct stat status;
+    const bool readable = fstat(descriptor, &status) == 0 && !S_ISDIR(status.st_mode);
+    close(descriptor);
+    return readable;
+}
+
+bool folder_exists(const std::string& path) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool make_folders(const std::string& path) {
+    for (size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1))
+        mkdir(path.substr(0, end).c_str(), 0700);
+    return mkdir(path.c_str(), 0700) == 0 || folder_exists(path);
 }
 
 int read_file(const std::string& path, std::string& text) {
@@ -71,13 +118,18 @@ int read_file(const std::string& path, std::string& text) {
 }
 
 int replace_file(const std::string& path, const void* data, size_t bytes) {
-    const std::string aside = path + ".new" + std::to_string(getpid());
-    const int descriptor = open(aside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    std::string aside;
+    const int descriptor = open_aside(path, aside);
     if (descriptor < 0) return 1;
     const bool written =
-        write_all(descriptor, static_cast<const char*>(data), bytes) && fsync(descriptor) == 0;
-    if (close(descriptor) != 0 || !written || std::rename(aside.c_str(), path.c_str()) != 0) {
-        unlink(aside.c_str());
+        write_all(descriptor, static_cast<const char*>(data), bytes) && file_calls.flush(descriptor) == 0;
+    const int reason = errno;
+    const bool closed = file_calls.close(descriptor) == 0;
+    if (!written) errno = reason;
+    if (!written || !closed || file_calls.rename(aside.c_str(), path.c_str()) != 0) {
+        const int first_reason = errno;
+        file_calls.remove(aside.c_str());
+        errno = first_reason;
         return 1;
     }
     flush_folder_of(path);

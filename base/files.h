@@ -7,11 +7,19 @@
 // Size of the file in bytes, or -1 if there is no such regular file.
 int64_t file_size(const std::string& path);
 
+// The file, which is no folder, can be opened for reading.
+bool can_read_file(const std::string& path);
+
+bool folder_exists(const std::string& path);
+
+// Makes the folder and those above it that are missing, for the user alone. True if it is there then.
+bool make_folders(const std::string& path);
+
 // Reads the whole file into `text`, which is left as it was on failure.
 // 0; 1 if the file cannot be opened or read; 2 if its size is below 1; 3 if memory runs out.
 int read_file(const std::string& path, std::string& text);
 
 // Writes `bytes` bytes aside, flushes them to the disk and renames the new file over `path`, so that the file
-// is at every moment the old one or the new one. 0, or 1 if it could not be written; the old file then
-// stands.
+// is at every moment the old one or the new one, also when several threads or processes write it at once: the
+// last one stands. 0, or 1 if it could not be written; the old file then stands.
 int replace_file(const std::string& path, const void* data, size_t bytes);
