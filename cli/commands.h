@@ -12,6 +12,7 @@ void add_pdn_command(CLI::App& program);
 void add_bench_command(CLI::App& program);
 void add_weights_command(CLI::App& program);
 void add_selfplay_command(CLI::App& program);
+void add_train_command(CLI::App& program);
 void add_ballots_command(CLI::App& program);
 void add_match_command(CLI::App& program);
 void add_player_command(CLI::App& program);

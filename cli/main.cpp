@@ -22,6 +22,7 @@ int run(int argc, char** argv) {
     add_bench_command(program);
     add_weights_command(program);
     add_selfplay_command(program);
+    add_train_command(program);
     add_ballots_command(program);
     add_match_command(program);
     add_player_command(program);
