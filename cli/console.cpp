@@ -7,11 +7,12 @@
 #include <cstdarg>
 #include <cstdio>
 
-#include "base/paths.h"
-#include "control/engine_start.h"
+#include "base/program_paths.h"
 #include "eval/weights.h"
 #include "records/fen.h"
 #include "search/engine_settings.h"
+#include "search/threads.h"
+#include "shell/startup.h"
 
 std::atomic<int32_t> stop_flag = 0;
 std::atomic<bool> interrupted = false;
@@ -47,12 +48,14 @@ void fail(const char* format, ...) {
 }
 
 bool start_console_engine() {
-    const std::string folder = enter_program_folder();
-    switch (start_engine()) {
+    StartupOptions options;
+    options.saved_settings = false;
+    begin_startup(options);
+    switch (finish_startup()) {
         case ENGINE_STARTED:
             return true;
         case ENGINE_NO_WEIGHTS:
-            fail("Cannot open %s for reading in %s", WEIGHTS_FILE, folder.c_str());
+            fail("Cannot open %s for reading in %s", WEIGHTS_FILE, program_paths.program_folder.c_str());
             return false;
         default:
             fail("Cannot allocate hashtable");
@@ -71,7 +74,7 @@ void catch_interrupt() { std::signal(SIGINT, on_interrupt); }
 
 void set_search_threads(int threads) {
     engine_settings.search_threads = threads;
-    if (threads > 1) std::fputs("tessarin-cli: searching with one thread; more are not built yet\n", stderr);
+    threads_init(threads);
 }
 
 void show_progress(const std::string& text) {

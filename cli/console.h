@@ -18,8 +18,12 @@ void set_exit_status(int status);
 // Writes "tessarin-cli: ..." as one line on standard error and sets the exit status to EXIT_BAD_INPUT.
 void fail(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-// Enters the program's folder and starts the engine. False if it cannot run, which has been told. Relative
-// paths of the user's must have been made absolute before.
+// Comes up as every front end does: enters the program's folder, takes a number among the running copies,
+// empties the log in the data folder and starts the engine. False if it cannot run, which has been told.
+// Relative paths of the user's must have been made absolute before.
+//
+// The user's saved settings play no part: the engine runs with its own defaults and with what the options of
+// the command have set, so that a command gives the same answer for everybody.
 bool start_console_engine();
 
 // The position of a FEN given by the user. False if it is none, which has been told.
@@ -31,7 +35,7 @@ extern std::atomic<int32_t> stop_flag;
 extern std::atomic<bool> interrupted;
 void catch_interrupt();
 
-// Tells that only one search thread is there, if more are asked for.
+// Makes the search threads, as many as are asked for even if the machine has fewer processors.
 void set_search_threads(int threads);
 
 // Overwrites the progress line on standard error, if that is a terminal; the empty text takes it away.

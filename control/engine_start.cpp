@@ -6,7 +6,6 @@
 #include "eval/weights.h"
 #include "records/fen.h"
 #include "search/engine_settings.h"
-#include "search/table.h"
 
 namespace {
 
@@ -24,6 +23,5 @@ void empty_log() {
 EngineStartStatus start_engine() {
     empty_log();
     engine_settings.position_line = write_position_line;
-    if (load_weights() != 0) return ENGINE_NO_WEIGHTS;
-    return tt_allocate() == 0 ? ENGINE_STARTED : ENGINE_NO_MEMORY;
+    return load_weights() == 0 ? ENGINE_STARTED : ENGINE_NO_WEIGHTS;
 }

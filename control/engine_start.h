@@ -3,6 +3,6 @@
 
 enum EngineStartStatus { ENGINE_STARTED = 0, ENGINE_NO_WEIGHTS = 1, ENGINE_NO_MEMORY = 2 };
 
-// Empties the log, loads the weights from the current folder and allocates the transposition table of
-// `engine_settings`. What failed is in the log.
+// Empties the log and loads the weights from the current folder: ENGINE_STARTED, or ENGINE_NO_WEIGHTS with
+// the reason in the log. The transposition table is not there yet: its size is a setting (apply_settings.h).
 EngineStartStatus start_engine();

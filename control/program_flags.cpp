@@ -1,0 +1,3 @@
+#include "control/program_flags.h"
+
+ProgramFlags program_flags;
