@@ -27,6 +27,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int MAX_JOBS = 64;
+constexpr int64_t MAX_GAMES = 10000000;
 constexpr int VERBOSE_GAMES = 100;
 constexpr const char* END_NAMES[GAME_ENDS] = {
     "", "no_moves", "third_occurrence", "king_moves", "small_ending", "too_long", "adjudicated"};
@@ -46,15 +47,14 @@ struct MatchOptions {
     bool verbose = false;
 };
 
-// What the jobs share, all of it under the lock but the options and the plan.
+// What the jobs share, all of it under the lock but the options and the start positions.
 struct Match {
     const MatchOptions& options;
-    MatchPlan plan;
-    int64_t pairs;  // of the whole match
+    std::vector<Position> starts;  // of all pairs, played here or not
     Clock::time_point start = Clock::now();
 
     explicit Match(const MatchOptions& o)
-        : options(o), plan(make_match_plan(o.openings, o.seed)), pairs((o.games + 1) / 2) {}
+        : options(o), starts(match_starts(o.openings, o.seed, (o.games + 1) / 2)) {}
 
     std::mutex lock;
     int64_t next_pair = 0;
@@ -124,17 +124,19 @@ std::string sprt_text(const MatchOptions& options, const MatchResults& results) 
     return text;
 }
 
+int64_t pair_count(const Match& match) { return static_cast<int64_t>(match.starts.size()); }
+
 // The pairs that are this share's.
 int64_t pairs_to_play(const Match& match) {
     const auto [part, parts] = match.options.share;
-    return (match.pairs + parts - part) / parts;
+    return (pair_count(match) + parts - part) / parts;
 }
 
 // Under the lock: the number of the next pair, or -1 if there is none.
 int64_t take_pair(Match& match) {
     const std::lock_guard guard(match.lock);
     const int64_t pair = match.next_pair * match.options.share[1] + match.options.share[0] - 1;
-    if (match.ended || interrupted || pair >= match.pairs) return -1;
+    if (match.ended || interrupted || pair >= pair_count(match)) return -1;
     ++match.next_pair;
     return pair;
 }
@@ -190,8 +192,8 @@ void run_job(Match& match) {
     for (int64_t pair = take_pair(match); pair >= 0; pair = take_pair(match)) {
         PairReport report;
         int culprit = PLAYER_A;
-        const PairStatus status =
-            play_pair(start_position(match.plan, pair), players, match.options.adjudicate, report, culprit);
+        const PairStatus status = play_pair(match.starts[static_cast<size_t>(pair)], players,
+                                            match.options.adjudicate, report, culprit);
         if (interrupted) return;  // the pair was given up
         if (status != PAIR_PLAYED) return end_with(match, failure_text(match.options, job, status, culprit));
         add_report(match, report);
@@ -312,7 +314,7 @@ void add_match_command(CLI::App& program) {
         ->required();
     command->add_option("B", options->weights[1], "Weights file")->required();
     command->add_option("--games", options->games, "Games to play, rounded up to pairs")
-        ->check(CLI::Range(int64_t{1}, int64_t{1} << 31))
+        ->check(CLI::Range(int64_t{1}, MAX_GAMES))
         ->capture_default_str();
     add_limits(*command, *options);
     command->add_option("--openings", options->openings, "Moves of the ballots to start from")

@@ -66,5 +66,22 @@ void add_selfplay_command(CLI::App& program) {
     command->add_option("--depth", options->depth, "Depth of each search")
         ->check(CLI::Range(1, MAX_DEPTH))
         ->capture_default_str();
-    command->callback([options] { run_selfplay(*options); });
+    const auto opening = std::make_shared<std::string>("3");
+    command
+        ->add_option(
+            "--openings", *opening,
+            "Where games begin: 2 or 3 for a ballot of so many moves and up to 6 random plies behind,\n"
+            "random for 4 to 11 random plies from the start of the game")
+        ->check(CLI::IsMember({"random", "2", "3"}))
+        ->capture_default_str();
+    command->add_option("--keep", options->keep, "Keep one quiet position in N, on average")
+        ->check(CLI::Range(1, 1000))
+        ->type_name("N")
+        ->capture_default_str();
+    command->callback([options, opening] {
+        options->opening = *opening == "random" ? OPENING_RANDOM
+                           : *opening == "2"    ? OPENING_TWO_MOVES
+                                                : OPENING_THREE_MOVES;
+        run_selfplay(*options);
+    });
 }

@@ -1,8 +1,8 @@
 #include "tools/match.h"
 
 #include <algorithm>
-#include <numeric>
 #include <random>
+#include <set>
 
 #include "core/ballots.h"
 #include "core/movegen.h"
@@ -10,7 +10,7 @@
 namespace {
 
 constexpr int EXTRA_PLIES = 2;
-constexpr int EXTRA_ATTEMPTS = 100;
+constexpr int ATTEMPTS_FOR_LENGTH = 20;
 constexpr int KING_VALUE = 3;
 
 using Random = std::mt19937_64;
@@ -35,14 +35,40 @@ int settled_lead(const Position& position) {
     return best;
 }
 
-// Plays random moves on a copy of the position; the copy may be even or not.
-Position random_continuation(Random& random, Position position) {
+// A position in a form that can be sorted.
+using Sets = std::array<uint64_t, 3>;
+
+Sets sets_of(const Position& position) {
+    return {position.black, position.white, position.king << 1 | static_cast<uint64_t>(position.side)};
+}
+
+// The ballots in random order, each position once. Their sets are put into `seen`.
+std::vector<Position> shuffled_ballots(Random& random, int moves, std::set<Sets>& seen) {
+    std::vector<Position> ballots;
+    Ballot ballot{};
+    for (int i = 0; find_ballot(moves, i, ballot); ++i)
+        if (seen.insert(sets_of(ballot.position)).second) ballots.push_back(ballot.position);
+    for (size_t left = ballots.size(); left > 1; --left)
+        std::swap(ballots[left - 1], ballots[random_below(random, left)]);
+    return ballots;
+}
+
+Position random_continuation(Random& random, Position position, int plies) {
     MoveList list;
-    for (int ply = 0; ply < EXTRA_PLIES && generate_moves(position, list, position.side) > 0; ++ply) {
+    for (int ply = 0; ply < plies && generate_moves(position, list, position.side) > 0; ++ply) {
         const size_t index = random_below(random, static_cast<size_t>(list.count));
         position = position_after(list.moves[index], position.side ^ 1);
     }
     return position;
+}
+
+// An even position behind the ballot that has not been seen.
+Position new_continuation(Random& random, const Position& ballot, std::set<Sets>& seen) {
+    for (int attempt = 0;; ++attempt) {
+        const int plies = EXTRA_PLIES + attempt / ATTEMPTS_FOR_LENGTH;
+        const Position start = random_continuation(random, ballot, plies);
+        if (is_even(start) && seen.insert(sets_of(start)).second) return start;
+    }
 }
 
 void add_work(PlayerWork& work, const PlayerAnswer& answer) {
@@ -81,26 +107,16 @@ PairStatus play_game(const Position& start, size_t number, const MatchPlayers& p
 
 bool is_even(const Position& position) { return settled_lead(position) == 0; }
 
-MatchPlan make_match_plan(int ballot_moves, uint64_t seed) {
-    MatchPlan plan{ballot_moves, seed, std::vector<int>(static_cast<size_t>(ballot_count(ballot_moves)))};
-    std::iota(plan.order.begin(), plan.order.end(), 0);
+std::vector<Position> match_starts(int ballot_moves, uint64_t seed, int64_t pairs) {
     Random random(seed);
-    for (size_t left = plan.order.size(); left > 1; --left)
-        std::swap(plan.order[left - 1], plan.order[random_below(random, left)]);
-    return plan;
-}
-
-Position start_position(const MatchPlan& plan, int64_t pair) {
-    const int64_t count = static_cast<int64_t>(plan.order.size());
-    Ballot ballot{};
-    find_ballot(plan.ballot_moves, plan.order[static_cast<size_t>(pair % count)], ballot);
-    if (pair < count) return ballot.position;
-    Random random(plan.seed * 0x9e3779b97f4a7c15 + static_cast<uint64_t>(pair));
-    for (int attempt = 0; attempt < EXTRA_ATTEMPTS; ++attempt) {
-        const Position start = random_continuation(random, ballot.position);
-        if (is_even(start)) return start;
+    std::set<Sets> seen;
+    const std::vector<Position> ballots = shuffled_ballots(random, ballot_moves, seen);
+    std::vector<Position> starts;
+    for (size_t pair = 0; starts.size() < static_cast<size_t>(pairs); ++pair) {
+        const Position& ballot = ballots[pair % ballots.size()];
+        starts.push_back(pair < ballots.size() ? ballot : new_continuation(random, ballot, seen));
     }
-    return ballot.position;
+    return starts;
 }
 
 PairStatus play_pair(const Position& start, const MatchPlayers& players, bool adjudicate, PairReport& report,

@@ -1,11 +1,13 @@
 // Matches between two players, A and B: which games are played, and the playing of a pair of them. The
 // players are asked through a record of functions; what stands behind it is not known here.
 //
-// A match is a row of pairs. The first pairs have the ballots as start positions, in an order drawn by the
-// seed; when all are used up the row goes round again, and from then on two random plies follow each ballot,
-// drawn anew for every pair and thrown away when they lose a piece at once. Both players have each colour
-// once. All of it is settled by the seed and the number of the pair, so that parts of a match can be played
-// anywhere and in any order.
+// A match is a row of pairs, and a pair is a start position that both players have with each colour once. The
+// first start positions are the ballots, in an order drawn by the seed. Of ballots that lead to one position
+// one is taken: players who always answer alike would play the same games again, which say nothing new. When
+// all are used up the row goes round again, and from then on two random plies follow each ballot. What loses
+// a piece at once or has been a start position before is thrown away, and drawn again with more plies if it
+// must be. All of it is settled by the seed and the number of the pair, so that parts of a match can be
+// played anywhere and in any order.
 #pragma once
 
 #include <array>
@@ -17,16 +19,8 @@
 constexpr int PLAYER_A = 0;
 constexpr int PLAYER_B = 1;
 
-struct MatchPlan {
-    int ballot_moves = 3;  // 2 or 3
-    uint64_t seed = 1;
-    std::vector<int> order;  // of the ballots
-};
-
-MatchPlan make_match_plan(int ballot_moves, uint64_t seed);
-
-// The start position of the pair with the number, from 0.
-Position start_position(const MatchPlan& plan, int64_t pair);
+// The start positions of so many pairs.
+std::vector<Position> match_starts(int ballot_moves, uint64_t seed, int64_t pairs);
 
 // True if neither side is a piece ahead when all captures that must be made have been made.
 bool is_even(const Position& position);

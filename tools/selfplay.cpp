@@ -12,6 +12,7 @@
 #include <random>
 #include <vector>
 
+#include "core/ballots.h"
 #include "core/movegen.h"
 #include "search/getmove.h"
 #include "search/score.h"
@@ -22,6 +23,7 @@ namespace {
 
 constexpr int MIN_RANDOM_PLIES = 4;
 constexpr int MAX_RANDOM_PLIES = 11;
+constexpr int MAX_PLIES_BEHIND_BALLOT = 6;
 constexpr int32_t DECIDED_OPENING = 70;  // an opening that loses a man is thrown away
 constexpr int32_t DECIDED_GAME = 500;    // of this size for so many plies on end the game is decided
 constexpr int DECIDED_PLIES = 6;
@@ -55,17 +57,32 @@ void play(Line& line, const Move& move) {
     line.push_back(child);
 }
 
-// Random moves from the start of the game, to a position that is not decided.
-void random_opening(Random& random, Line& line) {
+struct OpeningStart {
+    Position position;
+    int plies;  // random ones to play from there
+};
+
+OpeningStart draw_start(Random& random, SelfplayOpening opening) {
+    if (opening == OPENING_RANDOM)
+        return {START_POSITION,
+                MIN_RANDOM_PLIES + random_below(random, MAX_RANDOM_PLIES - MIN_RANDOM_PLIES + 1)};
+    Ballot ballot{};
+    find_ballot(opening, random_below(random, ballot_count(opening)), ballot);
+    return {ballot.position, random_below(random, MAX_PLIES_BEHIND_BALLOT + 1)};
+}
+
+// Random moves from where the game begins, to a position that is not decided.
+void random_opening(Random& random, SelfplayOpening opening, Line& line) {
     for (;;) {
-        line.assign(1, START_POSITION);
-        const int plies = MIN_RANDOM_PLIES + random_below(random, MAX_RANDOM_PLIES - MIN_RANDOM_PLIES + 1);
+        const OpeningStart start = draw_start(random, opening);
+        line.assign(1, start.position);
         MoveList list;
-        while (static_cast<int>(line.size()) <= plies &&
+        while (static_cast<int>(line.size()) <= start.plies &&
                generate_moves(line.back(), list, line.back().side) > 0)
             play(line, list[random_below(random, list.count)]);
         Move best;
-        if (static_cast<int>(line.size()) > plies && std::abs(search(line.back(), best)) <= DECIDED_OPENING)
+        if (static_cast<int>(line.size()) > start.plies &&
+            std::abs(search(line.back(), best)) <= DECIDED_OPENING)
             return;
     }
 }
@@ -75,11 +92,11 @@ bool is_quiet(const Position& position) {
 }
 
 // Plays one game and leaves its records in `records`.
-void play_game(uint64_t seed, uint32_t number, std::vector<GameRecord>& records) {
-    Random random(seed * 0x9e3779b97f4a7c15 + number);
+void play_game(const SelfplayOptions& options, uint32_t number, std::vector<GameRecord>& records) {
+    Random random(options.seed * 0x9e3779b97f4a7c15 + number);
     Line line;
     line.reserve(MAX_PLIES + MAX_RANDOM_PLIES + 2);
-    random_opening(random, line);
+    random_opening(random, options.opening, line);
     records.clear();
     int8_t result = 0;
     int decided = 0;
@@ -98,7 +115,7 @@ void play_game(uint64_t seed, uint32_t number, std::vector<GameRecord>& records)
             result = value > 0 ? 1 : -1;
             break;
         }
-        if (is_quiet(position))
+        if (is_quiet(position) && (options.keep == 1 || random_below(random, options.keep) == 0))
             records.push_back({position.black, position.white, position.king, number,
                                static_cast<int16_t>(value), 0, static_cast<uint8_t>(position.side)});
         play(line, best);
@@ -141,7 +158,7 @@ int selfplay(const SelfplayOptions& options, SelfplayProgress progress) {
     int64_t written = 0;
     for (; game < options.games; ++game) {
         tt_clear();
-        play_game(options.seed, static_cast<uint32_t>(game), records);
+        play_game(options, static_cast<uint32_t>(game), records);
         if (std::fwrite(records.data(), sizeof(GameRecord), records.size(), file.get()) != records.size() ||
             std::fflush(file.get()) != 0)
             return 1;

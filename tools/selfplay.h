@@ -1,13 +1,17 @@
 // Games of the engine against itself, as material for learning the weights.
 //
 // A file of games is a row of records of 32 bytes, one for each position that is worth learning from: quiet
-// ones, in which neither side can capture, behind the random moves of the opening. The records of a game
-// stand together and are appended at once when it is over, so what an interruption cuts off is at most the
-// last game.
+// ones, in which neither side can capture, behind the random moves of the opening. Which of them are kept, if
+// not all, does not change the games. The records of a game stand together and are appended at once when it
+// is over, so what an interruption cuts off is at most the last game.
 #pragma once
 
 #include <cstdint>
 #include <string>
+
+// How a game begins: with random moves from the start of the game, or with a ballot of so many moves, drawn
+// at random, and fewer random moves behind it.
+enum SelfplayOpening { OPENING_RANDOM = 0, OPENING_TWO_MOVES = 2, OPENING_THREE_MOVES = 3 };
 
 struct GameRecord {
     uint64_t black;
@@ -25,6 +29,8 @@ struct SelfplayOptions {
     int64_t games = 1000;  // in the file at the end
     uint64_t seed = 1;     // two runs with the same seed and options play the same games
     int depth = 7;         // of each search
+    SelfplayOpening opening = OPENING_THREE_MOVES;
+    int keep = 1;  // of so many quiet positions one is kept, on average; at least 1
 };
 
 // Called after each game with the games in the file and the records written by this run; false ends the run.
