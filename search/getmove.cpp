@@ -9,12 +9,10 @@
 
 #include "base/log.h"
 #include "base/text.h"
-#include "book/engine_book.h"
-#include "core/board_text.h"
 #include "core/notation.h"
 #include "egdb/engine_egdb.h"
-#include "search/engine_settings.h"
 #include "search/forced.h"
+#include "search/preparation.h"
 #include "search/pv.h"
 #include "search/root_search.h"
 #include "search/score.h"
@@ -29,96 +27,32 @@ constexpr int FIRST_TEXT_DEPTH = 6;  // the line of a shallower iteration says n
 constexpr int FIRST_MARK_DEPTH = 8;
 constexpr double QUIET_SHORT_TIME = 1.0;  // seconds
 
-enum TextId {
-    TEXT_VALUE = 234,
-    TEXT_DEPTH,
-    TEXT_SPEED,
-    TEXT_PV,
-    TEXT_SECONDS,
-    TEXT_NO_MOVES = 247,
-    TEXT_THINKING
-};
-
-struct Labels {
-    std::array<char, 40> value, depth, speed, pv, seconds;
-};
-
 // One normal search.
 struct Search {
-    Position root;
-    MoveList list;
-    char* text;
-    uint32_t flags;
-    Labels labels;
+    RootTask task;
     std::array<char, SEARCH_TEXT_SIZE / 2> line_text{};   // the moves of the line: ten at most
     std::array<char, SEARCH_TEXT_SIZE + 500> log_line{};  // of the last completed iteration
     int32_t best_index = 0;
     int32_t value = 0;
 };
 
-template <size_t N>
-void fetch(int id, std::array<char, N>& buffer) {
-    get_text(id, buffer.data(), buffer.size());
-}
-
-void fetch_labels(Labels& labels) {
-    fetch(TEXT_VALUE, labels.value);
-    fetch(TEXT_DEPTH, labels.depth);
-    fetch(TEXT_SPEED, labels.speed);
-    fetch(TEXT_PV, labels.pv);
-    fetch(TEXT_SECONDS, labels.seconds);
-}
-
-void log_position(const Position& position, int side) {
-    log_board(position);
-    if (!engine_settings.position_line) return;
-    char line[300];
-    engine_settings.position_line(position, side, line);
-    log_printf("%s\n\n", line);
-}
-
-double average_leaf_ply() {
-    uint64_t leaves = 0, plies = 0;
-    for (const ThreadRecord& thread : thread_records) {
-        leaves += thread.leaf_count.load(std::memory_order_relaxed);
-        plies += thread.leaf_ply_sum.load(std::memory_order_relaxed);
-    }
-    return leaves ? static_cast<double>(plies) / static_cast<double>(leaves) : 0.0;
-}
-
-void clear_leaf_counters() {
-    search_state.highest_ply.store(0, std::memory_order_relaxed);
-    for (ThreadRecord& thread : thread_records) {
-        thread.leaf_count.store(0, std::memory_order_relaxed);
-        thread.leaf_ply_sum.store(0, std::memory_order_relaxed);
-    }
-}
-
-void clear_node_counters() {
-    for (ThreadRecord& thread : thread_records) thread.nodes.store(0, std::memory_order_relaxed);
-}
-
-double kilonodes_per_second() {
-    return static_cast<double>(searched_nodes()) / static_cast<double>(search_elapsed_ms());
-}
-
-int line_length(int depth) { return depth + depth / 5; }
-
 void build_line_text(Search& s, int32_t index, int depth) {
-    pv_text(s.root.side, s.root, s.list[index], s.line_text.data(), s.line_text.size(), false,
-            line_length(depth), s.labels.pv.data());
+    const Position& root = s.task.root;
+    pv_text(root.side, root, s.task.list[index], s.line_text.data(), s.line_text.size(), false,
+            line_length(depth), s.task.labels.pv.data());
 }
 
 void write_status(const Search& s, const char* mark, int32_t value, int depth) {
-    std::snprintf(s.text, SEARCH_TEXT_SIZE, "%s%s%d,  %s %d/%.1f/%d,  %.1f %s,  %.0f %s,  %s",
-                  s.labels.value.data(), mark, value, s.labels.depth.data(), depth, average_leaf_ply(),
+    const SearchLabels& labels = s.task.labels;
+    std::snprintf(s.task.text, SEARCH_TEXT_SIZE, "%s%s%d,  %s %d/%.1f/%d,  %.1f %s,  %.0f %s,  %s",
+                  labels.value.data(), mark, value, labels.depth.data(), depth, average_leaf_ply(),
                   search_state.highest_ply.load(std::memory_order_relaxed), search_elapsed(),
-                  s.labels.seconds.data(), kilonodes_per_second(), s.labels.speed.data(), s.line_text.data());
+                  labels.seconds.data(), kilonodes_per_second(), labels.speed.data(), s.line_text.data());
 }
 
 void build_log_line(Search& s, int depth) {
     char best[MOVE_TEXT_SIZE];
-    move_text(best, s.root, s.list[s.best_index]);
+    move_text(best, s.task.root, s.task.list[s.best_index]);
     std::snprintf(
         s.log_line.data(), s.log_line.size(),
         "best %s, value %d, depth %d/%.1f/%d, nodes %" PRIu64 ", time %.2f, %.0f kN/s, db %" PRIu32 ", %s\n",
@@ -130,22 +64,22 @@ void build_log_line(Search& s, int depth) {
 // Passes until the bounds meet. False if the search was stopped; the results of the iteration before it
 // stand.
 bool run_iteration(Search& s, int depth) {
-    const bool black = s.root.side == BLACK;
+    const Position& root = s.task.root;
+    const MoveList& list = s.task.list;
     int32_t best_index = s.best_index;
     int32_t value = s.value;
     WindowState window = first_window(value);
-    clear_leaf_counters();
     do {
         int32_t pass_index = best_index;
-        const int32_t result = root_search(s.root, s.list, window.alpha, window.beta, pass_index);
+        const int32_t result = root_search(root, list, window.alpha, window.beta, pass_index);
         if (stop_requested()) return false;
         s.line_text[0] = '\0';
         if (depth >= FIRST_TEXT_DEPTH) build_line_text(s, pass_index, depth);
         const char* const mark = result < window.beta ? "<" : ">";
-        if (black ? result > window.alpha : result < window.beta) best_index = pass_index;
+        if (root.side == BLACK ? result > window.alpha : result < window.beta) best_index = pass_index;
         value = next_window(window, result);
         write_status(s, mark, value, depth);
-        if (depth >= FIRST_MARK_DEPTH) tt_mark_pv(s.root.side, s.list[best_index], line_length(depth));
+        if (depth >= FIRST_MARK_DEPTH) tt_mark_pv(root.side, list[best_index], line_length(depth));
     } while (window.lower < window.upper);
 
     s.best_index = best_index;
@@ -158,81 +92,48 @@ bool run_iteration(Search& s, int depth) {
 }
 
 void iterate(Search& s, int iteration_limit) {
-    const SearchState& limits = search_state;
+    const int depth_limit = search_state.depth_limit;
     int depth = 1;
-    for (;;) {
-        search_state.iteration.store(depth, std::memory_order_relaxed);
-        if (depth > FIRST_STOPPABLE_ITERATION &&
-            (depth > iteration_limit || search_elapsed() > limits.Mintime))
-            return;
-        if (!run_iteration(s, depth) || depth >= limits.depth_limit) return;
-        const double elapsed = search_elapsed();
-        if (elapsed <= limits.step_time)
-            depth += 2;
-        else if (elapsed < limits.Mintime || depth < FIRST_STOPPABLE_ITERATION)
-            depth += 1;  // a move is backed by some depth whatever the time
-        else
-            return;
+    do {
+        announce_iteration(depth);
+        if (past_last_iteration(depth, iteration_limit)) return;
+        clear_leaf_counters();
+        if (!run_iteration(s, depth) || depth >= depth_limit) return;
+        depth = next_iteration(depth);
         // Only a limit that was asked for is met exactly.
-        if (limits.depth_limit < MAX_DEPTH) depth = std::min(depth, limits.depth_limit);
-    }
-}
-
-// A move from the book or from the distances to conversion. True if there is one.
-bool answer_without_search(const Search& s, Move& best_move, int32_t& value) {
-    int index = 0;
-    int answer = 0;
-    const bool from_book = engine_settings.book_mode != 0 && engine_book.loaded &&
-                           engine_book.book_move(s.root, s.root.side, s.list, index, answer, s.text) != 0;
-    if (!from_book && !egdb_engine.mtc_choose_move(s.root, s.root.side, s.list, index, answer, s.text))
-        return false;
-    log_printf("%s\n", s.text);
-    best_move = s.list[index];
-    value = answer;
-    return true;
+        if (depth_limit < MAX_DEPTH) depth = std::min(depth, depth_limit);
+    } while (depth > 0);
 }
 
 // The databases may correct the searched move; the value stays that of the search.
 void check_move(const Search& s, Move& best_move) {
+    const Position& root = s.task.root;
+    const MoveList& list = s.task.list;
     int better = 0;
-    if (!egdb_engine.egdb_move_check(s.root.side, s.root, s.list, s.best_index, better)) return;
-    if (s.flags & SEARCH_QUIET) log_position(s.root, s.root.side);
+    if (!egdb_engine.egdb_move_check(root.side, root, list, s.best_index, better)) return;
+    if (s.task.flags & SEARCH_QUIET) log_position(root, root.side);
     char searched[MOVE_TEXT_SIZE], corrected[MOVE_TEXT_SIZE];
-    move_text(searched, s.root, s.list[s.best_index]);
-    move_text(corrected, s.root, s.list[better]);
+    move_text(searched, root, list[s.best_index]);
+    move_text(corrected, root, list[better]);
     log_printf("egdb move changed from %s to %s\n", searched, corrected);
-    best_move = s.list[better];
+    best_move = list[better];
 }
 
 int32_t normal_search(const Position& position, int side, char* text, uint32_t flags, Move& best_move,
                       int32_t& searched) {
     Search s;
-    s.root = make_root(position, side);
-    s.text = text;
-    s.flags = flags;
-    fetch_labels(s.labels);
-    if (!(flags & SEARCH_QUIET)) log_position(position, side);
-    tt_age();
-    reset_search_state();
-    clear_node_counters();
-    clear_leaf_counters();
-    generate_moves(s.root, s.list, side);
+    prepare_root(s.task, position, side, text, flags);
     int32_t value = 0;
-    if (answer_without_search(s, best_move, value)) return value;
-    if (s.list.count == 0) {
-        get_text(TEXT_NO_MOVES, text, SEARCH_TEXT_SIZE);
-        best_move = move_to(position);
-        return side == WHITE ? MATE_SCORE : -MATE_SCORE;
-    }
+    if (answer_root(s.task, best_move, value) != ROOT_TO_SEARCH) return value;
     int iteration_limit = search_state.depth_limit;
-    if (!(flags & SEARCH_FULL_DEPTH) && is_forced(s.root, side)) {
+    if (!(flags & SEARCH_FULL_DEPTH) && is_forced(s.task.root, side)) {
         iteration_limit = 1;
         searched = 0;
     }
-    set_egdb_lookup_depth(bit_count(position.black | position.white));
+    begin_iterations(s.task);
     iterate(s, iteration_limit);
-    best_move = s.list[s.best_index];
-    search_state.stop_flag->store(0, std::memory_order_relaxed);
+    end_iterations();
+    best_move = s.task.list[s.best_index];
     if (!(flags & SEARCH_QUIET)) log_text(s.log_line.data());
     if (!(flags & SEARCH_QUIET) || search_state.max_time >= QUIET_SHORT_TIME) check_move(s, best_move);
     return s.value;

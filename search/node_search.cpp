@@ -53,11 +53,6 @@ struct Node {
           pruning_allowed(pruning) {}
 };
 
-// This thread is to leave the subtree.
-bool is_stopped(const ThreadRecord& thread) {
-    return thread.stop.load(std::memory_order_relaxed) || stop_requested();
-}
-
 // Thread 0 looks at the clock now and then. True if the time or the nodes are used up; the stop flag is then
 // set.
 bool out_of_time(const ThreadRecord& thread) {
@@ -207,7 +202,7 @@ void order_moves(const Node& node, const MoveList& list, uint8_t* order) {
 bool split_moves(Node& node, const MoveList& list, const uint8_t* order, int next) {
     if (node.depth < MIN_SPLIT_DEPTH || list.count - next < MIN_SPLIT_MOVES ||
         search_state.active_threads.load(std::memory_order_relaxed) < 2 ||
-        search_state.stop_flag->load(std::memory_order_relaxed) != 0)
+        search_state.stop_flag->load(std::memory_order_relaxed) != 0 || !any_worker(node.thread))
         return false;
     const SplitOffer offer{node.position,
                            list,
@@ -223,7 +218,7 @@ bool split_moves(Node& node, const MoveList& list, const uint8_t* order, int nex
                            node.best,
                            node.best_index,
                            node.thread};
-    if (!split_help.try_split(offer)) return false;
+    if (!try_split(offer)) return false;
     while (order[node.best_rank] != node.best_index) ++node.best_rank;
     return true;
 }
@@ -231,7 +226,7 @@ bool split_moves(Node& node, const MoveList& list, const uint8_t* order, int nex
 // Searches the moves in order, the hash move excepted. False if the thread was stopped.
 bool search_moves(Node& node, const MoveList& list, const uint8_t* order) {
     for (int i = node.hash_move < 0 ? 0 : 1; i < list.count; ++i) {
-        if (is_stopped(node.thread)) return false;
+        if (must_leave(node.thread)) return false;
         if (split_moves(node, list, order, i)) break;
         const int32_t index = order[i];
         Position child;
@@ -288,7 +283,7 @@ int32_t search_node_moves(Node& node, int32_t& best_index_out) {
         if (node.best >= node.upper_limit) node.best = node.upper_limit;
         failed_high = node.best >= node.beta;
     }
-    if (is_stopped(node.thread)) return 0;
+    if (must_leave(node.thread)) return 0;
     best_index_out = node.best_index;
     store_result(node, original_alpha);
     if (failed_high)

@@ -1,16 +1,8 @@
 #include "search/search_state.h"
 
-#include "search/split.h"
 #include "search/thread_record.h"
 
 SearchState search_state;
-std::array<ThreadRecord, MAX_SEARCH_THREADS> thread_records;
-
-SplitHelp no_split_help() {
-    return {[](const SplitOffer&) { return false; }};
-}
-
-SplitHelp split_help = no_split_help();
 
 void set_fixed_time(double seconds) {
     search_state.Mintime = 0.65 * seconds;

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "base/cache_line.h"
 #include "base/clock.h"
 #include "core/board.h"
 
@@ -36,13 +37,15 @@ struct SearchState {
     std::atomic<int32_t> iteration = 0;         // stays readable after the search
     int32_t completed_depth = 0;                // the last whole iteration; 0 if there was none
     std::atomic<int32_t> highest_ply = 0;
-    std::atomic<uint32_t> egdb_lookups = 0;
-    std::atomic<uint32_t> egdb_unknowns = 0;
     std::atomic<int32_t> active_threads = 1;  // that search
     int64_t start_ms = 0;
-    int32_t polled_nodes = 0;  // thread 0's nodes since it last looked at the clock
+
+    // What the threads write all the time stands on other cache lines than what they read at each node.
+    alignas(CACHE_LINE) std::atomic<uint32_t> egdb_lookups = 0;
+    std::atomic<uint32_t> egdb_unknowns = 0;
+    alignas(CACHE_LINE) int32_t polled_nodes = 0;  // thread 0's nodes since it last looked at the clock
     // By from bit and to bit, 0 to 8192; threads share it without locks and accept lost updates.
-    std::array<std::atomic<int16_t>, size_t{BOARD_BITS} * BOARD_BITS> history{};
+    alignas(CACHE_LINE) std::array<std::atomic<int16_t>, size_t{BOARD_BITS} * BOARD_BITS> history{};
 };
 extern SearchState search_state;
 

@@ -41,6 +41,7 @@ void SearchTest::SetUp() {
     database_answer = nullptr;
     search_state.game_line = nullptr;
     search_state.depth_limit = MAX_DEPTH;
+    search_state.active_threads = 1;
     search_state.stop_flag = &never_stopped;
     never_stopped = 0;
     randomize_weights(1);
