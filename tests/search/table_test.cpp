@@ -460,6 +460,7 @@ TEST_F(TuningTest, TimesThatAreNoneChangeNothingWrong) {
     tt_age();
     tune_hash_size(1e6, 1);
     EXPECT_EQ(transposition_table.effective_mb, 0);
+    EXPECT_EQ(transposition_table.slots, 0u);
 }
 
 TEST_F(TuningTest, EveryTimeIsTunedAsTheSlowWay) {
