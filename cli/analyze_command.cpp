@@ -24,6 +24,7 @@ struct AnalyzeOptions {
     std::string output;
     double time = 1.0;
     int threads = 1;
+    bool all_scores = false;
 };
 
 // Counts of the whole run, for the progress line.
@@ -63,14 +64,14 @@ PdnNode* node_before(PdnNode* list, const PdnNode* node) {
 }
 
 // The text of the search of the history's last position, in braces.
-std::string analysis_comment(const std::vector<ReplayState>& history) {
+std::string analysis_comment(const std::vector<ReplayState>& history, uint32_t flags) {
     std::vector<Position> line;
     build_game_line(history, line);
     search_state.game_line = &line.front();
     char text[SEARCH_TEXT_SIZE];
     Move best{};
     int32_t searched = 0;
-    getmove(history.back().position, history.back().side, text, stop_flag, 0, best, searched);
+    getmove(history.back().position, history.back().side, text, stop_flag, flags, best, searched);
     search_state.game_line = nullptr;
     return "{" + std::string(text) + "}";
 }
@@ -88,13 +89,13 @@ void place_comment(PdnNode* game, const PdnNode* previous, PdnNode* next, const 
 }
 
 // False if the user interrupted it.
-bool analyze_game(PdnNode* game, Progress& progress) {
+bool analyze_game(PdnNode* game, uint32_t flags, Progress& progress) {
     std::vector<ReplayState> history(1);
     PdnNode* next = pdn_start_position(game, history.front());
     const PdnNode* previous = nullptr;
     for (;;) {
         show_analysis_progress(progress);
-        const std::string comment = analysis_comment(history);
+        const std::string comment = analysis_comment(history, flags);
         if (interrupted) return false;
         ++progress.positions_done;
         PdnNode* const played = next;
@@ -150,7 +151,7 @@ void run_analyze(AnalyzeOptions options) {
         progress.positions += count_positions(games[static_cast<size_t>(i)].get());
     for (; progress.games_done < progress.games; ++progress.games_done) {
         PdnNode* const game = games[static_cast<size_t>(progress.games_done)].get();
-        if (!analyze_game(game, progress)) break;
+        if (!analyze_game(game, options.all_scores ? SEARCH_ALL_SCORES : 0u, progress)) break;
         show_progress("");
         pdn_print_game(output, game, PDN_COMMENT_LINES);
         if (std::fflush(output) != 0) return fail("Cannot write the analysis");
@@ -172,5 +173,6 @@ void add_analyze_command(CLI::App& program) {
         ->capture_default_str();
     command->add_option("--output", options->output, "Write here instead of to standard output");
     command->add_option("--threads", options->threads, "Search threads")->check(CLI::Range(1, 8));
+    command->add_flag("--all-scores", options->all_scores, "Give every move its value");
     command->callback([options] { run_analyze(*options); });
 }

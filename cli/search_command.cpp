@@ -18,6 +18,7 @@ struct SearchOptions {
     double time = 3.0;
     int depth = 0;
     int threads = 1;
+    bool all_scores = false;
 };
 
 void print_log(const char* text) {
@@ -38,7 +39,8 @@ void run_search(const SearchOptions& options) {
     char text[SEARCH_TEXT_SIZE];
     Move best{};
     int32_t searched = 0;
-    const int32_t value = getmove(position, position.side, text, stop_flag, 0, best, searched);
+    const int32_t value = getmove(position, position.side, text, stop_flag,
+                                  options.all_scores ? SEARCH_ALL_SCORES : 0u, best, searched);
     char move[MOVE_TEXT_SIZE];
     const bool has_move = full_move_text(position, best, position.side, move) > 0;
     std::printf("best %s value %d depth %d nodes %" PRIu64 "\n", has_move ? move : "none", value,
@@ -62,5 +64,6 @@ void add_search_command(CLI::App& program) {
         ->check(CLI::Range(1, MAX_DEPTH))
         ->excludes(time);
     command->add_option("--threads", options->threads, "Search threads")->check(CLI::Range(1, 8));
+    command->add_flag("--all-scores", options->all_scores, "Give every move its value");
     command->callback([options] { run_search(*options); });
 }

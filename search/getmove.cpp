@@ -2,15 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cinttypes>
 #include <cstdio>
-#include <thread>
 
 #include "base/log.h"
-#include "base/text.h"
 #include "core/notation.h"
 #include "egdb/engine_egdb.h"
+#include "search/all_scores.h"
 #include "search/forced.h"
 #include "search/preparation.h"
 #include "search/pv.h"
@@ -149,19 +147,12 @@ uint64_t searched_nodes() {
 
 int32_t getmove(const Position& position, int side, char* text, std::atomic<int32_t>& stop_flag,
                 uint32_t flags, Move& best_move, int32_t& searched) {
-    while (search_state.busy.exchange(true, std::memory_order_acquire))
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    get_text(TEXT_THINKING, text, SEARCH_TEXT_SIZE);
-    search_state.stop_flag = &stop_flag;
+    const EngineTurn turn(stop_flag, text);
     searched = 1;
-    int32_t value = 0;
-    if (is_legal_setup(position)) {
-        egdb_engine.egdb_prepare(text);
-        value = normal_search(position, side, text, flags, best_move, searched);
-    } else {
-        std::snprintf(text, SEARCH_TEXT_SIZE, "Illegal position");
+    if (!start_turn(position, text)) {
         best_move = move_to(position);
+        return 0;
     }
-    search_state.busy.store(false, std::memory_order_release);
-    return value;
+    const auto search = flags & SEARCH_ALL_SCORES ? all_scores_search : normal_search;
+    return search(position, side, text, flags, best_move, searched);
 }

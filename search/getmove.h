@@ -9,7 +9,7 @@
 #include "core/board.h"
 
 enum SearchFlags : uint32_t {
-    SEARCH_ALL_SCORES = 2,  // the value of every move; answered as a normal search until that search is built
+    SEARCH_ALL_SCORES = 2,  // give every move its value, as search/all_scores.h tells
     SEARCH_FULL_DEPTH = 4,  // do not cut the depth of a forced move
     SEARCH_QUIET = 8,       // no board and position in the log at the start, no result at the end
 };

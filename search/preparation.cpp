@@ -1,5 +1,9 @@
 #include "search/preparation.h"
 
+#include <chrono>
+#include <cstdio>
+#include <thread>
+
 #include "base/log.h"
 #include "base/text.h"
 #include "book/engine_book.h"
@@ -44,6 +48,24 @@ bool answer_without_search(const RootTask& task, Move& best_move, int32_t& value
 }
 
 }  // namespace
+
+EngineTurn::EngineTurn(std::atomic<int32_t>& stop_flag, char* text) {
+    while (search_state.busy.exchange(true, std::memory_order_acquire))
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    get_text(TEXT_THINKING, text, SEARCH_TEXT_SIZE);
+    search_state.stop_flag = &stop_flag;
+}
+
+EngineTurn::~EngineTurn() { search_state.busy.store(false, std::memory_order_release); }
+
+bool start_turn(const Position& position, char* text) {
+    if (is_legal_setup(position)) {
+        egdb_engine.egdb_prepare(text);
+        return true;
+    }
+    std::snprintf(text, SEARCH_TEXT_SIZE, "Illegal position");
+    return false;
+}
 
 void prepare_root(RootTask& task, const Position& position, int side, char* text, uint32_t flags) {
     task.root = make_root(position, side);

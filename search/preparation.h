@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -33,6 +34,18 @@ struct RootTask {
 };
 
 enum RootState { ROOT_TO_SEARCH, ROOT_ANSWERED, ROOT_WITHOUT_MOVES };
+
+// The turn of one search at the engine, of which only one runs at a time: another waits. `text` tells that
+// the engine thinks.
+struct EngineTurn {
+    EngineTurn(std::atomic<int32_t>& stop_flag, char* text);
+    ~EngineTurn();
+    EngineTurn(const EngineTurn&) = delete;
+    EngineTurn& operator=(const EngineTurn&) = delete;
+};
+
+// Lets the databases apply what changed. False if the position is illegal, which `text` then says.
+bool start_turn(const Position& position, char* text);
 
 // Fetches the labels, logs the position, ages the table and resets what belongs to one search.
 void prepare_root(RootTask& task, const Position& position, int side, char* text, uint32_t flags);

@@ -13,9 +13,18 @@ namespace {
 constexpr int MAX_WALK = 63;
 constexpr int MAX_TEXT_MOVES = 10;
 
-// Walks the table's line from the position after the first move. For each entry on it `visit(position, move,
-// slot, entry)` is called; the walk ends when it answers false, at a missing, unusable or already visited
-// entry, or where the entry's index is not a move of the position.
+// An entry on the table's line.
+struct LineStep {
+    const Position& position;
+    PositionHash hash;
+    const Move* move;  // null if the entry's index is not a move of the position
+    TTSlot& slot;
+    TTEntry entry;
+};
+
+// Walks the table's line from the position after the first move and calls `visit` for each entry on it. The
+// walk ends when that answers false, at a missing, unusable or already visited entry, or where there is no
+// move.
 template <typename Visit>
 void walk_line(int side, const Move& first_move, int length, Visit visit) {
     std::array<const TTSlot*, MAX_WALK> visited{};
@@ -31,9 +40,15 @@ void walk_line(int side, const Move& first_move, int length, Visit visit) {
         generate_moves(position, list, position.side);
         const bool known = entry.move_index() < list.count;
         const Move* const move = known ? &list[entry.move_index()] : nullptr;
-        if (!visit(position, move, *slot, entry) || !known) return;
+        if (!visit(LineStep{position, hash, move, *slot, entry}) || !known) return;
         position = position_after(*move, position.side ^ 1);
     }
+}
+
+// The same bit changes in the check, which keeps the key valid.
+TTEntry with_mark(const TTEntry& entry, bool mark) {
+    const uint32_t change = entry.pv_mark() == mark ? 0 : TTEntry::PV_MARK;
+    return {entry.check ^ change, entry.info ^ change};
 }
 
 }  // namespace
@@ -43,9 +58,9 @@ void pv_text(int side, const Position& position, const Move& first_move, char* o
     char move[MOVE_TEXT_SIZE];
     move_text(move, position, first_move);
     size_t used = std::min(size - 1, static_cast<size_t>(std::snprintf(out, size, "%s %s", label, move)));
-    const auto append = [&](const Position& at, const Move* next, TTSlot&, const TTEntry& entry) {
-        if (!next || (exact_only && entry.type() != BOUND_EXACT)) return false;
-        move_text(move, at, *next);
+    const auto append = [&](const LineStep& step) {
+        if (!step.move || (exact_only && step.entry.type() != BOUND_EXACT)) return false;
+        move_text(move, step.position, *step.move);
         const int written = std::snprintf(out + used, size - used, " %s", move);
         used = std::min(size - 1, used + static_cast<size_t>(written));
         return true;
@@ -54,10 +69,23 @@ void pv_text(int side, const Position& position, const Move& first_move, char* o
 }
 
 void tt_mark_pv(int side, const Move& first_move, int length) {
-    walk_line(side, first_move, length, [](const Position&, const Move*, TTSlot& slot, const TTEntry& entry) {
-        const uint64_t change = uint64_t{TTEntry::PV_MARK} & ~entry.info;
-        // The same bit changes in the check, which keeps the key valid.
-        slot.store(entry.word() ^ (change << 32 | change), std::memory_order_relaxed);
+    walk_line(side, first_move, length, [](const LineStep& step) {
+        step.slot.store(with_mark(step.entry, true).word(), std::memory_order_relaxed);
+        return true;
+    });
+}
+
+void tt_save_line(int side, const Move& first_move, int length, std::vector<SavedEntry>& saved) {
+    walk_line(side, first_move, length, [&](const LineStep& step) {
+        const auto same = std::find_if(saved.begin(), saved.end(), [&](const SavedEntry& other) {
+            return other.hash.hash1 == step.hash.hash1;
+        });
+        const SavedEntry marked{step.hash, with_mark(step.entry, true)};
+        if (same != saved.end())
+            *same = marked;
+        else
+            saved.push_back(marked);
+        step.slot.store(with_mark(step.entry, false).word(), std::memory_order_relaxed);
         return true;
     });
 }
