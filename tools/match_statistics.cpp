@@ -10,8 +10,9 @@ namespace {
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 constexpr double WIDTH_95 = 1.959963984540054;  // of the normal distribution, in standard deviations
 constexpr double SPRT_ERROR = 0.05;
-// In place of a count of 0, so that a few equal pairs do not look like certainty.
-constexpr double UNSEEN_PAIRS = 1e-3;
+// Pairs of each score that the test takes as seen before the first, when it estimates their spread: a few
+// equal pairs are no certainty.
+constexpr double EARLIER_PAIRS = 0.5;
 
 struct Moments {
     double pairs = 0;
@@ -19,12 +20,12 @@ struct Moments {
     double variance = 0;
 };
 
-// Of the pair scores; counts below `least` are raised to it.
-Moments pair_moments(const MatchResults& results, double least) {
+// Of the pair scores, with so many pairs of each score more.
+Moments pair_moments(const MatchResults& results, double more) {
     Moments m;
     double sum = 0, squares = 0;
     for (size_t i = 0; i < PAIR_SCORES; ++i) {
-        const double count = std::max(static_cast<double>(results.pairs[i]), least);
+        const double count = static_cast<double>(results.pairs[i]) + more;
         const double score = static_cast<double>(i) / (PAIR_SCORES - 1);
         m.pairs += count;
         sum += count * score;
@@ -87,10 +88,10 @@ double likelihood_of_superiority(const MatchResults& results) {
 }
 
 double sprt_log_likelihood(const MatchResults& results, const SprtTest& test) {
-    if (match_pairs(results) == 0) return 0;
-    const Moments m = pair_moments(results, UNSEEN_PAIRS);
+    const double pairs = static_cast<double>(match_pairs(results));
     const double score0 = score_of_elo(test.elo0), score1 = score_of_elo(test.elo1);
-    return m.pairs * (score1 - score0) * (2 * m.mean - score0 - score1) / (2 * m.variance);
+    const double variance = pair_moments(results, EARLIER_PAIRS).variance;
+    return pairs * (score1 - score0) * (2 * match_score(results) - score0 - score1) / (2 * variance);
 }
 
 SprtVerdict sprt_verdict(const MatchResults& results, const SprtTest& test) {

@@ -55,6 +55,6 @@ enum SprtVerdict { SPRT_OPEN, SPRT_ELO0, SPRT_ELO1 };
 extern const double SPRT_BOUND;
 
 // The logarithm of how many times likelier the results are with `elo1` than with `elo0`. The spread of the
-// pairs is that of the results themselves.
+// pairs is estimated from the results, cautiously while there are few.
 double sprt_log_likelihood(const MatchResults& results, const SprtTest& test);
 SprtVerdict sprt_verdict(const MatchResults& results, const SprtTest& test);
