@@ -390,7 +390,8 @@ int SlowSearch::quiet(const Position& p, int ply, int depth, int alpha, int beta
                     if (!captures_now(child)) continue;
                     qualified = true;
                     const int value = -captures(child, ply + 1, -beta, -alpha);
-                    if (value > v) v = value;
+                    if (value <= v) continue;
+                    v = value;
                     if (v >= beta) return v;
                     alpha = std::max(alpha, v);
                 }
