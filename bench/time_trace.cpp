@@ -1,5 +1,7 @@
 // Plays games of the engine against itself under a time control and prints for each game how far any move
-// went beyond its budget (`max_time`; below 0 none did), and what was left on the clocks.
+// went beyond its budget (`max_time`; below 0 none did) and where, and what was left on the clocks. Where
+// other programs want the processor too, a move is charged more than the processor time it got, so the
+// largest overstep by processor time is told beside it.
 //
 //   time_trace fixed SECONDS [GAMES]
 //   time_trace moves MOVES MINUTES [GAMES]
@@ -41,8 +43,9 @@ struct Trace {
     int overstep_move = 0;
     double overstep_cpu = 0;  // processor time of that move
     Position overstep_position{};
-    double used = 0;    // by both sides
-    double target = 0;  // of all moves together
+    double cpu_overstep = -1e9;  // the largest by processor time
+    double used = 0;             // by both sides
+    double target = 0;           // of all moves together
     int moves = 0;
     double least_left = 1e9;  // on the clock of a side, just after its move
 };
@@ -101,11 +104,13 @@ Move timed_move(const Position& position, int moves, Trace& trace) {
     charge_engine_time(clock_ms());
 
     const double used = clock_used(position.side) - used_before;
+    const double cpu = static_cast<double>(std::clock() - cpu_start) / CLOCKS_PER_SEC;
+    trace.cpu_overstep = std::max(trace.cpu_overstep, cpu - time.max_time);
     if (used - time.max_time > trace.overstep) {
         trace.overstep = used - time.max_time;
         trace.overstep_budget = time.max_time;
         trace.overstep_move = moves + 1;
-        trace.overstep_cpu = static_cast<double>(std::clock() - cpu_start) / CLOCKS_PER_SEC;
+        trace.overstep_cpu = cpu;
         trace.overstep_position = position;
     }
     trace.used += used;
@@ -151,7 +156,8 @@ void print_game(int number, const Trace& trace, const std::array<int, 2>& moves)
         trace.overstep_move);
     char fen[FEN_TEXT_SIZE];
     position_to_fen(trace.overstep_position, trace.overstep_position.side, fen);
-    std::printf(" with %.3f s of processor time in %s", trace.overstep_cpu, fen);
+    std::printf(" with %.3f s of processor time in %s, largest by processor time %.3f s", trace.overstep_cpu,
+                fen, trace.cpu_overstep);
     if (settings.use_game_clock) {
         std::printf(", left white %.2f s, black %.2f s, at least %.2f s", time_left(WHITE, moves[WHITE]),
                     time_left(BLACK, moves[BLACK]), trace.least_left);
