@@ -9,6 +9,7 @@
 #include "control/apply_settings.h"
 #include "control/program_flags.h"
 #include "search/table.h"
+#include "search/threads.h"
 #include "shell/settings_store.h"
 #include "shell/system_log.h"
 
@@ -60,6 +61,8 @@ void begin_startup(const StartupOptions& options) {
 }
 
 EngineStartStatus finish_startup() {
+    // A console command makes the threads that it is to search with.
+    if (startup_state.saved_settings) threads_init();
     const EngineStartStatus status = start_engine();
     if (status != ENGINE_STARTED) return status;
     const bool table_there = startup_state.saved_settings ? apply_settings() == 0 : tt_allocate() == 0;

@@ -10,14 +10,15 @@
 #include "base/log.h"
 #include "base/paths.h"
 #include "base/program_paths.h"
+#include "base/system_info.h"
 #include "control/apply_settings.h"
 #include "control/program_flags.h"
 #include "search/engine_settings.h"
 #include "search/table.h"
+#include "search/threads.h"
 #include "shell/settings_store.h"
-#include "tests/control/settings_images.h"
-
 #include "tests/base/scratch_folder.h"
+#include "tests/control/settings_images.h"
 
 namespace {
 
@@ -139,6 +140,7 @@ TEST_F(Startup, SavedSettingsReachTheEngineAndTheLog) {
     EXPECT_EQ(engine_settings.search_threads, 2);
     EXPECT_EQ(engine_settings.book_mode, 1);
     EXPECT_EQ(transposition_table.size_mb, 4);
+    EXPECT_EQ(created_threads(), std::min(processor_count(), MAX_SEARCH_THREADS));
     const std::string log = content_of(log_path);
     EXPECT_NE(log.find("\nsearch threads: 2\n"), std::string::npos);
     EXPECT_NE(log.find("\nhashtable size: 4\n"), std::string::npos);
