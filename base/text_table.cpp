@@ -3,8 +3,15 @@
 
 namespace {
 constexpr TextEntry ENTRIES[] = {
-    {234, "value"}, {235, "depth"},    {236, "kN/s"},        {237, "pv"},
-    {238, "sec"},   {247, "no moves"}, {248, "Thinking..."},
+    {187, "Average time per move cannot be less than .1 second"},
+    {211, "W %02d:%02d   B %02d:%02d\r\nmoves %d\r\n"},
+    {234, "value"},
+    {235, "depth"},
+    {236, "kN/s"},
+    {237, "pv"},
+    {238, "sec"},
+    {247, "no moves"},
+    {248, "Thinking..."},
 };
 }
 
