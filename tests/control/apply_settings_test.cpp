@@ -161,7 +161,15 @@ TEST_F(ApplySettings, OnlyWhatDiffersIsReopened) {
     EXPECT_EQ(reopened(), std::pair(true, false));
     settings.hash_mb = 2;
     EXPECT_EQ(reopened(), std::pair(true, false));
+    settings.wld_max_pieces = 6;
+    EXPECT_EQ(reopened(), std::pair(true, false));
+    settings.wld_max_kings_8 = 3;
+    EXPECT_EQ(reopened(), std::pair(true, false));
+    store_setting_text(settings.wld_folder, "/w");
+    EXPECT_EQ(reopened(), std::pair(true, false));
     settings.mtc_enable = 1;
+    EXPECT_EQ(reopened(), std::pair(false, true));
+    store_setting_text(settings.mtc_folder, "/m");
     EXPECT_EQ(reopened(), std::pair(false, true));
     settings.wld_enable = 0;
     EXPECT_EQ(reopened(), std::pair(true, false));

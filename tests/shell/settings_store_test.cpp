@@ -102,13 +102,13 @@ TEST(LoadSettings, AnotherLengthGivesTheDefaultsOfThatRecordOnly) {
     settings_hooks.language_loaded = every_language;
     const std::string whole = full_image().sealed(), whole2 = full_image2().sealed();
     const std::string longer = whole + whole, longer2 = whole2 + whole2 + whole2;
-    for (const size_t length : {0, 1, 3, 4, 295, 296, 831, 833, 900, 1664}) {
+    for (const size_t length : {0u, 1u, 3u, 4u, 295u, 296u, 831u, 833u, 900u, 1664u}) {
         folder.write(longer.substr(0, length), whole2);
         load_settings();
         EXPECT_EQ(image_of(settings), defaults_here(folder)) << length;
         EXPECT_EQ(image_of(settings2), whole2) << length;
     }
-    for (const size_t length : {0, 1, 3, 4, 295, 297, 592, 832}) {
+    for (const size_t length : {0u, 1u, 3u, 4u, 295u, 297u, 592u, 832u}) {
         folder.write(whole, longer2.substr(0, length));
         load_settings();
         EXPECT_EQ(image_of(settings), whole) << length;
