@@ -347,5 +347,9 @@ void add_match_command(CLI::App& program) {
                       "End a game as won when both players have seen ten men or more for 6 plies (default)");
     command->add_flag("--json", options->json, "Print the result as one line of JSON");
     command->add_flag("--verbose", options->verbose, "Tell the state every 100 games on standard error");
-    command->callback([options] { run_match(*options); });
+    command->callback([options] {
+        if (!options->sprt.empty() && !(options->sprt[0] < options->sprt[1]))
+            throw CLI::ValidationError("--sprt", "the first Elo difference is the smaller one");
+        run_match(*options);
+    });
 }

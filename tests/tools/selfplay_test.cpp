@@ -3,12 +3,15 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 #include <vector>
 
+#include "core/ballots.h"
 #include "eval/evaluation.h"
 #include "eval/weights.h"
 #include "search/engine_settings.h"
@@ -97,6 +100,75 @@ TEST_F(Selfplay, GoesOnWhereItStopped) {
                               two_games.size() + 37, size_t{11}, size_t{0}, whole.size()}) {
         std::ofstream(path("cut"), std::ios::binary) << whole.substr(0, size);
         ASSERT_EQ(selfplay(options("cut", 4), go_on), 0);
+        EXPECT_EQ(read(path("cut")), whole) << size;
+    }
+}
+
+using Sets = std::array<uint64_t, 4>;
+
+std::set<Sets> ballot_sets(int moves) {
+    std::set<Sets> sets;
+    Ballot ballot;
+    for (int i = 0; find_ballot(moves, i, ballot); ++i)
+        sets.insert({ballot.position.black, ballot.position.white, ballot.position.king,
+                     static_cast<uint64_t>(ballot.position.side)});
+    return sets;
+}
+
+// How many of the games have a ballot of so many moves as their first record.
+int games_from_ballots(const std::vector<GameRecord>& records, int moves) {
+    const std::set<Sets> ballots = ballot_sets(moves);
+    int count = 0;
+    for (size_t i = 0; i < records.size(); ++i)
+        if (i == 0 || records[i].game != records[i - 1].game)
+            if (ballots.contains({records[i].black, records[i].white, records[i].king, records[i].side}))
+                ++count;
+    return count;
+}
+
+TEST_F(Selfplay, GamesBeginWhereTheyAreToldTo) {
+    const auto play = [&](SelfplayOpening opening) {
+        SelfplayOptions o = options("games", 40);
+        o.depth = 1;
+        o.opening = opening;
+        std::filesystem::remove(path("games"));
+        EXPECT_EQ(selfplay(o, go_on), 0);
+        return records_of(path("games"));
+    };
+    // A seventh of the games has no random plies behind the ballot.
+    const std::vector<GameRecord> two = play(OPENING_TWO_MOVES), three = play(OPENING_THREE_MOVES);
+    EXPECT_GT(games_from_ballots(two, 2), 0);
+    EXPECT_LT(games_from_ballots(two, 2), 20);
+    EXPECT_GT(games_from_ballots(three, 3), 0);
+    EXPECT_LT(games_from_ballots(three, 3), 20);
+    // Behind three moves there is no position that is reached by two.
+    EXPECT_EQ(games_from_ballots(three, 2), 0);
+    const std::vector<GameRecord> any = play(OPENING_RANDOM);
+    EXPECT_EQ(games_from_ballots(any, 2) + games_from_ballots(any, 3), 0);
+}
+
+bool same_record(const GameRecord& a, const GameRecord& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+TEST_F(Selfplay, KeepsOnePositionInSoManyOfTheSameGames) {
+    SelfplayOptions o = options("all", 30);
+    o.depth = 1;
+    ASSERT_EQ(selfplay(o, go_on), 0);
+    o.out = path("some");
+    o.keep = 4;
+    ASSERT_EQ(selfplay(o, go_on), 0);
+    const std::vector<GameRecord> all = records_of(path("all")), some = records_of(path("some"));
+    size_t found = 0;
+    for (const GameRecord& record : all)
+        if (found < some.size() && same_record(record, some[found])) ++found;
+    EXPECT_EQ(found, some.size());
+    EXPECT_GT(some.size(), all.size() / 5);
+    EXPECT_LT(some.size(), all.size() / 3);
+    // And goes on where it stopped, even behind games of which nothing was kept.
+    const std::string whole = read(path("some"));
+    for (const size_t size : {whole.size() / 3, whole.size() / 2 + 7}) {
+        std::ofstream(path("cut"), std::ios::binary) << whole.substr(0, size);
+        o.out = path("cut");
+        ASSERT_EQ(selfplay(o, go_on), 0);
         EXPECT_EQ(read(path("cut")), whole) << size;
     }
 }
