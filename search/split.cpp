@@ -173,6 +173,7 @@ void split_worker(SplitPoint& split, ThreadRecord& thread) {
 }
 
 bool cut_off_above(ThreadRecord& thread) {
+    if (active_threads() <= 2) return false;
     for (const SplitPoint* split = thread.current_split; split; split = split->parent) {
         if (!split->cut_off.load(std::memory_order_relaxed)) continue;
         thread.stop.store(true, std::memory_order_relaxed);

@@ -85,14 +85,14 @@ bool try_split(const SplitOffer& offer);
 // Takes moves from the split point and searches them until it is done or this thread is stopped.
 void split_worker(SplitPoint& split, ThreadRecord& thread);
 
-// A split point that this thread works beneath was cut off. The thread is then stopped.
+// A split point that this thread works beneath was cut off, where more than two threads search. The thread is
+// then stopped. With two, `stop` alone says so: a cut-off always concerns the other thread directly.
 bool cut_off_above(ThreadRecord& thread);
 
-// This thread is to leave the subtree. With two threads `stop` alone says so: the thread that a cut-off
-// concerns is always the other one.
+// This thread is to leave the subtree.
 inline bool is_stopped(ThreadRecord& thread) {
     if (thread.stop.load(std::memory_order_relaxed)) return true;
-    return search_state.active_threads.load(std::memory_order_relaxed) > 2 && cut_off_above(thread);
+    return thread.current_split && cut_off_above(thread);
 }
 
 // The same, or the whole search is to end. What a search of a node returned is then worth nothing.
