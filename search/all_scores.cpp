@@ -14,6 +14,7 @@
 #include "search/root_moves.h"
 #include "search/score.h"
 #include "search/search_state.h"
+#include "search/search_text.h"
 #include "search/window.h"
 
 namespace {
@@ -61,6 +62,7 @@ void report_iteration(const RootTask& task, const RootMoves& moves, int depth) {
                line.data());
     std::snprintf(task.text, SEARCH_TEXT_SIZE, "%s %d,  %.1f %s,  %s", task.labels.depth.data(), depth,
                   search_elapsed(), task.labels.seconds.data(), line.data());
+    tell_search_text(task.text);
 }
 
 void iterate(const RootTask& task, RootMoves& moves, int iteration_limit) {
@@ -80,6 +82,7 @@ void append_line(const RootTask& task, const Move& move) {
     const size_t used = std::strlen(task.text);
     pv_text(task.root.side, task.root, move, task.text + used, SEARCH_TEXT_SIZE - used, false,
             line_length(search_state.completed_depth), task.labels.pv.data());
+    tell_search_text(task.text);
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include "search/root_search.h"
 #include "search/score.h"
 #include "search/search_state.h"
+#include "search/search_text.h"
 #include "search/table.h"
 #include "search/thread_record.h"
 #include "search/window.h"
@@ -46,6 +47,7 @@ void write_status(const Search& s, const char* mark, int32_t value, int depth) {
                   labels.value.data(), mark, value, labels.depth.data(), depth, average_leaf_ply(),
                   search_state.highest_ply.load(std::memory_order_relaxed), search_elapsed(),
                   labels.seconds.data(), kilonodes_per_second(), labels.speed.data(), s.line_text.data());
+    tell_search_text(s.task.text);
 }
 
 void build_log_line(Search& s, int depth) {

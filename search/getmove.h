@@ -20,7 +20,8 @@ constexpr size_t SEARCH_TEXT_SIZE = 2000;
 // thread 0 of the search. Only one search runs at a time: a second waits. Returns the value, positive when
 // good for black.
 //
-//   text        SEARCH_TEXT_SIZE bytes: the status line, rewritten as the search goes on
+//   text        SEARCH_TEXT_SIZE bytes: the status line, rewritten as the search goes on; another thread that
+//               is to see it listens to search/search_text.h
 //   stop_flag   set it from any thread to end the search; honoured from iteration 5 on and cleared at the end
 //   flags       SearchFlags
 //   best_move   the move chosen; the position itself where there is none

@@ -14,6 +14,7 @@
 #include "search/root_search.h"
 #include "search/score.h"
 #include "search/search_state.h"
+#include "search/search_text.h"
 #include "search/table.h"
 #include "search/threads.h"
 
@@ -42,6 +43,7 @@ bool answer_without_search(const RootTask& task, Move& best_move, int32_t& value
     if (!from_book && !egdb_engine.mtc_choose_move(root, root.side, task.list, index, answer, task.text))
         return false;
     log_printf("%s\n", task.text);
+    tell_search_text(task.text);
     best_move = task.list[index];
     value = answer;
     return true;
@@ -53,6 +55,7 @@ EngineTurn::EngineTurn(std::atomic<int32_t>& stop_flag, char* text) {
     while (search_state.busy.exchange(true, std::memory_order_acquire))
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
     get_text(TEXT_THINKING, text, SEARCH_TEXT_SIZE);
+    tell_search_text(text);
     search_state.stop_flag = &stop_flag;
 }
 
@@ -64,6 +67,7 @@ bool start_turn(const Position& position, char* text) {
         return true;
     }
     std::snprintf(text, SEARCH_TEXT_SIZE, "Illegal position");
+    tell_search_text(text);
     return false;
 }
 
@@ -84,6 +88,7 @@ RootState answer_root(RootTask& task, Move& best_move, int32_t& value) {
     if (answer_without_search(task, best_move, value)) return ROOT_ANSWERED;
     if (task.list.count > 0) return ROOT_TO_SEARCH;
     get_text(TEXT_NO_MOVES, task.text, SEARCH_TEXT_SIZE);
+    tell_search_text(task.text);
     best_move = move_to(task.root);
     value = task.root.side == WHITE ? MATE_SCORE : -MATE_SCORE;
     return ROOT_WITHOUT_MOVES;
