@@ -58,9 +58,16 @@ struct SearchThread {
     // The status text, which the search rewrites and others show.
     SharedText<SEARCH_TEXT_SIZE> shared_text;
 
+    char own_text[SEARCH_TEXT_SIZE] = "";   // the search thread's
+    char text_copy[SEARCH_TEXT_SIZE] = "";  // the interface thread's
+    uint32_t text_copy_version = 0;
+
     // Texts of the ponder pane, of the interface thread.
     char ponder_move_text[MOVE_TEXT_SIZE] = "";
     char ponder_result_text[MOVE_TEXT_SIZE] = "";
+
+    // Makes a thread that runs `body` and is never joined; false if the system refuses.
+    bool (*make_thread)(void (*body)()) = nullptr;
 
     int wait_limit_ms = SEARCH_WAIT_MS;
 };

@@ -1,0 +1,67 @@
+#include "control/clipboard.h"
+
+#include <cstdio>
+#include <vector>
+
+#include "control/game.h"
+#include "control/ui.h"
+#include "records/fen.h"
+#include "records/pdn_game.h"
+#include "records/pdn_replay.h"
+#include "records/pdn_write.h"
+
+namespace {
+
+constexpr size_t CLIPBOARD_SIZE = 20000;
+
+// The first game of the text; its headers are not taken over. A step that cannot be made is recorded too, as
+// the position before it once more, and ends the game.
+void paste_game(const char* text) {
+    PdnTable table;
+    if (pdn_parse_games(text, table) != 0 || pdn_game_count(table) == 0) return;
+    ReplayState state;
+    PdnNode* node = pdn_start_position(table.front().get(), state);
+    restart_history(state.position, state.side);
+    while (node) {
+        node = pdn_next_move(node, state);
+        addto_game_history(state.position, state.side, state.setup_flag);
+    }
+    set_board(state.position, state.side);
+}
+
+void write_and_show(const char* text, const char* title) {
+    ui.write_clipboard(text);
+    ui.message_box(text, title, ICON_NONE);
+}
+
+}  // namespace
+
+void paste_from_clipboard() {
+    std::vector<char> text(CLIPBOARD_SIZE, '\0');
+    ui.read_clipboard(text.data(), text.size());
+    Position position;
+    int side = WHITE;
+    if (fen_to_position(text.data(), position, side) == 0) {
+        set_board(position, side);
+        restart_history(position, side);
+    } else {
+        paste_game(text.data());
+    }
+    game_text_update();
+    ui.redraw_board();
+}
+
+void copy_game_to_clipboard() {
+    std::vector<char> text(GAME_TEXT_SIZE, '\0');
+    const GameHeaders& headers = game.headers;
+    game_to_pdn_text(text.data(), text.size(), whole_history(), headers.event.data(), headers.date.data(),
+                     headers.black.data(), headers.white.data(), result_string(headers.result), "\r\n");
+    write_and_show(text.data(), "Game to clipboard");
+}
+
+void copy_position_to_clipboard() {
+    char text[FEN_TAG_TEXT_SIZE + 4];
+    const int length = fen_tag_text(game.board, game.board_side, text, "\r\n");
+    std::snprintf(text + length, sizeof text - static_cast<size_t>(length), "*\r\n");
+    write_and_show(text, "Position to clipboard");
+}
