@@ -16,6 +16,8 @@ namespace {
 // often.
 constexpr size_t FIRST_TABLE_ENTRIES = 1000;
 
+constexpr char TEXT_END_MARK = '\x1a';
+
 enum GameState { OUTSIDE, HEADERS, MOVES };
 
 // What a token does: it may begin a game, and it may belong to the game that is open then.
@@ -78,6 +80,23 @@ PdnTable build_games(const char* text) {
     }
     table.emplace_back();
     return table;
+}
+
+// Leaves out those that stand in front of a newline.
+void drop_carriage_returns(std::string& text) {
+    char* out = text.data();
+    const char* at = out;
+    const char* const end = at + text.size();
+    while (at < end) {
+        const char* const found =
+            static_cast<const char*>(std::memchr(at, '\r', static_cast<size_t>(end - at)));
+        const char* const stop = found ? found : end;
+        std::memmove(out, at, static_cast<size_t>(stop - at));
+        out += stop - at;
+        at = stop;
+        if (found && (++at == end || *at != '\n')) *out++ = '\r';
+    }
+    text.resize(static_cast<size_t>(out - text.data()));
 }
 
 }  // namespace
@@ -167,9 +186,19 @@ PdnGame pdn_parse_game(const char* text) {
     return list;
 }
 
-int pdn_read_file(const std::string& path, PdnTable& table_out) {
+int pdn_read_text(const std::string& path, std::string& text_out) {
     std::string text;
     const int status = read_file(path, text);
+    if (status) return status;
+    text.resize(std::min(text.find(TEXT_END_MARK), text.size()));
+    drop_carriage_returns(text);
+    text_out = std::move(text);
+    return 0;
+}
+
+int pdn_read_file(const std::string& path, PdnTable& table_out) {
+    std::string text;
+    const int status = pdn_read_text(path, text);
     return status ? status : pdn_parse_games(text.c_str(), table_out);
 }
 

@@ -64,6 +64,11 @@ int pdn_parse_games(const char* text, PdnTable& table_out);
 // there is no header, move or embedded FEN. If memory runs out the list is what was built so far.
 PdnGame pdn_parse_game(const char* text);
 
+// Reads a file as text: carriage returns in front of newlines are left out, and the text ends in front of the
+// mark (code 26) with which old systems end their texts. 0; 1 if it cannot be opened; 2 if its size is below
+// 1; 3 if memory runs out. The output is untouched unless the status is 0.
+int pdn_read_text(const std::string& path, std::string& text_out);
+
 // Reads and parses a file. 0; 1 if it cannot be opened or memory for the games runs out; 2 if its size is
 // below 1, as it is for a missing file; 3 if memory for the text runs out. The output is untouched unless the
 // status is 0.

@@ -1,34 +1,16 @@
 #include "records/pdn_write.h"
 
-#include <algorithm>
-#include <cstdarg>
 #include <memory>
 #include <new>
 #include <string_view>
 
 #include "core/capture_lines.h"
-#include "core/notation.h"
 #include "records/fen.h"
+#include "records/step_text.h"
 
 namespace {
 
 int square_number(uint64_t set) { return set ? square_of_bit[static_cast<size_t>(lowest_bit(set))] + 1 : 0; }
-
-// A text that is printed piece by piece into bounded room.
-struct BoundedText {
-    char* out;
-    size_t size;
-    size_t length;
-};
-
-__attribute__((format(printf, 2, 3))) void print(BoundedText& text, const char* format, ...) {
-    if (text.length + 1 >= text.size) return;
-    va_list arguments;
-    va_start(arguments, format);
-    const int wanted = std::vsnprintf(text.out + text.length, text.size - text.length, format, arguments);
-    va_end(arguments);
-    if (wanted > 0) text.length = std::min(text.length + static_cast<size_t>(wanted), text.size - 1);
-}
 
 void print_step(BoundedText& text, const ReplayState& before, const ReplayState& after, int& move_number) {
     if (after.setup_flag) {
@@ -37,13 +19,7 @@ void print_step(BoundedText& text, const ReplayState& before, const ReplayState&
         print(text, "/FEN \"%s\"/", fen);
         return;
     }
-    if (before.setup_flag && before.side == BLACK)
-        print(text, "%d. ... ", ++move_number);
-    else if (before.side == WHITE)
-        print(text, "%d. ", ++move_number);
-    char move[MOVE_TEXT_SIZE];
-    full_move_text(before.position, move_to(after.position), before.side, move);
-    print(text, "%s", move);
+    print_numbered_move(text, before, after, move_number);
 }
 
 // A list at whose end nodes are added.
@@ -238,6 +214,8 @@ PdnGame game_to_pdn_list(std::span<const ReplayState> history, const GameHeaders
 }
 
 PdnGame pdn_move_node_from_positions(const Position& before, const Position& after, int side) {
+    // The generators need one piece a square.
+    if (before.black & before.white) return nullptr;
     MoveList list;
     CaptureLines lines;
     int jumps = 0;
