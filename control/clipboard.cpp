@@ -4,41 +4,36 @@
 #include <vector>
 
 #include "control/game.h"
+#include "control/load_save.h"
 #include "control/ui.h"
 #include "records/fen.h"
 #include "records/pdn_game.h"
-#include "records/pdn_replay.h"
 #include "records/pdn_write.h"
 
 namespace {
 
-constexpr size_t CLIPBOARD_SIZE = 20000;
-
-// The first game of the text; its headers are not taken over. A step that cannot be made is recorded too, as
-// the position before it once more, and ends the game.
+// The first game of the text.
 void paste_game(const char* text) {
     PdnTable table;
     if (pdn_parse_games(text, table) != 0 || pdn_game_count(table) == 0) return;
-    ReplayState state;
-    PdnNode* node = pdn_start_position(table.front().get(), state);
-    restart_history(state.position, state.side);
-    while (node) {
-        node = pdn_next_move(node, state);
-        addto_game_history(state.position, state.side, state.setup_flag);
-    }
-    set_board(state.position, state.side);
+    take_over_game(table.front().get());
 }
 
 void write_and_show(const char* text, const char* title) {
-    ui.write_clipboard(text);
+    clipboard_write_text(text);
     ui.message_box(text, title, ICON_NONE);
 }
 
 }  // namespace
 
+bool clipboard_read_text(char* out_buffer) { return ui.read_clipboard(out_buffer, CLIPBOARD_TEXT_SIZE); }
+
+bool clipboard_write_text(const char* text) { return ui.write_clipboard(text); }
+
 void paste_from_clipboard() {
-    std::vector<char> text(CLIPBOARD_SIZE, '\0');
-    ui.read_clipboard(text.data(), text.size());
+    // Without a text in the clipboard an empty one is pasted.
+    std::vector<char> text(CLIPBOARD_TEXT_SIZE, '\0');
+    clipboard_read_text(text.data());
     Position position;
     int side = WHITE;
     if (fen_to_position(text.data(), position, side) == 0) {

@@ -1,0 +1,117 @@
+#include "control/load_save.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+#include "control/analyze_games.h"
+#include "control/game.h"
+#include "control/game_commands.h"
+#include "control/panes.h"
+#include "control/search_thread.h"
+#include "control/ui.h"
+#include "records/game_file.h"
+#include "records/pdn_replay.h"
+#include "records/pdn_write.h"
+
+LoadState load_state;
+
+namespace {
+
+void tell_load_failure(GameFileStatus status) {
+    const char* text = "Cannot allocate memory for games";
+    if (status == GAME_FILE_TOO_BIG) text = "File is too big!";
+    if (status == GAME_FILE_CLOSED) text = "Cannot open file for reading";
+    ui.message_box(text, DEFAULT_BOX_TITLE, ICON_WARNING);
+}
+
+// The number of the game that the user wants, or -1.
+int choose_game(const std::string& text, const PdnOffsets& offsets) {
+    const int count = std::min(pdn_game_count(offsets), GAME_LIST_LIMIT);
+    char status[32];
+    std::snprintf(status, sizeof status, "%d %s", count, "games read");
+    show_status(status);
+    const int selected = load_state.selected_game < count ? load_state.selected_game : 0;
+    const int chosen = ui.choose_game(text.c_str(), offsets, count, selected);
+    if (chosen < 0 || chosen >= count) return -1;
+    load_state.selected_game = chosen;
+    return chosen;
+}
+
+}  // namespace
+
+bool run_file_command(int32_t id) {
+    switch (id) {
+        case COMMAND_PDN_HEADER:
+            edit_headers_command();
+            return true;
+        case COMMAND_LOAD:
+            load_command();
+            return true;
+        case COMMAND_SAVE:
+            save_command();
+            return true;
+        default:
+            return false;
+    }
+}
+
+void load_command() {
+    if (game.gui_mode == DXP_MODE) return;
+    std::string path;
+    if (ui.choose_load_file(LOAD_FILE_TITLE, path)) load_pdn_game(path);
+}
+
+void save_command() {
+    if (!edit_headers_command()) return;
+    std::string path;
+    if (ui.choose_save_file(SAVE_FILE_TITLE, path)) save_game_to_file(path);
+}
+
+bool edit_headers_command() {
+    GameHeaders headers = game.headers;
+    if (!headers.date[0]) std::snprintf(headers.date.data(), headers.date.size(), "%s", today_text().c_str());
+    if (!ui.edit_headers(headers)) return false;
+    game.headers = headers;
+    return true;
+}
+
+void load_pdn_game(const std::string& path) {
+    if (game.gui_mode == DXP_MODE) return;
+    discard_search();
+    search_thread.ponder_done = false;
+    reset_game_clock();
+    free_analysis_games();
+    std::string text;
+    PdnOffsets offsets;
+    const GameFileStatus status = load_game_file(path, text, offsets);
+    if (status != GAME_FILE_READ) return tell_load_failure(status);
+    const int chosen = choose_game(text, offsets);
+    if (chosen < 0) return;
+    const PdnGame list = pdn_parse_game(text.c_str() + offsets[static_cast<size_t>(chosen)]);
+    pdn_game_headers(list.get(), game.headers);
+    take_over_game(list.get());
+    clear_highlights();
+    game_text_update();
+    ui.redraw_board();
+}
+
+void save_game_to_file(const std::string& path) {
+    std::vector<char> text(GAME_TEXT_SIZE, '\0');
+    const GameHeaders& headers = game.headers;
+    game_to_pdn_text(text.data(), text.size(), whole_history(), headers.event.data(), headers.date.data(),
+                     headers.black.data(), headers.white.data(), result_string(headers.result), "\n");
+    if (append_game_text(path, text.data()) == 1)
+        ui.message_box("Cannot open file for appending.", "Error", ICON_ERROR);
+}
+
+void take_over_game(PdnNode* list) {
+    ReplayState state;
+    PdnNode* node = pdn_start_position(list, state);
+    restart_history(state.position, state.side);
+    while (node) {
+        node = pdn_next_move(node, state);
+        addto_game_history(state.position, state.side, state.setup_flag);
+    }
+    set_board(state.position, state.side);
+}
