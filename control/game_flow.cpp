@@ -184,8 +184,8 @@ int make_user_move(int index) {
     MoveList list;
     generate_moves(game.board, list, game.board_side);
     if (index < 0 || index >= list.count) return 1;
-    const int side = game.board_side ^ 1;
-    set_board(position_after(list[index], side), side);
+    game.board_side ^= 1;
+    game.board = position_after(list[index], game.board_side);
     user_move_made();
     return 0;
 }

@@ -229,7 +229,8 @@ void GameTest::settle() {
 }
 
 void GameTest::wait_until_held() {
-    while (!script.within) std::this_thread::yield();
+    // One that has no move to choose from is not held.
+    while (!script.within && search_thread.searching) std::this_thread::yield();
 }
 
 void GameTest::release_search() { script.hold = false; }
