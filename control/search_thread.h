@@ -79,7 +79,8 @@ extern SearchThread& search_thread;
 extern void (*phase_violation)(const char* transition);
 
 // Makes the search thread. A failure is told to the user, and the program goes on without one: no search then
-// ever starts. Once; a second call does nothing.
+// ever starts. Once; a second call does nothing. Nothing ends the thread but the end of the process, so a
+// front end that returns from `main` calls `discard_search` before: what has a destructor goes then.
 void start_search_thread();
 
 // Everything below belongs to the interface thread.
