@@ -1,23 +1,21 @@
-// Replays every game of a file, searches each position for the time given, and keeps the text of each search
-// as a comment behind the move that was played from the position. Games are printed as they are finished.
-#include <chrono>
+// The analysis commands of game control on the games of a file: each finished game is printed, and the line
+// of progress follows the board.
 #include <cstdio>
 #include <memory>
+#include <string>
 #include <vector>
 
+#include "base/clock.h"
 #include "base/paths.h"
 #include "cli/commands.h"
 #include "cli/console.h"
-#include "control/game_line.h"
-#include "records/pdn_game.h"
-#include "records/pdn_replay.h"
+#include "cli/game_console.h"
+#include "control/analyze_games.h"
+#include "control/game.h"
+#include "control/game_commands.h"
 #include "records/pdn_write.h"
-#include "search/getmove.h"
-#include "search/search_state.h"
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 struct AnalyzeOptions {
     std::string file;
@@ -27,136 +25,95 @@ struct AnalyzeOptions {
     bool all_scores = false;
 };
 
-// Counts of the whole run, for the progress line.
-struct Progress {
-    int games = 0;
-    int games_done = 0;
-    int positions = 0;
-    int positions_done = 0;
-    Clock::time_point start = Clock::now();
+struct AnalyzeRun {
+    std::string file;
+    std::string output_path;  // empty for standard output
+    std::FILE* output = nullptr;
+    // Positions in the games before each one, and at the end those of all.
+    std::vector<int> positions_before;
+    int64_t start_ms = 0;
+    int positions_shown = -1;
+    bool failed = false;
 };
+AnalyzeRun run;
 
-void show_analysis_progress(const Progress& p) {
-    const double elapsed = std::chrono::duration<double>(Clock::now() - p.start).count();
-    std::string left = "-";
-    if (p.positions_done > 0)
-        left = duration_text(elapsed / p.positions_done * (p.positions - p.positions_done));
-    show_progress("game " + std::to_string(p.games_done + 1) + " of " + std::to_string(p.games) +
-                  ", position " + std::to_string(p.positions_done + 1) + " of " +
-                  std::to_string(p.positions) + ", time left " + left);
+void fail_run(const char* format, const std::string& what) {
+    run.failed = true;
+    fail(format, what.c_str());  // NOLINT(clang-diagnostic-format-nonliteral): one of the texts below
 }
 
-int count_positions(PdnNode* game) {
-    ReplayState state;
+// One for each move or set position, and one for the start.
+int count_positions(const PdnNode* node) {
     int count = 1;
-    for (PdnNode* node = pdn_start_position(game, state); node; ++count) node = pdn_next_move(node, state);
+    for (; node; node = node->next) count += node->kind == PDN_MOVE || node->kind == PDN_EMBEDDED_FEN;
     return count;
 }
 
-PdnNode* last_node(PdnNode* node) {
-    while (node->next) node = node->next;
-    return node;
+void begin_output() {
+    run.positions_before.assign(1, 0);
+    for (int i = 0; i < pdn_game_count(analysis.analysis_games); ++i)
+        run.positions_before.push_back(
+            run.positions_before.back() +
+            count_positions(analysis.analysis_games[static_cast<size_t>(i)].get()));
+    run.start_ms = clock_ms();
+    run.output = run.output_path.empty() ? stdout : std::fopen(run.output_path.c_str(), "w");
+    if (!run.output) fail_run("Cannot open %s for writing", run.output_path);
 }
 
-PdnNode* node_before(PdnNode* list, const PdnNode* node) {
-    while (list && list->next != node) list = list->next;
-    return list;
+void print_finished_game(const PdnTable& games, uint32_t flags, int index) {
+    show_progress("");
+    pdn_print_game(run.output, games[static_cast<size_t>(index)].get(), flags);
+    if (std::fflush(run.output) != 0)
+        fail_run("Cannot write the analysis%s", run.output_path.empty() ? "" : " to " + run.output_path);
 }
 
-// The text of the search of the history's last position, in braces.
-std::string analysis_comment(const std::vector<ReplayState>& history, uint32_t flags) {
-    std::vector<Position> line;
-    build_game_line(history, line);
-    search_state.game_line = &line.front();
-    char text[SEARCH_TEXT_SIZE];
-    Move best{};
-    int32_t searched = 0;
-    getmove(history.back().position, history.back().side, text, stop_flag, flags, best, searched);
-    search_state.game_line = nullptr;
-    return "{" + std::string(text) + "}";
+void show_analysis_progress() {
+    const int game_index = analysis.analysis_game_index;
+    const size_t at = static_cast<size_t>(game_index);
+    const int total = run.positions_before.back();
+    const int done = std::min(run.positions_before[at] + game.history_count - 1, total - 1);
+    if (done == run.positions_shown) return;
+    run.positions_shown = done;
+    std::string left = "-";
+    if (done > 0)
+        left = duration_text(static_cast<double>(clock_ms() - run.start_ms) / 1000.0 / done * (total - done));
+    show_progress("games done " + std::to_string(game_index) + " of " +
+                  std::to_string(run.positions_before.size() - 1) + ", position " + std::to_string(done + 1) +
+                  " of " + std::to_string(total) + ", time left " + left);
 }
 
-// Puts the comment where it belongs: behind the move played next, or, where a position is set up next,
-// directly before it, so that it stays with the move that led here; at the end of the list after the last
-// move.
-void place_comment(PdnNode* game, const PdnNode* previous, PdnNode* next, const std::string& comment) {
-    PdnNode* behind = next;
-    if (!next)
-        behind = last_node(game);
-    else if (next->kind == PDN_EMBEDDED_FEN && previous && previous->kind == PDN_MOVE)
-        behind = node_before(game, next);
-    pdn_insert_after(behind, pdn_make_comment(comment.c_str()));
+Ui analyze_screen() {
+    Ui screen = no_ui();
+    screen.choose_load_file = [](const char*, std::string& path) {
+        path = run.file;
+        return true;
+    };
+    screen.message_box = [](const char* text, const char*, MessageIcon) { fail_run("%s", text); };
+    return screen;
 }
 
-// False if the user interrupted it.
-bool analyze_game(PdnNode* game, uint32_t flags, Progress& progress) {
-    std::vector<ReplayState> history(1);
-    PdnNode* next = pdn_start_position(game, history.front());
-    const PdnNode* previous = nullptr;
-    for (;;) {
-        show_analysis_progress(progress);
-        const std::string comment = analysis_comment(history, flags);
-        if (interrupted) return false;
-        ++progress.positions_done;
-        PdnNode* const played = next;
-        if (played) {
-            ReplayState state = history.back();
-            next = pdn_next_move(played, state);
-            history.push_back(state);
-        }
-        place_comment(game, previous, played, comment);
-        if (!played) return true;
-        previous = played;
-    }
-}
-
-bool read_games(const std::string& file, PdnTable& games) {
-    switch (pdn_read_file(file, games)) {
-        case 0:
-            break;
-        case 1:
-            fail("Cannot open PDN file. (%s)", file.c_str());
-            return false;
-        case 2:
-            fail("Cannot open PDN file. (%s: no such file, or empty)", file.c_str());
-            return false;
-        default:
-            fail("Error parsing PDN file. (%s: not enough memory)", file.c_str());
-            return false;
-    }
-    if (pdn_game_count(games) > 0) return true;
-    fail("no games in %s", file.c_str());
-    return false;
-}
-
-void run_analyze(AnalyzeOptions options) {
-    options.file = absolute_path(options.file);
-    PdnTable games;
-    if (!read_games(options.file, games)) return;
-    std::FILE* output = stdout;
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> owned(nullptr, std::fclose);
-    if (!options.output.empty()) {
-        owned.reset(std::fopen(options.output.c_str(), "w"));
-        if (!owned) return fail("Cannot open %s for writing", options.output.c_str());
-        output = owned.get();
-    }
+void run_analyze(const AnalyzeOptions& options) {
+    run = AnalyzeRun{};
+    run.file = absolute_path(options.file);
+    if (!options.output.empty()) run.output_path = absolute_path(options.output);
     set_search_threads(options.threads);
-    if (!start_console_engine()) return;
+    if (!start_game_console(analyze_screen())) return;
     catch_interrupt();
-    set_fixed_time(options.time);
-
-    Progress progress;
-    progress.games = pdn_game_count(games);
-    for (int i = 0; i < progress.games; ++i)
-        progress.positions += count_positions(games[static_cast<size_t>(i)].get());
-    for (; progress.games_done < progress.games; ++progress.games_done) {
-        PdnNode* const game = games[static_cast<size_t>(progress.games_done)].get();
-        if (!analyze_game(game, options.all_scores ? SEARCH_ALL_SCORES : 0u, progress)) break;
-        show_progress("");
-        pdn_print_game(output, game, PDN_COMMENT_LINES);
-        if (std::fflush(output) != 0) return fail("Cannot write the analysis");
+    set_time_per_move(options.time);
+    analysis_output = {begin_output, print_finished_game, [] {}};
+    analyze_pdn_command(options.all_scores);
+    if (!run.failed && !is_analyze_mode(game.gui_mode)) fail("no games in %s", run.file.c_str());
+    while (is_analyze_mode(game.gui_mode)) {
+        if (run.failed || interrupted) {
+            cancel_analyze_command();
+            break;
+        }
+        show_analysis_progress();
+        tick_when_due();
     }
     show_progress("");
+    if (run.output && run.output != stdout && std::fclose(run.output) != 0)
+        fail_run("Cannot write the analysis to %s", run.output_path);
     if (interrupted) set_exit_status(EXIT_BAD_INPUT);
 }
 

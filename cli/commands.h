@@ -7,6 +7,7 @@
 void add_perft_command(CLI::App& program);
 void add_inspect_command(CLI::App& program);
 void add_search_command(CLI::App& program);
+void add_play_command(CLI::App& program);
 void add_analyze_command(CLI::App& program);
 void add_pdn_command(CLI::App& program);
 void add_bench_command(CLI::App& program);

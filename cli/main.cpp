@@ -17,6 +17,7 @@ int run(int argc, char** argv) {
     add_perft_command(program);
     add_inspect_command(program);
     add_search_command(program);
+    add_play_command(program);
     add_analyze_command(program);
     add_pdn_command(program);
     add_bench_command(program);

@@ -41,7 +41,7 @@ TEST(CliAnalyze, PutsACommentBehindEveryMove) {
     // The comment on the position before the set-up one stays with the move that led there.
     EXPECT_EQ(count_of(kinds(games[1].get()), 'm'), 3);
     const std::regex comment(
-        "\\{value=-?\\d+,  depth \\d+/[\\d.]+/\\d+,  [\\d.]+ sec,  \\d+ kN/s,  pv [^}]*\\}");
+        "\\{value[=<>]-?\\d+,  depth \\d+/[\\d.]+/\\d+,  [\\d.]+ sec,  \\d+ kN/s,  pv [^}]*\\}");
     const std::ptrdiff_t comments = std::distance(
         std::sregex_iterator(result.output.begin(), result.output.end(), comment), std::sregex_iterator());
     EXPECT_EQ(comments, 5 + 5) << result.output;
