@@ -103,7 +103,8 @@ int scripted_book(const Position& position, int side, const MoveList& list, int&
         ++script.searches;
         hold_search();
     }
-    const int answer = predicts ? script.predict(position, side, list) : script.think(position, side, list);
+    const int answer =
+        predicts ? script.predict(position, side, list) : script.think.get()(position, side, list);
     if (answer < 0) return 0;
     index = answer;
     value = script.value;
@@ -152,6 +153,8 @@ void GameTest::SetUp() {
     start_search_thread();
     ASSERT_TRUE(wait_for_search());
     reset_search_flags();
+    // Busy machines and sanitizers are slow; no test waits for this limit.
+    search_thread.wait_limit_ms = 300000;
     mode_hooks = no_mode_hooks();
     log_path.clear();
     log_listener = nullptr;
@@ -171,7 +174,7 @@ void GameTest::SetUp() {
     engine_settings = EngineSettings{};
     engine_settings.hash_size_mb = 1;
     ASSERT_EQ(tt_allocate(), 0);
-    search_state.depth_limit = 5;
+    search_state.depth_limit = 3;
     egdb_engine = no_egdb();
     engine_book = {true, scripted_book};
     script.think = first_move;
@@ -285,7 +288,7 @@ std::string move_text_at(int index) {
 int first_move(const Position&, int, const MoveList&) { return 0; }
 int search_really(const Position&, int, const MoveList&) { return -1; }
 
-std::function<int(const Position&, int, const MoveList&)> answer_with(const std::string& move) {
+Answer answer_with(const std::string& move) {
     return [move](const Position& position, int side, const MoveList& list) {
         return find_text(position, side, list, move);
     };

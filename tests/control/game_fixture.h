@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <functional>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -38,10 +39,29 @@ extern std::string drawn_game_text;
 // Runs within each message box, as a nested loop of messages would.
 extern std::function<void()> in_message_box;
 
-// How the engine answers without a search: an index into the list, or -1 to have it search.
+// An index into the list of moves, or -1 to have the engine search.
+using Answer = std::function<int(const Position&, int, const MoveList&)>;
+
+// An answer that may be exchanged while a search is held.
+struct SharedAnswer {
+    std::mutex mutex;
+    Answer answer;
+
+    SharedAnswer& operator=(const Answer& other) {
+        const std::lock_guard lock(mutex);
+        answer = other;
+        return *this;
+    }
+    Answer get() {
+        const std::lock_guard lock(mutex);
+        return answer;
+    }
+};
+
+// How the engine answers without a search.
 struct EngineScript {
-    std::function<int(const Position&, int side, const MoveList&)> think;    // for the search thread
-    std::function<int(const Position&, int side, const MoveList&)> predict;  // for the interface thread
+    SharedAnswer think;  // for the search thread
+    Answer predict;      // for the interface thread
     std::atomic<int32_t> value{0};
     std::atomic<bool> hold{false};    // searches last until they are stopped or this is cleared
     std::atomic<int> searches{0};     // that began
@@ -75,4 +95,4 @@ std::string move_text_at(int index);
 // Answers with the first move, or with the move of that text where it is legal and -1 elsewhere.
 int first_move(const Position&, int, const MoveList&);
 int search_really(const Position&, int, const MoveList&);
-std::function<int(const Position&, int, const MoveList&)> answer_with(const std::string& move);
+Answer answer_with(const std::string& move);
