@@ -78,6 +78,14 @@ void add_selfplay_command(CLI::App& program) {
         ->check(CLI::Range(1, 1000))
         ->type_name("N")
         ->capture_default_str();
+    command
+        ->add_option(
+            "--stray", options->stray,
+            "Play a random move once in N, so that the weights also learn what the search alone sees;\n"
+            "0 for never")
+        ->check(CLI::Range(0, 1000))
+        ->type_name("N")
+        ->capture_default_str();
     command->callback([options, opening] {
         options->opening = *opening == "random" ? OPENING_RANDOM
                            : *opening == "2"    ? OPENING_TWO_MOVES

@@ -118,7 +118,8 @@ void play_game(const SelfplayOptions& options, uint32_t number, std::vector<Game
         if (is_quiet(position) && (options.keep == 1 || random_below(random, options.keep) == 0))
             records.push_back({position.black, position.white, position.king, number,
                                static_cast<int16_t>(value), 0, static_cast<uint8_t>(position.side)});
-        play(line, best);
+        const bool strays = options.stray > 0 && random_below(random, options.stray) == 0;
+        play(line, strays ? list[random_below(random, list.count)] : best);
     }
     for (GameRecord& record : records) record.result = result;
 }

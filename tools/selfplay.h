@@ -30,7 +30,8 @@ struct SelfplayOptions {
     uint64_t seed = 1;     // two runs with the same seed and options play the same games
     int depth = 7;         // of each search
     SelfplayOpening opening = OPENING_THREE_MOVES;
-    int keep = 1;  // of so many quiet positions one is kept, on average; at least 1
+    int keep = 1;   // of so many quiet positions one is kept, on average; at least 1
+    int stray = 0;  // one move in so many is a random one, so that games leave the beaten track; 0: none
 };
 
 // Called after each game with the games in the file and the records written by this run; false ends the run.

@@ -173,6 +173,32 @@ TEST_F(Selfplay, KeepsOnePositionInSoManyOfTheSameGames) {
     }
 }
 
+// Share of the records whose score is a man or more from that of the one before in their game: what a bad
+// move does.
+double share_of_swings(const std::vector<GameRecord>& records) {
+    int swings = 0;
+    for (size_t i = 1; i < records.size(); ++i)
+        swings +=
+            records[i].game == records[i - 1].game && std::abs(records[i].score - records[i - 1].score) >= 90;
+    return swings / static_cast<double>(records.size());
+}
+
+TEST_F(Selfplay, StraysFromTheBestMoveOnceInSoMany) {
+    SelfplayOptions o = options("straight", 12);
+    ASSERT_EQ(selfplay(o, go_on), 0);
+    o.out = path("straying");
+    o.stray = 4;
+    ASSERT_EQ(selfplay(o, go_on), 0);
+    const std::string whole = read(path("straying"));
+    EXPECT_GT(share_of_swings(records_of(path("straying"))),
+              1.5 * share_of_swings(records_of(path("straight"))));
+    // The games hang on the seed alone, and go on where they stopped.
+    std::ofstream(path("cut"), std::ios::binary) << whole.substr(0, whole.size() / 2);
+    o.out = path("cut");
+    ASSERT_EQ(selfplay(o, go_on), 0);
+    EXPECT_EQ(read(path("cut")), whole);
+}
+
 TEST_F(Selfplay, TellsThatTheFileCannotBeWritten) {
     SelfplayOptions bad = options("x", 1);
     bad.out = "/nowhere/at/all";
