@@ -9,6 +9,7 @@
 #include "control/time_control.h"
 #include "core/notation.h"
 #include "search/search_state.h"
+#include "search/threads.h"
 #include "tests/control/game_fixture.h"
 
 namespace {
@@ -421,6 +422,7 @@ TEST_F(RandomWalk, CommandsDuringSearchesOfTheEngineItself) {
     hold_searches = false;
     random.seed(13);
     settings.search_threads = 2;
+    threads_init(2);
     search_state.depth_limit = 7;
     for (int count = 0; count < 6000; ++count) {
         ASSERT_NO_FATAL_FAILURE(step());
