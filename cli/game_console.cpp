@@ -60,7 +60,7 @@ void tick_when_due() {
     const int wait = tick_if_due();
     if (search_thread.searching.load(std::memory_order_acquire))
         search_thread.search_done_event.wait_for(wait);
-    else
+    else if (!search_has_ended())
         std::this_thread::sleep_for(std::chrono::milliseconds(wait));
     tick_if_due();
 }

@@ -84,4 +84,41 @@ TEST(CliAnalyze, TellsWhatIsWrong) {
     }
 }
 
+TEST(CliAnalyze, AnInterruptEndsItWithWhatIsDone) {
+    const TemporaryFolder folder;
+    folder.write("games.pdn", "[FEN \"W:W32:B27\"] 32x21 * [Event \"long\"] 32-28 *");
+    // The first game has one search, of a move that is forced; the next would take for ever.
+    const std::string program = PROGRAM;
+    const ProgramResult result = run_program(
+        "--preserve-status -s INT 3 '" + program + "' analyze games.pdn --time 1000 --output out.txt", "",
+        folder.path, "timeout");
+    EXPECT_EQ(result.status, 1) << result.errors;
+    EXPECT_EQ(result.errors, "");
+    const std::string text = read_text(folder.path / "out.txt");
+    EXPECT_TRUE(text.starts_with("[FEN \"W:W32:B27\"]\n1. 32x21 {")) << text;
+    EXPECT_EQ(text.find("long"), std::string::npos) << "the game in progress is not written";
+}
+
+TEST(CliAnalyze, LeavesTheAnalysisOfTheProgramAlone) {
+    const TemporaryFolder folder;
+    folder.write("games.pdn", "1. 32-28 *");
+    const std::string program = "env XDG_DATA_HOME='" + folder.path.string() + "/data' '" + PROGRAM + "'";
+    const ProgramResult result =
+        run_program("-c \"" + program + " analyze games.pdn --time 0.01\"", "", folder.path, "sh");
+    EXPECT_EQ(result.status, 0) << result.errors;
+    int files = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path / "data"))
+        files += entry.path().filename().string().starts_with("analysis");
+    EXPECT_EQ(files, 0);
+}
+
+TEST(CliAnalyze, OutputThatCannotBeWrittenIsTold) {
+    const TemporaryFolder folder;
+    folder.write("games.pdn", "1. 32-28 * 31-27 *");
+    const ProgramResult result =
+        run_program("analyze games.pdn --time 0.01 --output /dev/full", "", folder.path);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(count_lines(result.errors), 1) << result.errors;
+}
+
 }  // namespace

@@ -264,4 +264,13 @@ TEST_F(CliPlay, Options) {
         EXPECT_EQ(play("", bad).status, 2) << bad;
 }
 
+TEST_F(CliPlay, AnInterruptEndsIt) {
+    const std::string program = PROGRAM;
+    const ProgramResult result =
+        run_program("--preserve-status -s INT 0.5 '" + program + "' play --quiet --time 1000", "32-28\nfen\n",
+                    folder.path, "timeout");
+    EXPECT_EQ(result.status, 1) << result.errors;
+    EXPECT_EQ(lines_with(result.output, "engine ").size(), 0u) << result.output;
+}
+
 }  // namespace

@@ -327,6 +327,19 @@ TEST_F(AnalyzeGames, CancelInTheMiddle) {
     EXPECT_TRUE(answers.opened.empty());
 }
 
+TEST_F(AnalyzeGames, WithoutMemoryItEnds) {
+    load("32-28 19-23 *");
+    analyze_game_command(false);
+    finish_search();
+    ASSERT_TRUE(wait_for_search());
+    fail_next_allocation();
+    timer_tick();
+    EXPECT_EQ(events_of("box"), Events{"box Error: Cannot allocate memory from heap!"});
+    EXPECT_EQ(game.gui_mode, NORMAL_MODE);
+    EXPECT_FALSE(search_thread.searching);
+    EXPECT_EQ(file_size(folder + "analysis.txt"), -1);
+}
+
 TEST_F(AnalyzeGames, CancelBetweenASearchAndItsStep) {
     load("32-28 19-23 *");
     analyze_game_command(false);

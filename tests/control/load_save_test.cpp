@@ -114,6 +114,18 @@ TEST_F(LoadSave, WhatCannotBeLoadedIsTold) {
     EXPECT_EQ(fen_now(), before);
 }
 
+TEST_F(LoadSave, WithoutMemoryNothingIsLoaded) {
+    std::string text;
+    PdnOffsets offsets;
+    const std::string long_file = write_file("long.pdn", std::string(100, ' ') + "32-28 *");
+    fail_next_allocation();
+    EXPECT_EQ(load_game_file(long_file, text, offsets), GAME_FILE_NO_MEMORY);
+    fail_next_allocation();
+    load_pdn_game(long_file);
+    EXPECT_EQ(events_of("box"), Events{"box Error: Cannot allocate memory for games"});
+    EXPECT_EQ(game.history_last, 1);
+}
+
 TEST_F(LoadSave, AFileOfTheLimitLoads) {
     std::string text = "[Event \"last\"] 32-28 *";
     text.insert(0, static_cast<size_t>(GAME_FILE_LIMIT) - text.size(), '\n');

@@ -1,8 +1,10 @@
 #include "tests/control/record_fixture.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <new>
 
 #include "control/analyze_games.h"
 #include "control/load_save.h"
@@ -10,6 +12,15 @@
 UserAnswers answers;
 
 namespace {
+
+thread_local bool allocation_fails = false;
+
+void* allocate(size_t bytes) {
+    void* const memory = allocation_fails ? nullptr : std::malloc(bytes ? bytes : 1);
+    allocation_fails = false;
+    if (!memory) throw std::bad_alloc();
+    return memory;
+}
 
 int offer_games(const char* text, const PdnOffsets& offsets, int count, int selected) {
     answers.offered.clear();
@@ -29,6 +40,15 @@ bool edit_headers(GameHeaders& headers) {
 }
 
 }  // namespace
+
+void* operator new(size_t bytes) { return allocate(bytes); }
+void* operator new[](size_t bytes) { return allocate(bytes); }
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, size_t) noexcept { std::free(memory); }
+
+void fail_next_allocation() { allocation_fails = true; }
 
 void RecordTest::SetUp() {
     GameTest::SetUp();

@@ -25,6 +25,10 @@ struct UserAnswers {
 };
 extern UserAnswers answers;
 
+// The next allocation of this thread finds no memory. The allocator of the whole test program is replaced to
+// that end.
+void fail_next_allocation();
+
 class RecordTest : public GameTest {
   protected:
     std::string folder;  // of this test, with a final slash
