@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include "core/capture_lines.h"
@@ -92,6 +93,24 @@ TEST(RoundTrip, RandomGames) {
     EXPECT_GT(seen.setups, 500);
     EXPECT_GT(seen.black_first, 200);
     EXPECT_GT(seen.comments, 1000);
+}
+
+TEST(RoundTrip, RealGames) {
+    int games = 0;
+    for (const auto& file : std::filesystem::directory_iterator(TEST_DATA "/games")) {
+        PdnTable table;
+        ASSERT_EQ(pdn_read_file(file.path().string(), table), 0);
+        for (int i = 0; i < pdn_game_count(table); ++i, ++games) {
+            PdnNode* const list = table[static_cast<size_t>(i)].get();
+            bool broken = false;
+            const std::vector<ReplayState> history = replay(list, broken);
+            expect_reads_back(history, line_form(history, "\n"));
+            expect_reads_back(history, column_form(list));
+            expect_reads_back(history, column_form(game_to_pdn_list(history, GameHeaders{}).get()));
+            if (HasFatalFailure()) return;
+        }
+    }
+    EXPECT_GT(games, 200);
 }
 
 // Every legal move of many positions, the crowded captures of kings above all, as text and as node.
