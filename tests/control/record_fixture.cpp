@@ -15,9 +15,14 @@ namespace {
 
 thread_local bool allocation_fails = false;
 
-void* allocate(size_t bytes) {
-    void* const memory = allocation_fails ? nullptr : std::malloc(bytes ? bytes : 1);
+void* try_to_allocate(size_t bytes) {
+    const bool fails = allocation_fails;
     allocation_fails = false;
+    return fails ? nullptr : std::malloc(bytes ? bytes : 1);
+}
+
+void* allocate(size_t bytes) {
+    void* const memory = try_to_allocate(bytes);
     if (!memory) throw std::bad_alloc();
     return memory;
 }
@@ -43,10 +48,14 @@ bool edit_headers(GameHeaders& headers) {
 
 void* operator new(size_t bytes) { return allocate(bytes); }
 void* operator new[](size_t bytes) { return allocate(bytes); }
+void* operator new(size_t bytes, const std::nothrow_t&) noexcept { return try_to_allocate(bytes); }
+void* operator new[](size_t bytes, const std::nothrow_t&) noexcept { return try_to_allocate(bytes); }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, size_t) noexcept { std::free(memory); }
 void operator delete[](void* memory, size_t) noexcept { std::free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
 
 void fail_next_allocation() { allocation_fails = true; }
 
