@@ -156,7 +156,7 @@ TEST(CliPdn, PrintsTheLineForm) {
               "1. 32-28 19-23 2. 28x19 14x23 *\n\n");
 }
 
-TEST(CliWeights, SeedWritesTheShippedFile) {
+TEST(CliWeights, SeedWritesAWholeFile) {
     const TemporaryFolder folder;
     const ProgramResult result = run_program("weights seed --out weights.bin", "", folder.path);
     EXPECT_EQ(result.status, 0) << result.errors;
