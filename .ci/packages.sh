@@ -31,5 +31,6 @@ need_packages() {
     fi
 }
 
-PROGRAM_PACKAGES="cmake ninja-build g++ libcli11-dev nlohmann-json3-dev"
-TEST_PACKAGES="libgtest-dev libbenchmark-dev"
+CONSOLE_PACKAGES="cmake ninja-build g++ libcli11-dev nlohmann-json3-dev"
+PROGRAM_PACKAGES="$CONSOLE_PACKAGES qt6-base-dev libqt6svg6-dev qt6-multimedia-dev"
+TEST_PACKAGES="libgtest-dev libbenchmark-dev xvfb openbox xdotool"

@@ -1,0 +1,39 @@
+// The modal dialogs. Each takes its texts from the language file when it opens, and returns when the user has
+// closed it. Interface thread only.
+#pragma once
+
+#include <QWidget>
+#include <cstdint>
+
+#include "records/game_headers.h"
+#include "records/pdn_game.h"
+
+// Their numbers in language files.
+enum DialogNumber : int32_t {
+    DIALOG_GAME_TIME = 125,
+    DIALOG_PARALLEL_SEARCH = 126,
+    DIALOG_GAME_INFORMATION = 127,
+    DIALOG_SELECT_GAME = 128,
+};
+
+// Gives the window and its controls the texts that the language's file has for the dialog. A control is found
+// by its object name, "id_" and the number of its id.
+void translate_dialog(QWidget& window, int32_t dialog);
+
+// The game clock's dialog; it chooses the game clock when its values are taken over. `settings` follow.
+void game_time_dialog(QWidget* parent);
+void parallel_search_dialog(QWidget* parent);
+
+// True if the user agreed; otherwise the headers stay as they were.
+bool game_information_dialog(QWidget* parent, GameHeaders& headers);
+
+// One of the first `count` games of the text, by its number from 0; -1 if the user cancels.
+int select_game_dialog(QWidget* parent, const char* text, const PdnOffsets& offsets, int count, int selected);
+
+// The font of the panes into `settings`; false if the user cancels.
+bool font_dialog(QWidget* parent);
+
+void about_box(QWidget* parent);
+
+// Opens the manual of the current language in the program that the system has for it.
+void open_help(QWidget* parent);
