@@ -1,9 +1,11 @@
 // The modal dialogs. Each takes its texts from the language file when it opens, and returns when the user has
-// closed it. Interface thread only.
+// closed it; the timer runs meanwhile. What a dialog has to tell in a box goes through `ui`. Interface thread
+// only.
 #pragma once
 
 #include <QWidget>
 #include <cstdint>
+#include <string>
 
 #include "records/game_headers.h"
 #include "records/pdn_game.h"
@@ -14,10 +16,13 @@ enum DialogNumber : int32_t {
     DIALOG_PARALLEL_SEARCH = 126,
     DIALOG_GAME_INFORMATION = 127,
     DIALOG_SELECT_GAME = 128,
+    DIALOG_FONT = 140,
 };
 
 // Gives the window and its controls the texts that the language's file has for the dialog. A control is found
-// by its object name, "id_" and the number of its id.
+// by its object name, "id_" and the number of its id: labels, buttons, boxes and group boxes take a text. An
+// entry of a combobox has an id of its own where the combobox has the property "first_entry_id", the id of
+// its first entry. Ids that the dialog does not have are passed over.
 void translate_dialog(QWidget& window, int32_t dialog);
 
 // The game clock's dialog; it chooses the game clock when its values are taken over. `settings` follow.
@@ -30,10 +35,17 @@ bool game_information_dialog(QWidget* parent, GameHeaders& headers);
 // One of the first `count` games of the text, by its number from 0; -1 if the user cancels.
 int select_game_dialog(QWidget* parent, const char* text, const PdnOffsets& offsets, int count, int selected);
 
-// The font of the panes into `settings`; false if the user cancels.
+// The font of the panes into `settings`; false if the user cancels. Sizes are whole points.
+constexpr int LEAST_FONT_SIZE = 2;
+constexpr int LARGEST_FONT_SIZE = 18;
 bool font_dialog(QWidget* parent);
 
 void about_box(QWidget* parent);
 
-// Opens the manual of the current language in the program that the system has for it.
+// Opens the manual of the current language in the program that the system has for it; if that cannot be
+// started the user is told.
 void open_help(QWidget* parent);
+
+// Opens a file in the program that the system has for its kind. False if there is none. Tests put their own
+// in its place.
+extern bool (*open_document)(const std::string& path);

@@ -1,0 +1,138 @@
+#include "shell/qt/dialog_fields.h"
+
+#include <QDialogButtonBox>
+#include <QPushButton>
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+#include "shell/menu.h"
+#include "shell/qt/dialogs.h"
+#include "shell/qt/text.h"
+
+namespace {
+
+bool is_blank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+bool is_sign(char c) { return c == '+' || c == '-'; }
+// A byte of a UTF-8 character behind its first one.
+bool is_inner(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+bool is_ascii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+bool is_utf8(std::string_view text) {
+    return QUtf8StringView(text.data(), static_cast<qsizetype>(text.size())).isValidUtf8();
+}
+
+std::string_view without_blanks(std::string_view text) {
+    while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
+    return text;
+}
+
+size_t skip_digits(std::string_view text, size_t at) {
+    while (at < text.size() && is_digit(text[at])) ++at;
+    return at;
+}
+
+// How much of the text, which has no blanks in front, is a number; 0 if nothing is.
+size_t number_length(std::string_view text) {
+    const size_t start = !text.empty() && is_sign(text[0]) ? 1 : 0;
+    size_t end = skip_digits(text, start);
+    size_t digits = end - start;
+    if (end < text.size() && text[end] == '.') {
+        const size_t behind = skip_digits(text, end + 1);
+        digits += behind - (end + 1);
+        end = behind;
+    }
+    if (digits == 0) return 0;
+    if (end < text.size() && (text[end] == 'e' || text[end] == 'E')) {
+        const size_t exponent = end + 1 + (end + 1 < text.size() && is_sign(text[end + 1]) ? 1 : 0);
+        const size_t behind = skip_digits(text, exponent);
+        if (behind > exponent) end = behind;
+    }
+    return end;
+}
+
+void name_button(const QDialogButtonBox& box, QDialogButtonBox::StandardButton which, const QString& name,
+                 const QString& text) {
+    QPushButton* const button = box.button(which);
+    if (!button) return;
+    button->setObjectName(name);
+    button->setText(text);
+}
+
+}  // namespace
+
+void prepare_dialog(QDialog& dialog, int32_t number) {
+    if (const QDialogButtonBox* const box = dialog.findChild<QDialogButtonBox*>()) {
+        name_button(*box, QDialogButtonBox::Ok, QStringLiteral("id_1"), QStringLiteral("OK"));
+        name_button(*box, QDialogButtonBox::Cancel, QStringLiteral("id_2"), QStringLiteral("Cancel"));
+    }
+    translate_dialog(dialog, number);
+}
+
+void take_command_title(QDialog& dialog, int32_t command) {
+    const MenuItem* const item = find_menu_item(main_menu, command);
+    if (!item) return;
+    QString title = shown_text(item->text).section(QLatin1Char('\t'), 0, 0);
+    title.remove(QLatin1Char('&')).remove(QStringLiteral("..."));
+    dialog.setWindowTitle(title);
+}
+
+int32_t read_integer(std::string_view text) {
+    text = without_blanks(text);
+    const bool negative = text.starts_with('-');
+    if (negative || text.starts_with('+')) text.remove_prefix(1);
+    constexpr int64_t LARGEST = std::numeric_limits<int32_t>::max();
+    int64_t number = 0;
+    for (size_t i = 0; i < text.size() && is_digit(text[i]); ++i)
+        number = std::min(number * 10 + (text[i] - '0'), LARGEST + 1);
+    return static_cast<int32_t>(negative ? -number : std::min(number, LARGEST));
+}
+
+int32_t read_integer(const QLineEdit& edit) { return read_integer(edit.text().toStdString()); }
+
+double read_number(std::string_view text) {
+    text = without_blanks(text);
+    text = text.substr(0, number_length(text));
+    constexpr double LARGEST = std::numeric_limits<double>::max();
+    // Qt reads it with a decimal point whatever the user's country, and what is too large as infinite.
+    const double number = QByteArray(text.data(), static_cast<qsizetype>(text.size())).toDouble();
+    return std::clamp(number, -LARGEST, LARGEST);
+}
+
+double read_number(const QLineEdit& edit) { return read_number(edit.text().toStdString()); }
+
+QString number_text(double number, int decimals) {
+    char text[std::numeric_limits<double>::max_exponent10 + 40];
+    const auto end = std::to_chars(text, text + sizeof text, number, std::chars_format::fixed, decimals);
+    return QString::fromLatin1(text, end.ptr - text);
+}
+
+std::string_view cut_utf8(std::string_view text, size_t limit) {
+    if (text.size() <= limit) return text;
+    while (limit > 0 && is_inner(text[limit])) --limit;
+    return text.substr(0, limit);
+}
+
+QString shown_cut_text(std::string_view text) {
+    if (text.empty() || is_utf8(text)) return shown_text(text);
+    // The text without its last character, whole or not. Were it all ASCII, nothing would tell of UTF-8.
+    const std::string_view kept = cut_utf8(text, text.size() - 1);
+    return shown_text(is_utf8(kept) && !is_ascii(kept) ? kept : text);
+}
+
+void read_field(const QLineEdit& edit, char* field, size_t size) {
+    if (edit.text() == shown_cut_text(field)) return;
+    const std::string entered = edit.text().toStdString();
+    const std::string_view kept = cut_utf8(entered, size - 1);
+    *std::copy(kept.begin(), kept.end(), field) = '\0';
+}
+
+void add_entry(QComboBox& box, int32_t number, const QString& text) { box.addItem(text, number); }
+
+void choose_entry(QComboBox& box, int32_t number) { box.setCurrentIndex(box.findData(number)); }
+
+void read_entry(const QComboBox& box, int32_t& number) {
+    if (box.currentIndex() >= 0) number = box.currentData().toInt();
+}
