@@ -1,21 +1,12 @@
-// The board and the child window of the frame that it stands in. The board draws the position of `game` with
-// its marks, and turns clicks, drags and keys into `board_left_click` and `board_right_click`. Its window is
-// square, holds whole squares and cannot be closed. `settings.square_size` is the size of a square in pixels
-// before the screen's scale. Interface thread only.
+// The child window of the frame that the board stands in. It is square, holds whole squares and cannot be
+// closed. `settings.square_size` is the size of a square in pixels before the screen's scale; it follows when
+// the user changes the size of the window. Interface thread only.
 #pragma once
 
 #include <QMdiSubWindow>
-#include <QWidget>
+#include <QTimer>
 
-class Board : public QWidget {
-    Q_OBJECT
-
-  public:
-    explicit Board(QWidget* parent = nullptr);
-
-    // Draws the board as `game` is now, before the call returns where the board is visible.
-    void redraw();
-};
+#include "shell/qt/board.h"
 
 class BoardWindow : public QMdiSubWindow {
     Q_OBJECT
@@ -26,4 +17,20 @@ class BoardWindow : public QMdiSubWindow {
     Board& board();
     // Takes over `settings.square_size`.
     void follow_square_size();
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+  private:
+    QSize frame_extents() const;
+    void settle();
+
+    Board* held;
+    QTimer settle_timer;
+    bool border_held = false;
 };
