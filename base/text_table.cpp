@@ -52,6 +52,15 @@ constexpr TextEntry ENTRIES[] = {
     {245, "Clock"},
     {247, "no moves"},
     {248, "Thinking..."},
+    {249, "Stop searching"},
+    // What the buttons of the toolbar do, by their commands.
+    {40022, "Start searching"},
+    {40023, "Back to start"},
+    {40024, "Back one move"},
+    {40025, "Forward one move"},
+    {40026, "Forward to end"},
+    {40027, "Change color of side to move"},
+    {40034, "Position evaluation"},
 };
 }
 

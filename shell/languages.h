@@ -1,9 +1,10 @@
 // The texts of the program in other languages: text files in the folder "Languages" beside the program, one a
 // language, loaded whole at the start. What a file lacks falls back to the built-in text; nothing in a file
-// is an error. Texts are UTF-8; a file that is not is read in the Windows code page of its language.
+// is an error. Texts are UTF-8; a file that is not is read in the Windows code page of its language. How a
+// file is looked into is told in shell/languages_text.h.
 //
-// The files are loaded before other threads run and constant from then on; the language is chosen on the
-// interface thread, and `get_text` may be called on any.
+// The current language is `settings2.language_id`. The files are loaded before other threads run and constant
+// from then on; the language is chosen on the interface thread, and `get_text` may be called on any.
 #pragma once
 
 #include <array>
@@ -22,7 +23,10 @@ struct Language {
 constexpr size_t LANGUAGES = 6;
 extern const std::array<Language, LANGUAGES> language_table;
 
-// Loads the files that are there and puts this layer in front of the built-in texts (base/text.h).
+constexpr const char* LANGUAGE_FOLDER = "Languages/";  // below the program's folder
+
+// Loads the files that are there, puts this layer in front of the built-in texts (base/text.h) and lets the
+// settings know which languages there are (shell/settings_store.h).
 void load_languages();
 
 // Whether the id is in the table and its file was loaded.
@@ -44,5 +48,5 @@ const char* language_name();
 // Prints the built-in menu to the log in the form of a language file, for translators.
 void print_menu_template();
 
-// Forgets all that was loaded.
+// Forgets all that was loaded, and takes this layer away again.
 void reset_languages();
