@@ -1,11 +1,14 @@
 #include "shell/qt/dialog_fields.h"
 
 #include <QDialogButtonBox>
+#include <QPalette>
 #include <QPushButton>
 #include <algorithm>
 #include <charconv>
 #include <limits>
 
+#include "shell/languages_code_page.h"
+#include "shell/languages_text.h"
 #include "shell/menu.h"
 #include "shell/qt/dialogs.h"
 #include "shell/qt/text.h"
@@ -20,8 +23,11 @@ bool is_inner(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 bool is_ascii(std::string_view text) {
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
-bool is_utf8(std::string_view text) {
-    return QUtf8StringView(text.data(), static_cast<qsizetype>(text.size())).isValidUtf8();
+
+// Without the last character, or what there is of it.
+std::string_view without_last(std::string_view text) {
+    while (!text.empty() && is_inner(text.back())) text.remove_suffix(1);
+    return text.substr(0, text.size() - !text.empty());
 }
 
 std::string_view without_blanks(std::string_view text) {
@@ -61,6 +67,13 @@ void name_button(const QDialogButtonBox& box, QDialogButtonBox::StandardButton w
     button->setText(text);
 }
 
+// What cannot be changed has the colour of the dialog.
+void show_as_read_only(QLineEdit& edit) {
+    QPalette palette = edit.palette();
+    palette.setColor(QPalette::Base, palette.color(QPalette::Window));
+    edit.setPalette(palette);
+}
+
 }  // namespace
 
 void prepare_dialog(QDialog& dialog, int32_t number) {
@@ -68,6 +81,8 @@ void prepare_dialog(QDialog& dialog, int32_t number) {
         name_button(*box, QDialogButtonBox::Ok, QStringLiteral("id_1"), QStringLiteral("OK"));
         name_button(*box, QDialogButtonBox::Cancel, QStringLiteral("id_2"), QStringLiteral("Cancel"));
     }
+    for (QLineEdit* const edit : dialog.findChildren<QLineEdit*>())
+        if (edit->isReadOnly()) show_as_read_only(*edit);
     translate_dialog(dialog, number);
 }
 
@@ -109,24 +124,16 @@ QString number_text(double number, int decimals) {
     return QString::fromLatin1(text, end.ptr - text);
 }
 
-std::string_view cut_utf8(std::string_view text, size_t limit) {
-    if (text.size() <= limit) return text;
-    while (limit > 0 && is_inner(text[limit])) --limit;
-    return text.substr(0, limit);
-}
-
 QString shown_cut_text(std::string_view text) {
-    if (text.empty() || is_utf8(text)) return shown_text(text);
-    // The text without its last character, whole or not. Were it all ASCII, nothing would tell of UTF-8.
-    const std::string_view kept = cut_utf8(text, text.size() - 1);
+    if (is_utf8(text)) return shown_text(text);
+    // Were all that is kept ASCII, nothing would tell of UTF-8.
+    const std::string_view kept = without_last(text);
     return shown_text(is_utf8(kept) && !is_ascii(kept) ? kept : text);
 }
 
 void read_field(const QLineEdit& edit, char* field, size_t size) {
     if (edit.text() == shown_cut_text(field)) return;
-    const std::string entered = edit.text().toStdString();
-    const std::string_view kept = cut_utf8(entered, size - 1);
-    *std::copy(kept.begin(), kept.end(), field) = '\0';
+    copy_utf8(edit.text().toStdString(), field, size);
 }
 
 void add_entry(QComboBox& box, int32_t number, const QString& text) { box.addItem(text, number); }

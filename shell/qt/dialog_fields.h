@@ -12,8 +12,8 @@
 #include <string>
 #include <string_view>
 
-// Readies a dialog that was set up from its form: names its OK and Cancel buttons "id_1" and "id_2", and
-// gives it the texts of the language.
+// Readies a dialog that was set up from its form: names its OK and Cancel buttons "id_1" and "id_2", shows
+// edits that are read-only as such, and gives it the texts of the language.
 void prepare_dialog(QDialog& dialog, int32_t number);
 
 // Titles a dialog that language files say nothing of by the menu's text for the command that opens it.
@@ -31,14 +31,11 @@ double read_number(const QLineEdit& edit);
 // A number with so many decimals and a point before them, in any language.
 QString number_text(double number, int decimals);
 
-// The text cut to `limit` bytes, without a part of a character at its end.
-std::string_view cut_utf8(std::string_view text, size_t limit);
-
 // A text that may have been cut within a character, without the part that is left of that.
 QString shown_cut_text(std::string_view text);
 
 // A field of a record in an edit. Read back it is as it was if the user left the text alone, otherwise the
-// entered text, cut to what the field holds with its NUL.
+// entered text, cut before the character that does not fit with the NUL.
 template <size_t N>
 void show_field(QLineEdit& edit, const std::array<char, N>& field) {
     edit.setText(shown_cut_text(field.data()));

@@ -19,7 +19,7 @@ bool can_be_stored(const QString& family) {
 }
 
 double size_in_range() {
-    return setting_number(double{settings.font_size}, double{LEAST_FONT_SIZE}, double{LARGEST_FONT_SIZE});
+    return setting_number(double{settings.font_size}, LEAST_FONT_SIZE, LARGEST_FONT_SIZE);
 }
 
 int shown_size() { return static_cast<int>(std::lround(size_in_range())); }
@@ -32,7 +32,7 @@ void show_font(const forms::Ui::Font& form) {
         if (!QFontDatabase::isPrivateFamily(family) && can_be_stored(family)) form.id_1070->addItem(family);
     const auto stored = form.id_1070->findItems(stored_family(), Qt::MatchFixedString);
     if (!stored.isEmpty()) form.id_1070->setCurrentItem(stored.first());
-    form.id_1071->setRange(LEAST_FONT_SIZE, LARGEST_FONT_SIZE);
+    form.id_1071->setRange(static_cast<int>(LEAST_FONT_SIZE), static_cast<int>(LARGEST_FONT_SIZE));
     form.id_1071->setValue(shown_size());
     form.id_1072->setChecked(settings.font_bold != 0);
     form.id_1073->setChecked(settings.font_italic != 0);

@@ -35,9 +35,9 @@ bool game_information_dialog(QWidget* parent, GameHeaders& headers);
 // One of the first `count` games of the text, by its number from 0; -1 if the user cancels.
 int select_game_dialog(QWidget* parent, const char* text, const PdnOffsets& offsets, int count, int selected);
 
-// The font of the panes into `settings`; false if the user cancels. Sizes are whole points.
-constexpr int LEAST_FONT_SIZE = 2;
-constexpr int LARGEST_FONT_SIZE = 18;
+// The font of the panes into `settings`; false if the user cancels. Sizes are whole points in a range.
+constexpr double LEAST_FONT_SIZE = 2;
+constexpr double LARGEST_FONT_SIZE = 18;
 bool font_dialog(QWidget* parent);
 
 void about_box(QWidget* parent);
