@@ -1,0 +1,279 @@
+// The manual holds together: pages are well-formed and complete in each language, what they link to is there,
+// and the menu is quoted as the program shows it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "base/program_paths.h"
+#include "shell/languages.h"
+#include "tests/packaging/manual_pages.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path MANUAL = fs::path(PROJECT_FOLDER) / "docs" / "manual";
+
+struct ManualLanguage {
+    const char* code;
+    const char* name;  // of its language file
+};
+constexpr std::array<ManualLanguage, LANGUAGES> MANUAL_LANGUAGES{{{"en", "English"},
+                                                                  {"nl", "Dutch"},
+                                                                  {"fr", "French"},
+                                                                  {"it", "Italian"},
+                                                                  {"pt", "Portugese"},
+                                                                  {"ru", "Russian"}}};
+
+const std::vector<std::string> PAGES_OF_ALL{"index", "start", "play", "analysis", "files", "databases"};
+const std::vector<std::string> MORE_ENGLISH_PAGES{
+    "undo", "time",    "pondering", "modes", "setup",           "windows", "languages",
+    "book", "network", "console",   "rules", "troubleshooting", "notation"};
+
+std::vector<fs::path> files_with(const fs::path& folder, const std::string& extension) {
+    std::vector<fs::path> found;
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+        if (entry.is_regular_file() && entry.path().extension() == extension) found.push_back(entry.path());
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+std::string code_of(const fs::path& page) { return page.parent_path().filename().string(); }
+
+Page page_of(const fs::path& path) {
+    return read_page(file_text(path), path.extension() == ".svg" ? Markup::SVG : Markup::HTML);
+}
+
+bool is_valid_utf8(const std::string& text) {
+    for (size_t i = 0; i < text.size();) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const size_t length = byte < 0x80       ? 1
+                              : byte >> 5 == 6  ? 2
+                              : byte >> 4 == 14 ? 3
+                              : byte >> 3 == 30 ? 4
+                                                : 0;
+        if (length == 0 || i + length > text.size()) return false;
+        for (size_t k = 1; k < length; ++k)
+            if ((static_cast<unsigned char>(text[i + k]) & 0xc0) != 0x80) return false;
+        i += length;
+    }
+    return true;
+}
+
+// What a page refers to, as written.
+std::vector<std::string> references(const Page& page) {
+    std::vector<std::string> found;
+    for (const Element& element : page.elements)
+        for (const char* const key : {"href", "src"})
+            if (element.attributes.contains(key)) found.push_back(attribute(element, key));
+    return found;
+}
+
+struct Target {
+    fs::path file;
+    std::string fragment;
+};
+
+Target target_of(const fs::path& page, const std::string& reference) {
+    const size_t hash = reference.find('#');
+    const std::string file = reference.substr(0, hash);
+    return {file.empty() ? page : (page.parent_path() / file).lexically_normal(),
+            hash == std::string::npos ? "" : reference.substr(hash + 1)};
+}
+
+TEST(Manual, IsThereInEveryLanguage) {
+    for (const ManualLanguage& language : MANUAL_LANGUAGES)
+        for (const std::string& page : PAGES_OF_ALL)
+            EXPECT_TRUE(fs::is_regular_file(MANUAL / language.code / (page + ".html")))
+                << language.code << " " << page;
+    for (const std::string& page : MORE_ENGLISH_PAGES)
+        EXPECT_TRUE(fs::is_regular_file(MANUAL / "en" / (page + ".html"))) << page;
+    for (const auto& entry : fs::directory_iterator(MANUAL / "en")) {
+        const std::string page = entry.path().stem().string();
+        EXPECT_TRUE(std::count(PAGES_OF_ALL.begin(), PAGES_OF_ALL.end(), page) +
+                    std::count(MORE_ENGLISH_PAGES.begin(), MORE_ENGLISH_PAGES.end(), page))
+            << page << " is not listed here";
+    }
+}
+
+TEST(Manual, PagesAreWellFormed) {
+    for (const fs::path& path : files_with(MANUAL, ".html")) {
+        SCOPED_TRACE(path);
+        EXPECT_TRUE(is_valid_utf8(file_text(path)));
+        const Page page = page_of(path);
+        for (const std::string& error : page.errors) ADD_FAILURE() << error;
+        EXPECT_EQ(page.doctype, "html");
+        ASSERT_FALSE(page.elements.empty());
+        EXPECT_EQ(page.elements[0].name, "html");
+        EXPECT_EQ(attribute(page.elements[0], "lang"), code_of(path));
+        ASSERT_EQ(elements_named(page, "title").size(), 1U);
+        EXPECT_FALSE(elements_named(page, "title")[0]->text.empty());
+        EXPECT_EQ(elements_named(page, "h1").size(), 1U);
+        const auto metas = elements_named(page, "meta");
+        EXPECT_TRUE(std::any_of(metas.begin(), metas.end(),
+                                [](const Element* meta) { return attribute(*meta, "charset") == "utf-8"; }));
+        std::vector<std::string> twice;
+        ids_of(page, twice);
+        for (const std::string& id : twice) ADD_FAILURE() << "two elements have the id " << id;
+    }
+}
+
+TEST(Manual, DrawingsAreWellFormed) {
+    const std::vector<fs::path> drawings = files_with(MANUAL, ".svg");
+    EXPECT_FALSE(drawings.empty());
+    for (const fs::path& path : drawings) {
+        SCOPED_TRACE(path);
+        const Page drawing = page_of(path);
+        for (const std::string& error : drawing.errors) ADD_FAILURE() << error;
+        ASSERT_FALSE(drawing.elements.empty());
+        EXPECT_EQ(attribute(drawing.elements[0], "xmlns"), "http://www.w3.org/2000/svg");
+        std::vector<std::string> twice;
+        const std::set<std::string> ids = ids_of(drawing, twice);
+        EXPECT_TRUE(twice.empty());
+        for (const Element* use : elements_named(drawing, "use"))
+            EXPECT_TRUE(ids.contains(attribute(*use, "href").substr(1))) << attribute(*use, "href");
+    }
+}
+
+TEST(Manual, EveryReferenceLeadsSomewhere) {
+    for (const fs::path& path : files_with(MANUAL, ".html")) {
+        const Page page = page_of(path);
+        for (const std::string& reference : references(page)) {
+            SCOPED_TRACE(path.string() + " refers to " + reference);
+            // The manual is read without a network.
+            ASSERT_EQ(reference.find(':'), std::string::npos);
+            const Target target = target_of(path, reference);
+            ASSERT_TRUE(fs::is_regular_file(target.file));
+            EXPECT_TRUE(target.file.string().starts_with(MANUAL.string() + "/"));
+            if (target.fragment.empty()) continue;
+            std::vector<std::string> twice;
+            EXPECT_TRUE(ids_of(page_of(target.file), twice).contains(target.fragment));
+        }
+        for (const Element* image : elements_named(page, "img"))
+            EXPECT_FALSE(attribute(*image, "alt").empty()) << path << ": a picture without words for it";
+    }
+}
+
+// From the index of each language its pages are found, and all other files by some page.
+TEST(Manual, NothingIsLost) {
+    std::set<fs::path> referred;
+    for (const fs::path& path : files_with(MANUAL, ".html"))
+        for (const std::string& reference : references(page_of(path))) {
+            const fs::path file = target_of(path, reference).file;
+            // Pages are found in the contents, not only by turning over.
+            if (path.stem() == "index" || file.stem() == "index" || file.extension() != ".html")
+                referred.insert(file);
+        }
+    for (const auto& entry : fs::recursive_directory_iterator(MANUAL))
+        EXPECT_TRUE(entry.is_directory() || referred.contains(entry.path())) << entry.path();
+}
+
+TEST(Manual, EachIndexLeadsToAllLanguages) {
+    for (const ManualLanguage& language : MANUAL_LANGUAGES) {
+        const Page page = page_of(MANUAL / language.code / "index.html");
+        std::set<std::string> others;
+        for (const Element* link : elements_named(page, "a")) {
+            const std::string code = attribute(*link, "hreflang");
+            if (code.empty()) continue;
+            EXPECT_EQ(attribute(*link, "href"), "../" + code + "/index.html");
+            EXPECT_EQ(attribute(*link, "lang"), code);
+            others.insert(code);
+        }
+        for (const ManualLanguage& other : MANUAL_LANGUAGES)
+            EXPECT_EQ(others.contains(other.code), &other != &language) << language.code << " " << other.code;
+    }
+}
+
+// Without the mark of the letter to press and the name of the key.
+std::string plain_menu_text(std::string text) {
+    text.erase(std::min(text.find('\t'), text.size()));
+    std::erase(text, '&');
+    return text;
+}
+
+// Runs of white space as one blank, as they are shown.
+std::string on_one_line(const std::string& text) {
+    std::string line;
+    for (const char c : text)
+        if (!std::isspace(static_cast<unsigned char>(c)))
+            line += c;
+        else if (!line.empty() && line.back() != ' ')
+            line += ' ';
+    return line;
+}
+
+constexpr std::string_view STEP = " ▸ ";
+
+void collect_menu_paths(const std::vector<MenuItem>& items, const std::string& before,
+                        std::set<std::string>& paths) {
+    for (const MenuItem& item : items) {
+        if (item.id == MENU_SEPARATOR) continue;
+        const std::string path = before + plain_menu_text(item.text);
+        paths.insert(path);
+        collect_menu_paths(item.items, path + std::string(STEP), paths);
+    }
+}
+
+class ManualMenu : public testing::TestWithParam<ManualLanguage> {
+  protected:
+    void TearDown() override {
+        reset_languages();
+        program_paths = ProgramPaths{};
+    }
+};
+
+TEST_P(ManualMenu, IsQuotedAsTheProgramShowsIt) {
+    const ManualLanguage language = GetParam();
+    const auto row = std::find_if(language_table.begin(), language_table.end(), [&](const Language& entry) {
+        return entry.name == std::string(language.name);
+    });
+    ASSERT_NE(row, language_table.end());
+    program_paths.program_folder = std::string(PROJECT_FOLDER) + "/data/";
+    load_languages();
+    ASSERT_TRUE(choose_language(row->id));
+    std::vector<MenuItem> menu = built_in_menu();
+    translate_menu(menu);
+    std::set<std::string> paths;
+    collect_menu_paths(menu, "", paths);
+
+    int quotations = 0;
+    for (const fs::path& path : files_with(MANUAL / language.code, ".html"))
+        for (const Element& element : page_of(path).elements)
+            if (attribute(element, "class") == "menu") {
+                ++quotations;
+                const std::string quoted = on_one_line(element.text);
+                EXPECT_TRUE(paths.contains(quoted)) << path << ": " << quoted;
+            }
+    EXPECT_GT(quotations, 10);
+}
+
+INSTANTIATE_TEST_SUITE_P(Languages, ManualMenu, testing::ValuesIn(MANUAL_LANGUAGES),
+                         [](const auto& test) { return std::string(test.param.code); });
+
+// The reader of these tests itself.
+TEST(ManualReader, TellsWhatIsWrong) {
+    const auto errors = [](std::string_view text) { return read_page(text, Markup::HTML).errors.size(); };
+    EXPECT_EQ(errors("<!doctype html>\n<p class=\"a\">x &amp; y<br>z</p>\n<!-- <b> -->"), 0U);
+    EXPECT_EQ(errors("<p>x"), 1U);
+    EXPECT_EQ(errors("<p><b>x</p></b>"), 2U);
+    EXPECT_EQ(errors("<p>x & y</p>"), 1U);
+    EXPECT_EQ(errors("<p>x &nonsense; y</p>"), 1U);
+    EXPECT_EQ(errors("<p>x > y</p>"), 1U);
+    EXPECT_EQ(errors("<p id=a>x</p>"), 3U);
+    EXPECT_EQ(errors("<p id=\"a\" id=\"b\">x</p>"), 1U);
+    EXPECT_EQ(errors("<p/>"), 2U);
+    EXPECT_EQ(errors("x"), 1U);
+    EXPECT_EQ(errors("<p>x</p"), 1U);
+    EXPECT_EQ(errors("<!-- x"), 1U);
+    EXPECT_EQ(read_page("<g><a/></g>", Markup::SVG).errors.size(), 0U);
+    const Page page = read_page("<p title=\"&lt;\">a<b>b</b>&gt;</p>", Markup::HTML);
+    EXPECT_EQ(page.elements[0].text, "ab>");
+    EXPECT_EQ(attribute(page.elements[0], "title"), "<");
+}
+
+}  // namespace
