@@ -8,6 +8,7 @@ namespace {
 
 const QColor LAST_MOVE(255, 226, 120, 70);
 const QColor LAST_MOVE_EDGE(255, 226, 120, 120);
+const QColor NUMBER_SHADOW(0, 0, 0, 170);
 const QColor CURSOR(120, 200, 255);
 constexpr int FRAME_LINES = 2;
 
@@ -59,10 +60,15 @@ void draw_numbers(QPainter& painter, const BoardScene& scene) {
     QFont font(QStringLiteral("Times New Roman"));
     font.setPixelSize(number_height(scene.square_size));
     painter.setFont(font);
-    painter.setPen(Qt::white);
-    for (int square = 0; square < SQUARES; ++square)
-        painter.drawText(square_rect(scene, square).adjusted(0, 0, -2, 0), Qt::AlignRight | Qt::AlignBottom,
-                         QString::number(square + 1));
+    for (int square = 0; square < SQUARES; ++square) {
+        const QRect place = square_rect(scene, square).adjusted(0, 0, -2, 0);
+        const QString number = QString::number(square + 1);
+        // White pieces reach into the corner; the shadow sets the number off from them.
+        painter.setPen(NUMBER_SHADOW);
+        painter.drawText(place.translated(1, 1), Qt::AlignRight | Qt::AlignBottom, number);
+        painter.setPen(Qt::white);
+        painter.drawText(place, Qt::AlignRight | Qt::AlignBottom, number);
+    }
 }
 
 void draw_marks(QPainter& painter, const BoardScene& scene) {
