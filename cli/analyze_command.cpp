@@ -93,12 +93,12 @@ Ui analyze_screen() {
 }
 
 void run_analyze(const AnalyzeOptions& options) {
+    catch_interrupt();
     run = AnalyzeRun{};
     run.file = absolute_path(options.file);
     if (!options.output.empty()) run.output_path = absolute_path(options.output);
     set_search_threads(options.threads);
     if (!start_game_console(analyze_screen())) return;
-    catch_interrupt();
     set_time_per_move(options.time);
     analysis_output = {begin_output, print_finished_game, [] {}};
     analyze_pdn_command(options.all_scores);

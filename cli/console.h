@@ -33,6 +33,7 @@ bool read_position(const std::string& fen, Position& position);
 extern std::atomic<int32_t> stop_flag;
 // Also set by it, and never cleared: the user wants the command to end.
 extern std::atomic<bool> interrupted;
+// From here on the command must look at them; before, the key ends the program at once.
 void catch_interrupt();
 
 // Makes the search threads, as many as are asked for even if the machine has fewer processors.

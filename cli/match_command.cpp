@@ -257,12 +257,12 @@ bool check_weights(const std::string& path) {
 }
 
 void run_match(MatchOptions options) {
+    catch_interrupt();
     for (std::string& path : options.weights) {
         path = absolute_path(path);
         if (!check_weights(path)) return;
     }
     if (options.nodes.empty() && options.time.empty() && options.depth.empty()) options.nodes = "20000";
-    catch_interrupt();
     Match match(options);
     std::vector<std::jthread> jobs;
     for (int i = 0; i < options.jobs; ++i) jobs.emplace_back([&match] { run_job(match); });

@@ -127,6 +127,7 @@ void run_loop() {
 }
 
 void run_play(const PlayOptions& options) {
+    catch_interrupt();
     play_screen = PlayScreen{};
     play_commands = PlayCommands{};
     play_screen.start_folder = absolute_path(".");
@@ -135,7 +136,6 @@ void run_play(const PlayOptions& options) {
     engine_settings.hash_size_mb = options.hash_mb;
     set_search_threads(options.threads);
     if (!start_game_console(make_play_screen())) return;
-    catch_interrupt();
     set_time_per_move(options.time);
     settings.pondering_on = options.ponder;
     set_book_by_name(options.book);

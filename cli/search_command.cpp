@@ -27,12 +27,12 @@ void print_log(const char* text) {
 }
 
 void run_search(const SearchOptions& options) {
+    catch_interrupt();
     Position position;
     if (!read_position(options.fen, position)) return;
     if (!is_legal_setup(position)) return fail("Illegal position");
     set_search_threads(options.threads);
     if (!start_console_engine()) return;
-    catch_interrupt();
     set_fixed_time(options.depth > 0 ? UNLIMITED : options.time);
     if (options.depth > 0) search_state.depth_limit = options.depth;
     log_listener = print_log;

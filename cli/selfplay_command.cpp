@@ -40,10 +40,10 @@ bool report_games(int64_t games, int64_t records) {
 }
 
 void run_selfplay(SelfplayOptions options) {
+    catch_interrupt();
     options.out = absolute_path(options.out);
     engine_settings.hash_size_mb = SMALL_TABLE_MB;
     if (!start_console_engine()) return;
-    catch_interrupt();
     run = SelfplayRun{options.games, -1, Clock::now(), {}};
     const int status = selfplay(options, report_games);
     show_progress("");

@@ -88,10 +88,10 @@ TEST(CliAnalyze, AnInterruptEndsItWithWhatIsDone) {
     const TemporaryFolder folder;
     folder.write("games.pdn", "[FEN \"W:W32:B27\"] 32x21 * [Event \"long\"] 32-28 *");
     // The first game has one search, of a move that is forced; the next would take for ever.
-    const std::string program = PROGRAM;
-    const ProgramResult result = run_program(
-        "--preserve-status -s INT 3 '" + program + "' analyze games.pdn --time 1000 --output out.txt", "",
-        folder.path, "timeout");
+    RunningProgram program("analyze games.pdn --time 1000 --output out.txt", folder.path);
+    ASSERT_TRUE(wait_for_text(folder.path / "out.txt", "}\n*\n\n\n"));
+    program.interrupt();
+    const ProgramResult result = program.finish();
     EXPECT_EQ(result.status, 1) << result.errors;
     EXPECT_EQ(result.errors, "");
     const std::string text = read_text(folder.path / "out.txt");

@@ -118,6 +118,18 @@ TEST(CliSearch, KeepsToTheTime) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
+TEST(CliSearch, AnInterruptEndsItWithTheBestMoveSoFar) {
+    const TemporaryFolder folder;
+    RunningProgram program("search " + START + " --time 1000", folder.path);
+    ASSERT_TRUE(program.read_until("[FEN "));
+    program.interrupt();
+    const ProgramResult result = program.finish();
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_TRUE(std::regex_match(last_line(result.output),
+                                 std::regex("best \\d+-\\d+ value -?\\d+ depth \\d+ nodes \\d+")))
+        << result.output;
+}
+
 TEST(CliSearch, TellsThatThereIsNoMove) {
     EXPECT_EQ(last_line(run_program("search B:W31:B").output), "best none value -4000 depth 0 nodes 0");
     EXPECT_EQ(last_line(run_program("search W:W:B1").output), "best none value 4000 depth 0 nodes 0");

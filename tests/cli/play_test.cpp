@@ -29,6 +29,15 @@ std::vector<std::string> lines_with(const std::string& text, const std::string& 
     return found;
 }
 
+// Asks what the engine is doing until the answer has the text, which another question brings to its end.
+bool ask_until(RunningProgram& program, const std::string& text) {
+    for (;;) {
+        const size_t before = program.output.size();
+        if (!program.type("status\nfen") || !program.read_until(":W")) return false;
+        if (program.output.find(text, before) != std::string::npos) return true;
+    }
+}
+
 int moves_of(const PdnNode* node) {
     int moves = 0;
     for (; node; node = node->next) moves += node->kind == PDN_MOVE;
@@ -155,20 +164,23 @@ TEST_F(CliPlay, AutoplayGoesOnToTheEndOfTheGame) {
 
 TEST_F(CliPlay, StopHasTheEngineMoveNow) {
     const auto start = std::chrono::steady_clock::now();
-    const ProgramResult result = play("32-28\nsleep 0.2\nstop\n", "--time 100 --quiet");
+    const ProgramResult result = play("32-28\nsleep 0.05\nstop\n", "--time 1000 --quiet");
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_EQ(lines_with(result.output, "engine ").size(), 1u);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(300));
 }
 
 TEST_F(CliPlay, AnEndlessTimeEndsWithTheScript) {
     const ProgramResult result = play("time infinite\n32-28\n", "--quiet");
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_EQ(lines_with(result.output, "engine ").size(), 1u);
-    const ProgramResult analysis = play("time infinite\nmode analysis\nsleep 0.2\nstatus\n", "--quiet");
-    EXPECT_EQ(analysis.status, 0) << analysis.errors;
-    EXPECT_NE(analysis.output.find("Search mode: Analysis\n"), std::string::npos) << analysis.output;
-    EXPECT_NE(analysis.output.find("value"), std::string::npos);
+    RunningProgram analysis("play --hash 4 --quiet", folder.path);
+    for (const char* line : {"time infinite", "mode analysis"}) ASSERT_TRUE(analysis.type(line));
+    EXPECT_TRUE(ask_until(analysis, "value")) << "the text of the search, which goes on";
+    const ProgramResult ended = analysis.finish();
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_EQ(lines_with(ended.output, "Search mode: Analysis").size(),
+              lines_with(ended.output, "Search mode:").size());
 }
 
 TEST_F(CliPlay, AnalysisFollowsTheUser) {
@@ -205,7 +217,7 @@ TEST_F(CliPlay, AnalysesAFileUntilItIsCancelled) {
 
 TEST_F(CliPlay, PondersAndGivesHints) {
     const ProgramResult result =
-        play("32-28\nsleep 0.2\nstatus\nhint\nback\nfen\n", "--time 0.05 --ponder --quiet");
+        play("32-28\nwait\nstatus\nhint\nback\nfen\n", "--time 0.05 --ponder --quiet");
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_NE(result.output.find("ponder"), std::string::npos) << result.output;
     const std::vector<std::string> hints = lines_with(result.output, "hint ");
@@ -217,8 +229,11 @@ TEST_F(CliPlay, PondersAndGivesHints) {
 
 TEST_F(CliPlay, AnAnswerThatIsReadyIsPrintedToo) {
     // White has one move, so the engine knows its own answer by the time it is typed.
-    const ProgramResult result =
-        play("setup B:W45:B1\ngo\nsleep 0.5\nstatus\n45-40\nmoves\n", "--time 0.02 --ponder --quiet");
+    RunningProgram program("play --hash 4 --time 0.02 --ponder --quiet", folder.path);
+    for (const char* line : {"setup B:W45:B1", "go", "wait"}) ASSERT_TRUE(program.type(line));
+    ASSERT_TRUE(ask_until(program, "ponder result "));
+    for (const char* line : {"45-40", "moves"}) ASSERT_TRUE(program.type(line));
+    const ProgramResult result = program.finish();
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_EQ(lines_with(result.output, "ponder result ").size(), 1u) << result.output;
     EXPECT_EQ(lines_with(result.output, "engine ").size(), 2u) << result.output;
@@ -265,12 +280,23 @@ TEST_F(CliPlay, Options) {
 }
 
 TEST_F(CliPlay, AnInterruptEndsIt) {
-    const std::string program = PROGRAM;
-    const ProgramResult result =
-        run_program("--preserve-status -s INT 0.5 '" + program + "' play --quiet --time 1000", "32-28\nfen\n",
-                    folder.path, "timeout");
+    RunningProgram program("play --quiet --hash 4 --time 1000", folder.path);
+    for (const char* line : {"32-28", "status", "fen"}) ASSERT_TRUE(program.type(line));
+    ASSERT_TRUE(program.read_until("Search mode: Normal")) << "the engine thinks now";
+    program.interrupt();
+    const ProgramResult result = program.finish();
     EXPECT_EQ(result.status, 1) << result.errors;
     EXPECT_EQ(lines_with(result.output, "engine ").size(), 0u) << result.output;
+    EXPECT_EQ(lines_with(result.output, "B:W").size(), 0u) << "the line that waited is not run";
+}
+
+TEST_F(CliPlay, AnInterruptWhileItWaitsForALineEndsIt) {
+    RunningProgram program("play --quiet --hash 4", folder.path);
+    ASSERT_TRUE(program.type("fen"));
+    ASSERT_TRUE(program.read_until("W:W"));
+    program.interrupt();
+    EXPECT_FALSE(program.read_until("anything")) << "it ends though its input does not";
+    EXPECT_EQ(program.finish().status, 1);
 }
 
 }  // namespace

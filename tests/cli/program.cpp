@@ -4,9 +4,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <thread>
+#include <vector>
 
 ProgramResult run_program(const std::string& arguments, const std::string& input,
                           const std::filesystem::path& folder, const std::string& program) {
@@ -54,4 +58,45 @@ std::string read_text(const std::filesystem::path& path) {
     std::ostringstream text;
     text << std::ifstream(path, std::ios::binary).rdbuf();
     return text.str();
+}
+
+RunningProgram::RunningProgram(const std::string& arguments, const std::filesystem::path& folder) {
+    // The shell becomes the program, so that the interrupt reaches it.
+    const std::vector<std::string> shell = {"sh", "-c",
+                                            "cd '" + folder.string() + "' && exec '" + PROGRAM + "' 2>'" +
+                                                (files.path / "err").string() + "' " + arguments};
+    start_child(child, "/bin/sh", shell);
+}
+
+bool RunningProgram::type(const std::string& line) { return write_line(child, line) == 0; }
+
+bool RunningProgram::read_until(const std::string& text) {
+    std::string line;
+    do {
+        if (read_line(child, line) != 0) return false;
+        output += line + '\n';
+    } while (line.find(text) == std::string::npos);
+    return true;
+}
+
+void RunningProgram::interrupt() const { kill(child.pid, SIGINT); }
+
+ProgramResult RunningProgram::finish() {
+    ProgramResult result;
+    close(child.input);
+    child.input = -1;
+    for (std::string line; read_line(child, line) == 0;) output += line + '\n';
+    result.status = wait_for_child(child);
+    result.output = output;
+    result.errors = read_text(files.path / "err");
+    return result;
+}
+
+bool wait_for_text(const std::filesystem::path& path, const std::string& text) {
+    const auto start = std::chrono::steady_clock::now();
+    while (read_text(path).find(text) == std::string::npos) {
+        if (std::chrono::steady_clock::now() - start > std::chrono::minutes(1)) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
 }

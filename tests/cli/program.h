@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <string>
 
+#include "base/child_process.h"
+
 struct ProgramResult {
     int status = -1;     // exit status; -1 if it did not exit by itself
     std::string output;  // standard output
@@ -35,3 +37,28 @@ struct TemporaryFolder {
 };
 
 std::string read_text(const std::filesystem::path& path);
+
+// The program while somebody sits before it: lines are typed when others have been read, and the interrupt
+// key is pressed when the program is known to be at work.
+struct RunningProgram {
+    TemporaryFolder files;
+    ChildProcess child;
+    std::string output;  // read so far
+
+    // As `run_program` starts it.
+    RunningProgram(const std::string& arguments, const std::filesystem::path& folder);
+
+    // Types a line. False if the program no longer reads.
+    bool type(const std::string& line);
+
+    // Reads on until a new line of the output has the text. False at the end of the output.
+    bool read_until(const std::string& text);
+
+    void interrupt() const;
+
+    // Ends the input, reads the rest and waits for the end.
+    ProgramResult finish();
+};
+
+// Waits until the file has the text. False after a minute.
+bool wait_for_text(const std::filesystem::path& path, const std::string& text);
