@@ -12,10 +12,11 @@ set(CPACK_PACKAGE_DESCRIPTION
 squares: flying kings, captures forwards and backwards, and the rule that the
 most pieces must be taken.
 .
-It plays at any pace, with a clock if wanted, sets up positions, reads and writes
-games as PDN and positions as FEN, and annotates a game or a whole file of games
-move by move. Its windows speak English, Dutch, French, Italian, Portuguese and
-Russian. The same engine is there as a program for the terminal, tessarin-cli.")
+It plays at any pace, with a clock if wanted, sets up positions, reads and
+writes games as PDN and positions as FEN, and annotates a game or a whole file
+of games move by move. Its windows speak English, Dutch, French, Italian,
+Portuguese and Russian. The same engine is there as a program for the terminal,
+tessarin-cli.")
 set(CPACK_RESOURCE_FILE_LICENSE ${CMAKE_SOURCE_DIR}/LICENSE)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
