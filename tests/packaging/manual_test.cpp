@@ -30,10 +30,11 @@ constexpr std::array<ManualLanguage, LANGUAGES> MANUAL_LANGUAGES{{{"en", "Englis
                                                                   {"pt", "Portugese"},
                                                                   {"ru", "Russian"}}};
 
-const std::vector<std::string> PAGES_OF_ALL{"index", "start", "play", "analysis", "files", "databases"};
-const std::vector<std::string> MORE_ENGLISH_PAGES{
-    "undo", "time",    "pondering", "modes", "setup",           "windows", "languages",
-    "book", "network", "console",   "rules", "troubleshooting", "notation"};
+const std::vector<std::string> PAGES_OF_ALL{"index", "start",     "play", "analysis",
+                                            "files", "databases", "rules"};
+const std::vector<std::string> MORE_ENGLISH_PAGES{"undo",    "time",    "pondering",       "modes",
+                                                  "setup",   "windows", "languages",       "book",
+                                                  "network", "console", "troubleshooting", "notation"};
 
 std::vector<fs::path> files_with(const fs::path& folder, const std::string& extension) {
     std::vector<fs::path> found;
