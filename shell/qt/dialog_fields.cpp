@@ -112,7 +112,7 @@ double read_number(std::string_view text) {
     text = text.substr(0, number_length(text));
     constexpr double LARGEST = std::numeric_limits<double>::max();
     // Qt reads it with a decimal point whatever the user's country, and what is too large as infinite.
-    const double number = QByteArray(text.data(), static_cast<qsizetype>(text.size())).toDouble();
+    const double number = QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size())).toDouble();
     return std::clamp(number, -LARGEST, LARGEST);
 }
 
