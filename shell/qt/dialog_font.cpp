@@ -2,6 +2,7 @@
 // whole sizes, bold and italic.
 #include <ui_dialog_font.h>
 
+#include <QApplication>
 #include <QFontDatabase>
 #include <QFontInfo>
 #include <cmath>
@@ -24,8 +25,11 @@ double size_in_range() {
 
 int shown_size() { return static_cast<int>(std::lround(size_in_range())); }
 
-// The family that stands in for that of the settings where the system does not have it.
-QString stored_family() { return QFontInfo(QFont(shown_text(setting_text(settings.font_name)))).family(); }
+// The family of the settings, or the one that stands in for it where the system does not have it.
+QString stored_family() {
+    const QString name = shown_text(setting_text(settings.font_name));
+    return QFontDatabase::hasFamily(name) ? name : QFontInfo(QApplication::font()).family();
+}
 
 void show_font(const forms::Ui::Font& form) {
     for (const QString& family : QFontDatabase::families())
