@@ -1,9 +1,6 @@
 # The icon for the desktop's menus: the drawing itself and, where it can be rendered, pictures for desktops that
 # want them.
 set(icon ${CMAKE_SOURCE_DIR}/data/art/tessarin.svg)
-if(NOT EXISTS ${icon})
-  return()
-endif()
 install(FILES ${icon} DESTINATION share/icons/hicolor/scalable/apps)
 
 find_program(RSVG_CONVERT rsvg-convert)
