@@ -4,7 +4,6 @@
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QStyleHints>
-#include <QThread>
 #include <algorithm>
 
 #include "control/game_flow.h"
@@ -53,18 +52,6 @@ void Board::redraw() {
         update();
 }
 
-void Board::pause(int milliseconds) {
-    QElapsedTimer time;
-    time.start();
-    while (is_sliding() && time.elapsed() < milliseconds) {
-        repaint();
-        QThread::msleep(SLIDE_FRAME_MS);
-    }
-    if (!slide.running) repaint();
-    const qint64 rest = milliseconds - time.elapsed();
-    if (rest > 0) QThread::msleep(static_cast<unsigned long>(rest));
-}
-
 void Board::show_slides(bool on) {
     slides = on;
     if (!on) slide.running = false;
@@ -72,7 +59,9 @@ void Board::show_slides(bool on) {
 
 bool Board::is_sliding() const { return slide.running && slide_time.elapsed() < slide_duration(slide.move); }
 
-int Board::square_size() const { return std::max(1, std::min(width(), height()) / BOARD_ROWS); }
+int Board::square_size() const {
+    return std::clamp(std::min(width(), height()) / BOARD_ROWS, 1, MAX_SQUARE_SIZE);
+}
 
 QSize Board::sizeHint() const {
     const int extent = usable_square_size(settings.square_size) * BOARD_ROWS;

@@ -32,14 +32,11 @@ class Board : public QWidget {
     // Draws the board as `game` is now, before the call returns where the board is visible.
     void redraw();
 
-    // Returns after that time, in which a move goes on sliding and nothing else happens: for the pauses of
-    // game control.
-    void pause(int milliseconds);
-
+    // Off: a move is shown as it ended, at once.
     void show_slides(bool on);
     bool is_sliding() const;
 
-    // Pixels of a square: the largest that the widget has room for.
+    // Pixels of a square: the largest that may be and that the widget has room for.
     int square_size() const;
 
     QSize sizeHint() const override;

@@ -22,7 +22,6 @@ BoardWindow::BoardWindow(QWidget* parent) : QMdiSubWindow(parent), held(new Boar
     // A bar to move it by, and no button on it.
     setWindowFlags(Qt::SubWindow | Qt::CustomizeWindowHint | Qt::WindowTitleHint);
     setWidget(held);
-    setFocusProxy(held);
     settle_timer.setSingleShot(true);
     settle_timer.setInterval(SETTLE_MS);
     connect(&settle_timer, &QTimer::timeout, this, &BoardWindow::settle);
@@ -30,6 +29,8 @@ BoardWindow::BoardWindow(QWidget* parent) : QMdiSubWindow(parent), held(new Boar
 }
 
 Board& BoardWindow::board() { return *held; }
+
+bool BoardWindow::is_settled() const { return !settle_timer.isActive(); }
 
 QSize BoardWindow::frame_extents() const {
     const QMargins margins = contentsMargins();

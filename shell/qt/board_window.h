@@ -17,6 +17,8 @@ class BoardWindow : public QMdiSubWindow {
     Board& board();
     // Takes over `settings.square_size`.
     void follow_square_size();
+    // No change of the size is still to be brought to whole squares.
+    bool is_settled() const;
 
   protected:
     void closeEvent(QCloseEvent* event) override;

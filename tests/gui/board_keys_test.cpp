@@ -1,0 +1,172 @@
+// Moves by the keyboard alone.
+#include "tests/gui/board_fixture.h"
+
+namespace {
+
+using Marks = std::vector<int32_t>;
+
+class BoardKeys : public BoardWidgetTest {
+  protected:
+    void SetUp() override {
+        BoardWidgetTest::SetUp();
+        board->setFocus();
+    }
+    void type(const char* text) const { QTest::keyClicks(board.get(), QString::fromLatin1(text)); }
+    void key(Qt::Key which, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const {
+        QTest::keyClick(board.get(), which, modifiers);
+    }
+};
+
+TEST_F(BoardKeys, TypedSquaresPlayAMove) {
+    type("32 28");
+    EXPECT_EQ(screen.status, "32 28");
+    EXPECT_EQ(game.history_count, 1);
+    key(Qt::Key_Return);
+    EXPECT_EQ(game.history_count, 2);
+    EXPECT_TRUE(game.board.white & mask_of_square[27]);
+    type("19-23");
+    EXPECT_EQ(screen.status, "19-23");
+    key(Qt::Key_Enter);
+    EXPECT_EQ(game.history_count, 3);
+    type("28x19");
+    key(Qt::Key_Return);
+    EXPECT_EQ(game.history_count, 4);
+    EXPECT_EQ(screen.status, "");
+}
+
+TEST_F(BoardKeys, OneSquareIsAClick) {
+    type("32");
+    key(Qt::Key_Return);
+    EXPECT_EQ(marks_now(), Marks{32});
+    type("28");
+    key(Qt::Key_Return);
+    EXPECT_EQ(game.history_count, 2);
+    type("0005");
+    key(Qt::Key_Return);
+    EXPECT_EQ(marks_now(), Marks{});
+}
+
+TEST_F(BoardKeys, SquaresBehindTheMoveAreNotClicked) {
+    set_position("W:W36,47:B1");
+    // 36 alone is a move; 6 would then be black's.
+    type("36 31 6");
+    key(Qt::Key_Return);
+    EXPECT_EQ(game.history_count, 2);
+    EXPECT_EQ(fen_now(), "B:W31,47:B1");
+    EXPECT_EQ(marks_now(), Marks{});
+}
+
+TEST_F(BoardKeys, WhatIsNoSquareIsNotClicked) {
+    type("99 0 123456789012345678901234567890 51");
+    key(Qt::Key_Return);
+    EXPECT_EQ(game.history_count, 1);
+    EXPECT_EQ(marks_now(), Marks{});
+    EXPECT_EQ(screen.status, "");
+    for (int i = 0; i < 300; ++i) type("1");
+    EXPECT_LT(screen.status.size(), 100u);
+    key(Qt::Key_Return);
+    EXPECT_EQ(game.history_count, 1);
+}
+
+TEST_F(BoardKeys, TypingCanBeCorrected) {
+    type("33");
+    key(Qt::Key_Backspace);
+    EXPECT_EQ(screen.status, "3");
+    type("2");
+    key(Qt::Key_Return);
+    EXPECT_EQ(marks_now(), Marks{32});
+}
+
+TEST_F(BoardKeys, EscapeForgetsTypingAndMarks) {
+    type("32");
+    key(Qt::Key_Return);
+    type("2");
+    key(Qt::Key_Escape);
+    EXPECT_EQ(screen.status, "");
+    EXPECT_EQ(marks_now(), Marks{});
+    type("8");
+    key(Qt::Key_Return);
+    EXPECT_EQ(game.history_count, 1) << "not 28";
+}
+
+TEST_F(BoardKeys, LettersAndSeparatorsAloneAreLeftToOthers) {
+    QWidget* const widget = board.get();
+    for (const char c : {'a', '-', 'x', ' ', '+'}) {
+        QKeyEvent event(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, QString(QLatin1Char(c)));
+        QApplication::sendEvent(widget, &event);
+        EXPECT_FALSE(event.isAccepted()) << c;
+    }
+    for (const Qt::Key which : {Qt::Key_Left, Qt::Key_Right, Qt::Key_Home, Qt::Key_End, Qt::Key_Return}) {
+        QKeyEvent event(QEvent::KeyPress, which, Qt::NoModifier);
+        QApplication::sendEvent(widget, &event);
+        EXPECT_FALSE(event.isAccepted()) << which;
+    }
+}
+
+TEST_F(BoardKeys, CursorClicksSquares) {
+    const QImage before = drawn_square(28);
+    key(Qt::Key_Space);
+    EXPECT_EQ(marks_now(), Marks{}) << "there is no cursor yet";
+    key(Qt::Key_Down);
+    EXPECT_NE(drawn_square(28), before) << "the cursor comes to 28";
+    key(Qt::Key_Down);
+    EXPECT_EQ(drawn_square(28), before);
+    key(Qt::Key_Space);
+    EXPECT_EQ(marks_now(), Marks{33});
+    key(Qt::Key_Right, Qt::ControlModifier);
+    key(Qt::Key_Space);
+    EXPECT_EQ(marks_now(), Marks{34});
+    key(Qt::Key_Up, Qt::ControlModifier);
+    key(Qt::Key_Space);
+    EXPECT_EQ(game.history_count, 2);
+    EXPECT_TRUE(game.board.white & mask_of_square[28]) << "34-29";
+    click(20);
+    board->redraw();
+    EXPECT_EQ(drawn_square(28), before) << "the mouse puts the cursor away";
+}
+
+TEST_F(BoardKeys, CursorStaysOnTheBoardAndFollowsItsTurn) {
+    for (const int inverted : {0, 1}) {
+        settings.board_inverted = inverted;
+        board->redraw();
+        set_position("W:W50:BK1");
+        for (int i = 0; i < 12; ++i) key(Qt::Key_Up);
+        for (int i = 0; i < 12; ++i) key(Qt::Key_Left, Qt::ControlModifier);
+        for (int i = 0; i < 12; ++i) key(Qt::Key_Down);
+        for (int i = 0; i < 12; ++i) key(Qt::Key_Right, Qt::ControlModifier);
+        set_gui_mode(SETUP_MODE);
+        // The dark square of the lowest row that is farthest to the right.
+        key(Qt::Key_Space);
+        EXPECT_EQ(fen_now(), inverted ? "W:W50:B" : "W:W:BK1,K50") << inverted;
+        set_gui_mode(TWO_PLAYERS_MODE);
+        key(Qt::Key_Escape);
+    }
+}
+
+TEST_F(BoardKeys, SetupTakesBothButtons) {
+    set_position("W:W32:B1");
+    set_gui_mode(SETUP_MODE);
+    type("20 25");
+    key(Qt::Key_Return);
+    EXPECT_EQ(fen_now(), "W:W32:B1,20,25") << "every square that was typed";
+    type("20");
+    key(Qt::Key_Return, Qt::ShiftModifier);
+    EXPECT_EQ(fen_now(), "W:W20,32:B1,25");
+    key(Qt::Key_Down);
+    key(Qt::Key_Space, Qt::ShiftModifier);
+    EXPECT_EQ(fen_now(), "W:W20,28,32:B1,25");
+}
+
+TEST_F(BoardKeys, NothingIsTakenWhileTheEngineHasTheMove) {
+    game.gui_mode = NORMAL_MODE;
+    type("32");
+    search_thread.searching = 1;
+    type("28");
+    key(Qt::Key_Return);
+    key(Qt::Key_Space);
+    EXPECT_EQ(game.history_count, 1);
+    EXPECT_EQ(marks_now(), Marks{});
+    search_thread.searching = 0;
+}
+
+}  // namespace

@@ -1,0 +1,202 @@
+// How the board shows moves: the mark of the last one, and pieces that slide and fade.
+#include "control/game_flow.h"
+#include "tests/gui/board_fixture.h"
+
+namespace {
+
+class BoardMoves : public BoardWidgetTest {
+  protected:
+    // The corner of a square, where no piece reaches, is as it is without a last move.
+    bool is_tinted(int square) const {
+        const QImage drawn = drawn_square(square);
+        QImage plain(drawn.size(), QImage::Format_RGB32);
+        for (int lay = 0; lay < TILE_LAYS; ++lay) {
+            QPainter painter(&plain);
+            painter.drawPixmap(0, 0, board_tile(Tile::Bsquare, drawn.width(), 1, lay));
+            painter.end();
+            if (plain.copy(0, 0, 4, 4) == drawn.copy(0, 0, 4, 4)) return false;
+        }
+        return true;
+    }
+    std::vector<int> tinted() const {
+        std::vector<int> found;
+        for (int square = 1; square <= SQUARES; ++square)
+            if (is_tinted(square)) found.push_back(square);
+        return found;
+    }
+    void play(int from, int to) const {
+        click(from);
+        if (game.board_side == before_side) click(to);
+        before_side ^= 1;
+    }
+    mutable int before_side = WHITE;
+};
+
+using Squares = std::vector<int>;
+
+TEST_F(BoardMoves, LastMoveIsMarked) {
+    EXPECT_EQ(tinted(), Squares{});
+    play(32, 28);
+    EXPECT_EQ(tinted(), (Squares{28, 32}));
+    play(19, 23);
+    EXPECT_EQ(tinted(), (Squares{19, 23}));
+    settings.board_inverted = 1;
+    board->redraw();
+    EXPECT_EQ(tinted(), (Squares{19, 23}));
+    move_in_game_history(2);
+    EXPECT_EQ(tinted(), (Squares{28, 32})) << "a step back shows the move before";
+    move_in_game_history(1);
+    EXPECT_EQ(tinted(), Squares{});
+}
+
+TEST_F(BoardMoves, NoLastMoveIsMarkedWhereThereIsNone) {
+    play(32, 28);
+    set_gui_mode(SETUP_MODE);
+    board->redraw();
+    EXPECT_EQ(tinted(), Squares{});
+    set_gui_mode(TWO_PLAYERS_MODE);
+    board->redraw();
+    EXPECT_EQ(tinted(), Squares{}) << "a new game began with what was set up";
+    Position after = game.board;
+    after.black &= ~mask_of_square[0];
+    addto_game_history(after, BLACK, 1);
+    set_board(after, BLACK);
+    board->redraw();
+    EXPECT_EQ(tinted(), Squares{}) << "a position set up within the game";
+    set_board(START_POSITION, WHITE);
+    board->redraw();
+    EXPECT_EQ(tinted(), Squares{}) << "the board is not what the history says";
+}
+
+TEST_F(BoardMoves, FullHistoryMarksNothingWrong) {
+    play(32, 28);
+    game.history_count = game.history_last = MAX_HISTORY;
+    board->redraw();
+    EXPECT_EQ(tinted(), Squares{});
+}
+
+TEST_F(BoardMoves, CaptureMarksStartAndEnd) {
+    set_position("W:W32:B28,19,1");
+    click(32);
+    EXPECT_EQ(tinted(), (Squares{14, 32}));
+}
+
+// ---- slides ----
+
+TEST_F(BoardMoves, PieceSlidesAndArrives) {
+    board->show_slides(true);
+    set_position("W:W32:B1");
+    board->redraw();
+    EXPECT_FALSE(board->is_sliding()) << "a position of its own";
+    click(32);
+    click(28);
+    ASSERT_EQ(game.history_count, 2);
+    ASSERT_TRUE(board->is_sliding());
+    const QImage early = drawn_square(32);
+    QTest::qWait(FIRST_SLIDE_MS + FADE_MS);
+    EXPECT_FALSE(board->is_sliding());
+    const QImage late = drawn_square(32);
+    EXPECT_NE(early, late) << "the piece was still near its start";
+    board->show_slides(false);
+    board->redraw();
+    EXPECT_EQ(late, drawn_square(32));
+}
+
+TEST_F(BoardMoves, TakenPiecesFade) {
+    board->show_slides(true);
+    set_position("W:W32:B28,19,1");
+    board->redraw();
+    const QImage before = drawn_square(19);
+    click(32);
+    ASSERT_EQ(game.history_count, 2);
+    ASSERT_TRUE(board->is_sliding());
+    EXPECT_EQ(drawn_square(19), before) << "not passed yet";
+    QTest::qWait(FIRST_SLIDE_MS + FURTHER_SLIDE_MS + FADE_MS + 100);
+    EXPECT_FALSE(board->is_sliding());
+    EXPECT_NE(drawn_square(19), before);
+}
+
+TEST_F(BoardMoves, GameNeverWaitsForASlide) {
+    board->show_slides(true);
+    board->redraw();
+    click(32);
+    click(28);
+    ASSERT_TRUE(board->is_sliding());
+    click(19);
+    click(23);
+    EXPECT_EQ(game.history_count, 3);
+    EXPECT_TRUE(board->is_sliding()) << "now the second move slides";
+    const QImage arrived = drawn_square(28);
+    board->show_slides(false);
+    board->redraw();
+    EXPECT_EQ(drawn_square(28), arrived) << "and the first stands where it ended";
+}
+
+TEST_F(BoardMoves, OtherMarksDoNotDisturbASlide) {
+    board->show_slides(true);
+    board->redraw();
+    click(32);
+    click(28);
+    ASSERT_TRUE(board->is_sliding());
+    clear_highlights();
+    board->redraw();
+    EXPECT_TRUE(board->is_sliding());
+}
+
+TEST_F(BoardMoves, StepBackSlidesBack) {
+    board->show_slides(true);
+    board->redraw();
+    click(32);
+    click(28);
+    QTest::qWait(FIRST_SLIDE_MS + 50);
+    ASSERT_FALSE(board->is_sliding());
+    move_in_game_history(1);
+    EXPECT_TRUE(board->is_sliding());
+    move_in_game_history(2);
+    EXPECT_TRUE(board->is_sliding());
+}
+
+TEST_F(BoardMoves, MoreThanOneMoveDoesNotSlide) {
+    board->show_slides(true);
+    board->redraw();
+    click(32);
+    click(28);
+    click(19);
+    click(23);
+    move_in_game_history(1);
+    EXPECT_FALSE(board->is_sliding()) << "two moves back";
+    move_in_game_history(3);
+    EXPECT_FALSE(board->is_sliding()) << "two moves forward";
+    set_gui_mode(SETUP_MODE);
+    Position after = game.board;
+    set_board(after, WHITE);
+    board->redraw();
+    game.board.white = (game.board.white & ~mask_of_square[32]) | mask_of_square[28];
+    board->redraw();
+    EXPECT_FALSE(board->is_sliding()) << "what is set up does not slide";
+}
+
+TEST_F(BoardMoves, SlidesCanBeSwitchedOff) {
+    click(32);
+    click(28);
+    EXPECT_FALSE(board->is_sliding());
+    board->show_slides(true);
+    click(19);
+    click(23);
+    ASSERT_TRUE(board->is_sliding());
+    board->show_slides(false);
+    EXPECT_FALSE(board->is_sliding());
+}
+
+TEST_F(BoardMoves, DraggedPieceDoesNotSlideAgain) {
+    board->show_slides(true);
+    board->redraw();
+    drag(32, 28);
+    ASSERT_EQ(game.history_count, 2);
+    const QImage target = drawn_square(28);
+    board->show_slides(false);
+    board->redraw();
+    EXPECT_EQ(drawn_square(28), target);
+}
+
+}  // namespace
