@@ -1,0 +1,21 @@
+// The desktop program.
+#include <QApplication>
+#include <cstdlib>
+
+#include "shell/qt/desktop.h"
+#include "shell/qt/display.h"
+#include "shell/startup.h"
+
+int main(int argc, char** argv) {
+    end_without_display();
+    // Takes its own options off the command line.
+    QApplication application(argc, argv);
+    display_found();
+    QApplication::setApplicationName(QStringLiteral("tessarin"));
+    QApplication::setDesktopFileName(QStringLiteral("tessarin"));
+    open_desktop(wants_server_mode(argc, argv));
+    int status = start_desktop_engine();
+    if (status == 0) status = QApplication::exec();
+    if (!close_desktop()) std::_Exit(status);
+    return status;
+}

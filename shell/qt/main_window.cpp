@@ -1,0 +1,221 @@
+#include "shell/qt/main_window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLayout>
+#include <QMenuBar>
+#include <QScreen>
+#include <QScrollBar>
+#include <QStatusBar>
+#include <QTimer>
+#include <QToolBar>
+#include <algorithm>
+
+#include "base/program_paths.h"
+#include "shell/qt/arrangement.h"
+#include "shell/qt/art.h"
+#include "shell/qt/commands.h"
+#include "shell/qt/text.h"
+#include "shell/qt/tool_bar.h"
+#include "shell/qt/window_records.h"
+
+MainWindow* main_window = nullptr;
+
+namespace {
+
+// What the desktop puts around a window, before it is known.
+constexpr QSize ASSUMED_DECORATION(12, 40);
+
+// A long line of the game, which its pane shows unbroken.
+const QString LONG_GAME_LINE = QStringLiteral("88. 48x37  48-43  ");
+
+QList<QRect> screen_rooms() {
+    QList<QRect> rooms;
+    for (const QScreen* const screen : QGuiApplication::screens()) rooms.append(screen->availableGeometry());
+    return rooms;
+}
+
+ArrangementInput arrangement_input(MainWindow& window, const QSize& room) {
+    ArrangementInput input;
+    input.room = room;
+    input.square_size = settings.square_size;
+    window.board_window().follow_square_size();
+    const int extent = settings.square_size * 10;
+    input.board_frame = window.board_window().size() - QSize(extent, extent);
+    const WindowRecord* const records = settings.child_windows;
+    input.column_width =
+        std::max(records[GAME_WINDOW].width, window.pane(GAME_WINDOW).width_for_text(LONG_GAME_LINE));
+    constexpr std::array<int, CHILD_WINDOWS> LINES = {2, 0, 2, 4, 6};
+    for (size_t i = 0; i < CHILD_WINDOWS; ++i) {
+        const ChildWindow which = static_cast<ChildWindow>(i);
+        input.heights[i] = std::max(records[i].height, window.pane(which).height_for_lines(LINES[i]));
+        input.visible[i] = records[i].visible != 0;
+    }
+    return input;
+}
+
+}  // namespace
+
+MainWindow::MainWindow()
+    : mdi_area(new QMdiArea), buttons(new QToolBar), line(new StatusLine), board_child(new BoardWindow) {
+    main_window = this;
+    setObjectName(QStringLiteral("main_window"));
+    setWindowTitle(shown_text(program_paths.window_title));
+    setWindowIcon(program_icon());
+    setContextMenuPolicy(Qt::PreventContextMenu);
+    build_menu(*this, main_menu, run_command, binding);
+    build_tool_bar(*buttons, binding, run_command);
+    addToolBar(Qt::TopToolBarArea, buttons);
+    statusBar()->addWidget(line, 1);
+    mdi_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    mdi_area->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    mdi_area->setFrameShape(QFrame::NoFrame);
+    setCentralWidget(mdi_area);
+    mdi_area->addSubWindow(board_child);
+    for (size_t i = 0; i < CHILD_WINDOWS; ++i) {
+        panes[i] = new PaneWindow(static_cast<ChildWindow>(i));
+        mdi_area->addSubWindow(panes[i]);
+        panes[i]->hide();
+        connect(panes[i], &PaneWindow::closed, this,
+                [this](int which) { show_pane(static_cast<ChildWindow>(which), false); });
+    }
+}
+
+MainWindow::~MainWindow() { main_window = nullptr; }
+
+void MainWindow::follow_language() {
+    show_menu_texts(main_menu, binding);
+    for (PaneWindow* const child : panes) child->follow_language();
+    menuBar()->update();
+}
+
+void MainWindow::show_menu(const MenuState& state) {
+    menu_now = state;
+    show_menu();
+}
+
+void MainWindow::show_menu() { show_menu_state(menu_now, binding); }
+
+void MainWindow::follow_pane_settings() {
+    for (PaneWindow* const child : panes) child->follow_settings();
+}
+
+// What menu, toolbar and status line take of the frame.
+QSize MainWindow::chrome() {
+    if (isVisible()) return size() - mdi_area->size();
+    ensurePolished();
+    return {0,
+            menuBar()->sizeHint().height() + buttons->sizeHint().height() + statusBar()->sizeHint().height()};
+}
+
+// The room for the frame on its screen, without what the desktop puts around it.
+QRect MainWindow::screen_room() {
+    const QScreen* const on = screen();
+    if (!on) return {0, 0, settings.main_window.width, settings.main_window.height};
+    const QSize around = isVisible() && frameSize() != size() ? frameSize() - size() : ASSUMED_DECORATION;
+    const QRect room = on->availableGeometry();
+    return {room.topLeft(), (room.size() - around).expandedTo(QSize(1, 1))};
+}
+
+void MainWindow::set_inside(const QSize& inside) {
+    if (isMaximized() || isFullScreen()) showNormal();
+    resize((inside + chrome()).boundedTo(screen_room().size()));
+    layout()->activate();
+}
+
+QPoint MainWindow::scroll_offset() const {
+    return {mdi_area->horizontalScrollBar()->value(), mdi_area->verticalScrollBar()->value()};
+}
+
+void MainWindow::show_panes_of_settings() {
+    for (size_t i = 0; i < CHILD_WINDOWS; ++i) panes[i]->setVisible(settings.child_windows[i].visible != 0);
+    board_child->show();
+    board_child->raise();
+    mdi_area->setActiveSubWindow(board_child);
+    board_child->board().setFocus();
+}
+
+void MainWindow::place_windows() {
+    const WindowRecord& record = settings.main_window;
+    const QRect frame = place_in_view(place_of_record(record), screen_rooms());
+    resize(frame.size().boundedTo(screen_room().size()));
+    if (!has_default_place(record)) move(frame.topLeft());
+    layout()->activate();
+    const QList<QRect> inside{QRect(QPoint(0, 0), mdi_area->size())};
+    board_child->follow_square_size();
+    board_child->move(WINDOW_GAP, WINDOW_GAP);
+    for (size_t i = 0; i < CHILD_WINDOWS; ++i)
+        panes[i]->setGeometry(place_in_view(place_of_record(settings.child_windows[i]), inside));
+    show_panes_of_settings();
+}
+
+void MainWindow::arrange() {
+    const QSize room = screen_room().size() - chrome();
+    const Arrangement places = arrange_windows(arrangement_input(*this, room));
+    settings.square_size = places.square_size;
+    board_child->follow_square_size();
+    set_inside(places.area);
+    mdi_area->horizontalScrollBar()->setValue(0);
+    mdi_area->verticalScrollBar()->setValue(0);
+    board_child->move(places.board.topLeft());
+    for (size_t i = 0; i < CHILD_WINDOWS; ++i) panes[i]->setGeometry(places.panes[i]);
+    show_panes_of_settings();
+    if (isVisible()) keep_frame_on_screen();
+}
+
+void MainWindow::read_windows(Settings& record) {
+    store_place(record.main_window, QRect(pos(), size()));
+    const QPoint offset = scroll_offset();
+    for (size_t i = 0; i < CHILD_WINDOWS; ++i)
+        store_place(record.child_windows[i], panes[i]->geometry().translated(offset));
+}
+
+// A pane may have its place below or beside what the frame shows: the frame then grows as far as the screen
+// allows, and what is still outside moves in.
+void MainWindow::bring_into_view(PaneWindow& child) {
+    const QRect wanted = child.geometry();
+    const QSize needed(wanted.right() + 1 + WINDOW_GAP, wanted.bottom() + 1 + WINDOW_GAP);
+    if (!isMaximized() && !isFullScreen()) {
+        set_inside(needed.expandedTo(mdi_area->size()));
+        keep_frame_on_screen();
+    }
+    const QRect inside(QPoint(0, 0), mdi_area->size());
+    if (inside.contains(wanted)) return;
+    QRect moved(wanted.topLeft(), wanted.size().boundedTo(inside.size()));
+    moved.moveTo(std::clamp(moved.x(), 0, inside.width() - moved.width()),
+                 std::clamp(moved.y(), 0, inside.height() - moved.height()));
+    child.setGeometry(moved);
+}
+
+void MainWindow::show_pane(ChildWindow which, bool visible) {
+    settings.child_windows[which].visible = visible;
+    PaneWindow& child = *panes[which];
+    child.setVisible(visible);
+    if (visible) {
+        bring_into_view(child);
+        mdi_area->setActiveSubWindow(&child);
+        child.raise();
+    } else {
+        mdi_area->setActiveSubWindow(board_child);
+        board_child->board().setFocus();
+    }
+    show_menu();
+}
+
+// Once its decoration is known the frame may turn out too large or too far out.
+void MainWindow::keep_frame_on_screen() {
+    const QRect outside = frameGeometry();
+    const QRect fitted = place_in_view(outside, screen_rooms());
+    if (fitted.size() != outside.size()) resize(size() - (outside.size() - fitted.size()));
+    if (fitted.topLeft() != outside.topLeft()) move(fitted.topLeft());
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    if (!event->spontaneous()) QTimer::singleShot(0, this, &MainWindow::keep_frame_on_screen);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    before_close();
+    event->accept();
+}

@@ -1,0 +1,107 @@
+#include "shell/qt/menu_bar.h"
+
+#include <QKeySequence>
+#include <QMenuBar>
+#include <array>
+
+#include "control/game_commands.h"
+#include "shell/qt/menu_state.h"
+#include "shell/qt/text.h"
+
+namespace {
+
+struct Accelerator {
+    int32_t id;
+    QKeyCombination key;
+};
+constexpr std::array<Accelerator, 8> ACCELERATORS{{
+    {COMMAND_BACK, Qt::Key_Left},
+    {COMMAND_BACK_TO_START, Qt::Key_Home},
+    {COMMAND_FORWARD, Qt::Key_Right},
+    {COMMAND_FORWARD_TO_END, Qt::Key_End},
+    {COMMAND_COPY_GAME, Qt::CTRL | Qt::Key_C},
+    {COMMAND_COPY_POSITION, Qt::ALT | Qt::Key_C},
+    {COMMAND_PASTE, Qt::CTRL | Qt::Key_V},
+    {COMMAND_INVERT_BOARD, Qt::CTRL | Qt::Key_I},
+}};
+
+struct Builder {
+    QMainWindow& window;
+    void (*run)(int32_t id);
+    MenuBinding& binding;
+
+    void add_command(QMenu& menu, const MenuItem& item) const {
+        QAction* const action = menu.addAction(shown_text(item.text));
+        action->setMenuRole(QAction::NoRole);
+        action->setCheckable(command_has_tick(item.id));
+        for (const Accelerator& accelerator : ACCELERATORS)
+            if (accelerator.id == item.id) action->setShortcut(accelerator.key);
+        QObject::connect(action, &QAction::triggered, &window, [id = item.id, to = run] { to(id); });
+        binding.commands[item.id] = action;
+    }
+
+    void add_items(QMenu& menu, const std::vector<MenuItem>& items) const {
+        for (const MenuItem& item : items) {
+            if (item.id == MENU_SEPARATOR)
+                menu.addSeparator();
+            else if (item.id == MENU_POPUP)
+                add_popup(*menu.addMenu(shown_text(item.text)), item);
+            else
+                add_command(menu, item);
+        }
+    }
+
+    void add_popup(QMenu& menu, const MenuItem& item) const {
+        binding.popups.push_back(&menu);
+        add_items(menu, item.items);
+    }
+};
+
+void show_item_texts(const std::vector<MenuItem>& items, MenuBinding& binding, size_t& popup) {
+    for (const MenuItem& item : items) {
+        if (item.id == MENU_POPUP) {
+            if (popup >= binding.popups.size()) return;
+            binding.popups[popup++]->setTitle(shown_text(item.text));
+            show_item_texts(item.items, binding, popup);
+        } else if (QAction* const action = command_action(binding, item.id)) {
+            action->setText(shown_text(item.text));
+            action->setToolTip(plain_command_text(action->text()));
+        }
+    }
+}
+
+}  // namespace
+
+void build_menu(QMainWindow& window, const std::vector<MenuItem>& menu, void (*run)(int32_t id),
+                MenuBinding& binding) {
+    binding = MenuBinding{};
+    const Builder builder{window, run, binding};
+    for (const MenuItem& item : menu)
+        if (item.id == MENU_POPUP) builder.add_popup(*window.menuBar()->addMenu(shown_text(item.text)), item);
+    show_menu_texts(menu, binding);
+}
+
+void show_menu_texts(const std::vector<MenuItem>& menu, MenuBinding& binding) {
+    size_t popup = 0;
+    show_item_texts(menu, binding, popup);
+}
+
+void show_menu_state(const MenuState& state, MenuBinding& binding) {
+    for (const auto& [id, action] : binding.commands) {
+        action->setEnabled(command_is_enabled(id, state));
+        if (action->isCheckable()) action->setChecked(command_is_ticked(id, state));
+    }
+}
+
+QAction* command_action(const MenuBinding& binding, int32_t id) {
+    const auto found = binding.commands.find(id);
+    return found == binding.commands.end() ? nullptr : found->second;
+}
+
+QString plain_command_text(const QString& text) {
+    QString plain = text.section(QLatin1Char('\t'), 0, 0);
+    for (qsizetype at = plain.indexOf(QLatin1Char('&')); at >= 0;
+         at = plain.indexOf(QLatin1Char('&'), at + 1))
+        plain.remove(at, 1);
+    return plain;
+}

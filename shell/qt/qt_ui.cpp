@@ -1,0 +1,153 @@
+#include "shell/qt/qt_ui.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QMessageBox>
+#include <QMimeData>
+#include <cstdio>
+
+#include "base/paths.h"
+#include "shell/qt/dialogs.h"
+#include "shell/qt/file_choice.h"
+#include "shell/qt/interface_thread.h"
+#include "shell/qt/main_window.h"
+#include "shell/qt/sound.h"
+#include "shell/qt/text.h"
+#include "shell/qt/tool_bar.h"
+
+namespace {
+
+// A box belongs to the dialog that is open, if one is.
+QWidget* box_parent() {
+    QWidget* const dialog = QApplication::activeModalWidget();
+    return dialog ? dialog : main_window;
+}
+
+QMessageBox::Icon box_icon(MessageIcon icon) {
+    switch (icon) {
+        case ICON_INFO:
+            return QMessageBox::Information;
+        case ICON_WARNING:
+            return QMessageBox::Warning;
+        case ICON_ERROR:
+            return QMessageBox::Critical;
+        default:
+            return QMessageBox::NoIcon;
+    }
+}
+
+void redraw_board() {
+    if (main_window) main_window->board_window().board().redraw();
+}
+
+void set_side_button(int side) {
+    if (main_window) show_side_picture(main_window->tool_bar(), side);
+}
+
+void set_status_text(const char* text) {
+    if (main_window) main_window->status_line().set_text(shown_text(text));
+}
+
+void set_title(const char* title) {
+    if (main_window) main_window->setWindowTitle(shown_text(title));
+}
+
+void show_menu(const MenuState& state) {
+    if (main_window) main_window->show_menu(state);
+}
+
+void set_pane_text(ChildWindow pane, const char* text) {
+    if (main_window) main_window->pane(pane).set_text(text);
+}
+
+void set_game_text(const char* text, int begin, int end) {
+    if (main_window) main_window->pane(GAME_WINDOW).set_game_text(text, begin, end);
+}
+
+void append_dxp_text(const char* text, bool received) {
+    if (main_window) main_window->pane(DXP_WINDOW).append_text(text, received);
+}
+
+void trim_dxp_text(size_t limit, size_t kept) {
+    if (main_window) main_window->pane(DXP_WINDOW).trim_text(limit, kept);
+}
+
+void message_box(const char* text, const char* title, MessageIcon icon) {
+    QMessageBox box(box_icon(icon), shown_text(title), shown_text(text), QMessageBox::Ok, box_parent());
+    box.setTextFormat(Qt::PlainText);
+    box.setTextInteractionFlags(Qt::TextSelectableByMouse);
+    box.exec();
+}
+
+bool ask(const char* text, const char* title) {
+    QMessageBox box(QMessageBox::Question, shown_text(title), shown_text(text),
+                    QMessageBox::Ok | QMessageBox::Cancel, box_parent());
+    box.setTextFormat(Qt::PlainText);
+    return box.exec() == QMessageBox::Ok;
+}
+
+bool choose_load_file(const char* title, std::string& path) {
+    return choose_file_to_load(box_parent(), title, path);
+}
+
+bool choose_save_file(const char* title, std::string& path) {
+    return choose_file_to_save(box_parent(), title, path);
+}
+
+int choose_game(const char* text, const PdnOffsets& offsets, int count, int selected) {
+    return select_game_dialog(box_parent(), text, offsets, count, selected);
+}
+
+bool edit_headers(GameHeaders& headers) { return game_information_dialog(box_parent(), headers); }
+
+bool read_clipboard(char* buffer, size_t size) {
+    const QMimeData* const data = QGuiApplication::clipboard()->mimeData();
+    if (!data || !data->hasText()) return false;
+    std::snprintf(buffer, size, "%s", data->text().toUtf8().constData());
+    return true;
+}
+
+bool write_clipboard(const char* text) {
+    const QString wanted = shown_text(text);
+    QGuiApplication::clipboard()->setText(wanted);
+    return QGuiApplication::clipboard()->text() == wanted;
+}
+
+void open_file(const char* path) {
+    const std::string file = absolute_path(path);
+    if (!open_document(file)) message_box(("Cannot open " + file).c_str(), DEFAULT_BOX_TITLE, ICON_WARNING);
+}
+
+void show_posted_picture(int32_t picture) {
+    if (main_window) show_search_picture(main_window->tool_bar(), static_cast<SearchPicture>(picture));
+    tick_if_search_ended();
+}
+
+}  // namespace
+
+Ui make_qt_ui() {
+    return {
+        .redraw_board = redraw_board,
+        .set_side_button = set_side_button,
+        .set_status_text = set_status_text,
+        .set_title = set_title,
+        .update_menu = show_menu,
+        .set_pane_text = set_pane_text,
+        .set_game_text = set_game_text,
+        .append_dxp_text = append_dxp_text,
+        .trim_dxp_text = trim_dxp_text,
+        .message_box = message_box,
+        .ask = ask,
+        .choose_load_file = choose_load_file,
+        .choose_save_file = choose_save_file,
+        .choose_game = choose_game,
+        .edit_headers = edit_headers,
+        .read_clipboard = read_clipboard,
+        .write_clipboard = write_clipboard,
+        .open_file = open_file,
+        .play_sound = play_sound_file,
+        .pause = pause_interface,
+        .post_search_picture = [](SearchPicture picture) { post_work(show_posted_picture, picture); },
+        .post = post_work,
+    };
+}

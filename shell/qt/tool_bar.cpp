@@ -1,0 +1,83 @@
+#include "shell/qt/tool_bar.h"
+
+#include <QVariant>
+#include <array>
+
+#include "control/game_commands.h"
+#include "core/board.h"
+#include "shell/qt/art.h"
+
+namespace {
+
+constexpr int PICTURE_SIZE = 24;
+
+struct Button {
+    int32_t id;
+    int picture;
+};
+constexpr int WHITE_TO_MOVE_PICTURE = 6;
+constexpr int BLACK_TO_MOVE_PICTURE = 5;
+constexpr std::array<Button, 5> MENU_BUTTONS{{
+    {COMMAND_BACK_TO_START, 1},
+    {COMMAND_BACK, 2},
+    {COMMAND_FORWARD, 3},
+    {COMMAND_FORWARD_TO_END, 4},
+    {COMMAND_CHANGE_SIDE, WHITE_TO_MOVE_PICTURE},
+}};
+
+// The pictures are asked for only when they change: a tick may set the one that is there.
+void show_picture(QToolBar& bar, int32_t id, int picture) {
+    QAction* const action = tool_bar_action(bar, id);
+    if (!action || action->property("picture").toInt() == picture) return;
+    action->setProperty("picture", picture);
+    action->setIcon(toolbar_picture(picture));
+    // The menu shows text alone.
+    action->setIconVisibleInMenu(false);
+}
+
+void add_button(QToolBar& bar, QAction* action, int32_t id, int picture) {
+    action->setData(id);
+    bar.addAction(action);
+    show_picture(bar, id, picture);
+}
+
+}  // namespace
+
+void build_tool_bar(QToolBar& bar, const MenuBinding& menu, void (*run)(int32_t id)) {
+    bar.setObjectName(QStringLiteral("toolbar"));
+    bar.setMovable(false);
+    bar.setIconSize(QSize(PICTURE_SIZE, PICTURE_SIZE));
+    bar.setToolButtonStyle(Qt::ToolButtonIconOnly);
+    bar.setContextMenuPolicy(Qt::PreventContextMenu);
+    bar.toggleViewAction()->setVisible(false);
+    for (const Button& button : MENU_BUTTONS)
+        if (QAction* const action = command_action(menu, button.id))
+            add_button(bar, action, button.id, button.picture);
+    bar.addSeparator();
+    QAction* const search = new QAction(&bar);
+    QObject::connect(search, &QAction::triggered, &bar, [run] { run(COMMAND_SEARCH_BUTTON); });
+    add_button(bar, search, COMMAND_SEARCH_BUTTON, PICTURE_GO);
+    show_search_picture(bar, PICTURE_GO);
+}
+
+void show_search_picture(QToolBar& bar, SearchPicture picture) {
+    QAction* const action = tool_bar_action(bar, COMMAND_SEARCH_BUTTON);
+    if (!action) return;
+    const QString text =
+        picture == PICTURE_STOP ? QStringLiteral("Stop searching") : QStringLiteral("Start searching");
+    if (action->text() != text) {
+        action->setText(text);
+        action->setToolTip(text);
+    }
+    show_picture(bar, COMMAND_SEARCH_BUTTON, picture);
+}
+
+void show_side_picture(QToolBar& bar, int side) {
+    show_picture(bar, COMMAND_CHANGE_SIDE, side == WHITE ? WHITE_TO_MOVE_PICTURE : BLACK_TO_MOVE_PICTURE);
+}
+
+QAction* tool_bar_action(const QToolBar& bar, int32_t id) {
+    for (QAction* const action : bar.actions())
+        if (!action->isSeparator() && action->data().toInt() == id) return action;
+    return nullptr;
+}

@@ -1,0 +1,22 @@
+// The places of windows between the settings, the screens and the frame. Records come from a file and can
+// hold anything; what is shown is always in reach of the user. Needs no window.
+#pragma once
+
+#include <QList>
+#include <QRect>
+
+#include "control/settings.h"
+
+// A record's place and size with numbers that a window can have. DEFAULT_PLACE becomes 0.
+QRect place_of_record(const WindowRecord& record);
+
+// The system chooses where the window goes.
+bool has_default_place(const WindowRecord& record);
+
+// The record's place and size become the rectangle's; whether it is visible stays.
+void store_place(WindowRecord& record, const QRect& place);
+
+// The nearest place for a window on one of the areas, which are screens without their panels, or the frame's
+// inside: it fits, and enough of its upper edge is in view to take hold of it. A window that is well placed
+// stays as it is. With no area the rectangle itself.
+QRect place_in_view(const QRect& place, const QList<QRect>& areas);
