@@ -40,12 +40,12 @@ TEST_F(GameTime, ShowsTheSettings) {
     settings2.increment_seconds = 0.5;
     const std::pair<double, const char*> minutes[] = {{7, "7"},    {7.04, "7"}, {7.5, "7.5"},
                                                       {6.97, "7"}, {90, "90"},  {0.25, "0.2"}};
-    for (const auto& [value, text] : minutes) {
-        settings.clock_minutes = value;
+    for (const auto& row : minutes) {
+        settings.clock_minutes = row.first;
         use([&](QDialog& dialog) {
             EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Game Time"));
             EXPECT_EQ(edit_text(dialog, MOVES), "75");
-            EXPECT_EQ(edit_text(dialog, MINUTES), text);
+            EXPECT_EQ(edit_text(dialog, MINUTES), row.second);
             EXPECT_EQ(edit_text(dialog, OPERATOR), "2");
             EXPECT_EQ(edit_text(dialog, INITIAL), "12.3");
             EXPECT_EQ(edit_text(dialog, INCREMENT), "0.500");
@@ -165,14 +165,14 @@ TEST_F(GameTime, TheErrorIsInTheLanguage) {
 TEST_F(GameTime, TheTestIsAtATwentiethOfASecond) {
     // 1200 moves in one minute are 0.05 seconds each.
     const std::pair<const char*, bool> rows[] = {{"1200", true}, {"1201", false}, {"1199", true}};
-    for (const auto& [moves, stored] : rows) {
+    for (const auto& row : rows) {
         shown_boxes.clear();
         use([&](QDialog& dialog) {
-            type(dialog, MOVES, moves);
+            type(dialog, MOVES, row.first);
             type(dialog, MINUTES, "1");
             click(dialog, OK_ID);
         });
-        EXPECT_EQ(shown_boxes.empty(), stored) << moves;
+        EXPECT_EQ(shown_boxes.empty(), row.second) << row.first;
     }
 }
 

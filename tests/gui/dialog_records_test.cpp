@@ -119,7 +119,9 @@ TEST_F(GameInformation, TheResultsHaveTheirCodes) {
                                                     {RESULT_BLACK_WINS, "Black win"},
                                                     {RESULT_DRAW, "Draw"},
                                                     {RESULT_UNKNOWN, "Unknown"}};
-    for (const auto& [code, text] : rows) {
+    for (const auto& row : rows) {
+        const int32_t code = row.first;
+        const char* const text = row.second;
         GameHeaders headers = some_headers();
         headers.result = code;
         EXPECT_TRUE(edit_headers(headers, [&](QDialog& dialog) {

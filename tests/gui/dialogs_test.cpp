@@ -309,8 +309,9 @@ TEST_F(FontDialog, OkWithoutAChangeKeepsTheFont) {
 TEST_F(FontDialog, SizesStayInTheirRange) {
     const std::pair<float, int> rows[] = {{1.0f, 2},  {18.5f, 18}, {400.0f, 18},
                                           {-5.0f, 2}, {NAN, 2},    {INFINITY, 18}};
-    for (const auto& [stored, shown] : rows) {
-        settings.font_size = stored;
+    for (const auto& row : rows) {
+        const int shown = row.second;
+        settings.font_size = row.first;
         use_dialog([] { font_dialog(nullptr); },
                    [&](QDialog& dialog) {
                        auto& size = control<QSpinBox>(dialog, 1071);
@@ -319,7 +320,7 @@ TEST_F(FontDialog, SizesStayInTheirRange) {
                        EXPECT_EQ(size.maximum(), 18);
                        click(dialog, OK_ID);
                    });
-        EXPECT_EQ(settings.font_size, static_cast<float>(shown)) << stored;
+        EXPECT_EQ(settings.font_size, static_cast<float>(shown)) << row.first;
     }
     use_dialog([] { font_dialog(nullptr); },
                [](QDialog& dialog) {
