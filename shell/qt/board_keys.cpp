@@ -85,13 +85,16 @@ void Board::click_typed(bool right) {
     typed.clear();
     show_typed();
     const bool sets_up = game.gui_mode == SETUP_MODE;
-    const int32_t plies = game.history_count;
     const Position before = game.board;
+    bool first = true;
     for (size_t at = 0; at < text.size();) {
         const int square = next_square(text, at);
-        if (square) click(square, right);
-        const bool moved = game.history_count != plies || !same_pieces(before, game.board);
-        if (moved && !sets_up) return;
+        if (!square) continue;
+        // What was typed is one move; a square that does not belong to it must not begin another.
+        if (!sets_up && !first && !click_fits(square)) return drop_clicks();
+        click(square, right);
+        if (!sets_up && !same_pieces(before, game.board)) return;
+        first = false;
     }
 }
 

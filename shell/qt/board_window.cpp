@@ -60,6 +60,17 @@ void BoardWindow::settle() {
 
 void BoardWindow::closeEvent(QCloseEvent* event) { event->ignore(); }
 
+void BoardWindow::changeEvent(QEvent* event) {
+    QMdiSubWindow::changeEvent(event);
+    // The area maximizes the window that follows on a maximized one.
+    const bool changed = event->type() == QEvent::WindowStateChange;
+    if (changed && (isMaximized() || isMinimized()))
+        QTimer::singleShot(0, this, [this] {
+            showNormal();
+            follow_square_size();
+        });
+}
+
 void BoardWindow::mousePressEvent(QMouseEvent* event) {
     border_held = true;
     QMdiSubWindow::mousePressEvent(event);

@@ -61,6 +61,11 @@ class BoardWidgetTest : public BoardGameTest {
     void press(QPoint at) const { send(QEvent::MouseButtonPress, at, Qt::LeftButton, Qt::LeftButton); }
     void move_mouse(QPoint at) const { send(QEvent::MouseMove, at, Qt::NoButton, Qt::LeftButton); }
     void release(QPoint at) const { send(QEvent::MouseButtonRelease, at, Qt::LeftButton, Qt::NoButton); }
+    void double_click(int square) const {
+        click(square);
+        send(QEvent::MouseButtonDblClick, middle(square), Qt::LeftButton, Qt::LeftButton);
+        release(square);
+    }
     void press(int square) const { press(middle(square)); }
     void move_mouse(int square) const { move_mouse(middle(square)); }
     void release(int square) const { release(middle(square)); }

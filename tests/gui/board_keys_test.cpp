@@ -56,6 +56,14 @@ TEST_F(BoardKeys, SquaresBehindTheMoveAreNotClicked) {
     EXPECT_EQ(marks_now(), Marks{});
 }
 
+TEST_F(BoardKeys, SquareThatDoesNotFollowEndsTheMove) {
+    set_position("W:W32,35:B1");
+    type("32-30");
+    key(Qt::Key_Return);
+    EXPECT_EQ(game.history_count, 1) << "35-30 is not what was typed";
+    EXPECT_EQ(marks_now(), Marks{});
+}
+
 TEST_F(BoardKeys, WhatIsNoSquareIsNotClicked) {
     type("99 0 123456789012345678901234567890 51");
     key(Qt::Key_Return);

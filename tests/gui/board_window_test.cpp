@@ -76,6 +76,14 @@ TEST_F(BoardFrame, CannotBeClosed) {
     EXPECT_EQ(area->subWindowList().size(), 1);
 }
 
+TEST_F(BoardFrame, StaysAsItIsWhenTheAreaMaximizes) {
+    window->showMaximized();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !window->isMaximized(); }, 20000));
+    settle();
+    EXPECT_EQ(board().width(), 10 * settings.square_size);
+    EXPECT_EQ(board().height(), 10 * settings.square_size);
+}
+
 TEST_F(BoardFrame, SettlesOnWholeSquares) {
     const QSize around = frame();
     window->resize(QSize(463, 463) + around);
