@@ -102,6 +102,14 @@ TEST_F(SelectGame, TheGivenGameIsSelectedAndInView) {
                   selected);
 }
 
+TEST_F(SelectGame, TheGivenGameStandsInTheMiddle) {
+    select(make_games(3000), 1500, [](QDialog& dialog, QListView& list) {
+        const QRect line = list.visualRect(list.model()->index(1500, 0));
+        EXPECT_NEAR(line.center().y(), list.viewport()->height() / 2, 2 * line.height());
+        click(dialog, CANCEL_ID);
+    });
+}
+
 TEST_F(SelectGame, ADoubleClickIsOk) {
     const Games games = make_games(20);
     EXPECT_EQ(select(games, 0, [](QDialog&, QListView& list) { click_row(list, 4, true); }), 4);
@@ -158,10 +166,10 @@ TEST_F(SelectGame, NothingCanBeChosenFromNothing) {
 
 TEST_F(SelectGame, TheWidestLineCanBeScrolledToItsEnd) {
     Games games = make_games(50);
-    games.text += "[Event \"" + std::string(190, 'W') + "\"] 1. 32-28 *\n";
+    games.text += "[Event \"" + std::string(190, 'W') + "\"] 1. 32-28 *\n" + "[Event \"i\"] 1. 32-28 *\n";
     ASSERT_EQ(pdn_index_games(games.text.c_str(), games.offsets), 0);
     games.count = pdn_game_count(games.offsets);
-    ASSERT_EQ(games.count, 51);
+    ASSERT_EQ(games.count, 52);
     select(games, 0, [](QDialog& dialog, QListView& list) {
         const QString line = list.model()->index(50, 0).data().toString();
         const int needed = list.fontMetrics().horizontalAdvance(line);
