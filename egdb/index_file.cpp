@@ -1,0 +1,284 @@
+#include "egdb/index_file.h"
+
+#include <cstdarg>
+#include <new>
+#include <string_view>
+
+#include "base/files.h"
+#include "egdb/catalogues.h"
+
+namespace {
+
+constexpr size_t GROWTH = 20000;  // entries by which the arrays of a Subslice grow
+
+// Reads as the library's formatted reader does: what matched is taken, whatever follows.
+struct FormattedText {
+    std::string_view rest;
+
+    bool at_end() const { return rest.empty(); }
+
+    void skip_space() {
+        while (!rest.empty() && (rest[0] == ' ' || (rest[0] >= '\t' && rest[0] <= '\r')))
+            rest.remove_prefix(1);
+    }
+
+    // Takes the character if it is next.
+    bool take(char c) {
+        if (rest.empty() || rest[0] != c) return false;
+        rest.remove_prefix(1);
+        return true;
+    }
+
+    bool take(std::string_view text) {
+        for (const char c : text)
+            if (!take(c)) return false;
+        return true;
+    }
+
+    // A number behind white space. What doesn't fit stands for the largest number, which is out of any range.
+    bool take_number(int32_t& number) {
+        skip_space();
+        size_t i = !rest.empty() && (rest[0] == '-' || rest[0] == '+') ? 1 : 0;
+        const bool negative = i == 1 && rest[0] == '-';
+        const size_t digits = i;
+        int64_t value = 0;
+        for (; i < rest.size() && rest[i] >= '0' && rest[i] <= '9'; ++i)
+            value = value > INT32_MAX ? value : value * 10 + (rest[i] - '0');
+        if (i == digits) return false;
+        rest.remove_prefix(i);
+        value = negative ? -value : value;
+        number = value > INT32_MAX || value < INT32_MIN ? INT32_MAX : static_cast<int32_t>(value);
+        return true;
+    }
+
+    // Numbers with a character between each two. Returns how many were there.
+    template <size_t N>
+    int take_numbers(std::array<int32_t, N>& numbers, std::string_view between) {
+        for (size_t i = 0; i < N; ++i) {
+            if (i > 0 && !take(between[i - 1])) return static_cast<int>(i);
+            if (!take_number(numbers[i])) return static_cast<int>(i);
+        }
+        return N;
+    }
+};
+
+struct IndexReader {
+    EgdbDatabase& database;
+    DbFile& file;
+    const char* path;
+    int64_t& memory_counter;
+    FormattedText text;
+    Subslice* last = nullptr;  // the last one stored in blocks
+    int64_t blocks = 0;        // entries read
+
+    // Logs the text with the path behind it.
+    int fail(const char* what) const {
+        egdb_log(database, "%s %s\n", what, path);
+        return 1;
+    }
+};
+
+enum { NEXT_ENTRY, END_OF_INDEX, FAILED };
+
+// "BASE" and what it tells about. Makes the Slice's records at its first Subslice.
+int read_base(IndexReader& reader, Subslice*& subslice) {
+    FormattedText& text = reader.text;
+    text.skip_space();
+    if (text.at_end()) return END_OF_INDEX;
+    std::array<int32_t, 5> n{};
+    if (!text.take("BASE") || text.take_numbers(n, ",,,,") != 5 || !text.take(',') || text.at_end()) {
+        reader.fail("Error parsing");
+        return FAILED;
+    }
+    const int side = text.take('b') ? BLACK : WHITE;
+    if (side == WHITE) text.rest.remove_prefix(1);
+    text.take(':');
+    const Material m{n[0], n[1], n[2], n[3]};
+    const bool in_range = n[0] >= 0 && n[0] <= 5 && n[1] >= 0 && n[1] <= 5 && n[2] >= 0 && n[2] <= 5 &&
+                          n[3] >= 0 && n[3] <= 5 && black_count(m) <= EGDB_MAX_SIDE &&
+                          white_count(m) <= EGDB_MAX_SIDE;
+    if (!in_range || n[4] < 0 || n[4] >= subslice_count(m)) {
+        reader.fail("Error parsing");
+        return FAILED;
+    }
+    SubdbSlot& slot = (*reader.database.cprsubdatabase)[static_cast<size_t>(egdb_slot(m, side))];
+    if (!slot.subslices) {
+        slot.count = subslice_count(m);
+        slot.subslices.reset(new (std::nothrow) Subslice[static_cast<size_t>(slot.count)]);
+        if (!slot.subslices) {
+            egdb_log(reader.database, "Cannot allocate subslice subdb\n");
+            return FAILED;
+        }
+        reader.memory_counter += static_cast<int64_t>(sizeof(Subslice)) * slot.count;
+    }
+    subslice = &slot.subslices[static_cast<size_t>(n[4])];
+    if (subslice->file) {  // told about twice: the chain of Subslices would loop
+        reader.fail("Error parsing");
+        return FAILED;
+    }
+    subslice->positions =
+        static_cast<uint32_t>(std::min(slice_size(m) - n[4] * SUBSLICE_POSITIONS, SUBSLICE_POSITIONS));
+    return NEXT_ENTRY;
+}
+
+template <typename Entry>
+bool push_entry(IndexReader& reader, std::vector<Entry>& entries, Entry entry, const char* failure) {
+    if (entries.size() == entries.capacity()) {
+        try {
+            entries.reserve(entries.size() + GROWTH);
+        } catch (const std::bad_alloc&) {
+            egdb_log(reader.database, "%s", failure);
+            return false;
+        }
+    }
+    entries.push_back(entry);
+    return true;
+}
+
+bool push_block(IndexReader& reader, Subslice& subslice, uint32_t index, int32_t catalogue, int32_t vmap) {
+    ++reader.blocks;
+    ++subslice.num_idx_blocks;
+    return push_entry(reader, subslice.indices, index, "std::malloc error for indices array!\n") &&
+           push_entry(reader, subslice.catalogidx, static_cast<uint8_t>(catalogue),
+                      "std::malloc error for catalogidx array!\n") &&
+           push_entry(reader, subslice.vmap, static_cast<uint8_t>(vmap),
+                      "std::malloc error for vmap array!\n");
+}
+
+bool is_block_code(int32_t catalogue, int32_t vmap) {
+    return catalogue >= 0 && catalogue < CATALOGUES && vmap >= 0 && vmap <= 255;
+}
+
+// Where the Subslice before this one ends.
+void end_previous(Subslice& previous, uint32_t startbyte) {
+    const uint32_t subblock = startbyte / SUBBLOCK_BYTES;
+    previous.last_subidx = static_cast<uint8_t>(startbyte % SUBBLOCK_BYTES ? subblock
+                                                : subblock                 ? subblock - 1
+                                                                           : SUBBLOCKS - 1);
+    if (previous.num_idx_blocks == 1 && previous.first_subidx == previous.last_subidx)
+        previous.same_subidx = 1;
+}
+
+// A Subslice begins behind the one before it, in its last block or at the start of the block behind.
+bool follows(const Subslice& previous, int32_t block, int32_t startbyte) {
+    const int64_t last_block = int64_t{previous.first_idx_block} + previous.num_idx_blocks - 1;
+    if (block == last_block)
+        return previous.num_idx_blocks > 1 ? startbyte > 0 : startbyte > previous.startbyte;
+    return block == last_block + 1 && startbyte == 0;
+}
+
+// The first block of a Subslice, then a line for each of the others.
+int read_blocks(IndexReader& reader, Subslice& subslice) {
+    FormattedText& text = reader.text;
+    std::array<int32_t, 4> first{};
+    if (text.take_numbers(first, "/,,") != 4) {
+        // The rest of a short line is passed over if there is any.
+        if (text.at_end()) return reader.fail("Bad line in");
+        text.rest.remove_prefix(1);
+    }
+    const auto [block, startbyte, catalogue, vmap] = first;
+    const bool in_file = block >= 0 && startbyte >= 0 && startbyte < WLD_BLOCK_BYTES &&
+                         block * WLD_BLOCK_BYTES + startbyte < reader.file.data_bytes;
+    if (!in_file || !is_block_code(catalogue, vmap)) return reader.fail("Bad line in");
+    if (reader.last ? !follows(*reader.last, block, startbyte) : block != 0 || startbyte != 0)
+        return reader.fail("Bad line in");
+    subslice.singlevalue = NO_SINGLE_VALUE;
+    subslice.first_idx_block = static_cast<uint32_t>(block);
+    subslice.startbyte = static_cast<uint16_t>(startbyte);
+    subslice.first_subidx = static_cast<uint8_t>(startbyte / SUBBLOCK_BYTES);
+    subslice.file = &reader.file;
+    subslice.prev = reader.last;
+    if (reader.last) {
+        reader.last->next = &subslice;
+        end_previous(*reader.last, static_cast<uint32_t>(startbyte));
+    }
+    reader.last = &subslice;
+    if (!push_block(reader, subslice, 0, catalogue, vmap)) return 1;
+    for (;;) {
+        text.skip_space();
+        std::array<int32_t, 3> line{};
+        if (text.take_numbers(line, ",,") != 3) break;
+        const bool rises = line[0] > 0 && static_cast<uint32_t>(line[0]) > subslice.indices.back() &&
+                           static_cast<uint32_t>(line[0]) < subslice.positions;
+        const bool block_in_file =
+            (int64_t{subslice.first_idx_block} + subslice.num_idx_blocks) * WLD_BLOCK_BYTES <
+            reader.file.data_bytes;
+        if (!rises || !block_in_file || !is_block_code(line[1], line[2])) return reader.fail("Bad line in");
+        if (!push_block(reader, subslice, static_cast<uint32_t>(line[0]), line[1], line[2])) return 1;
+    }
+    reader.memory_counter += static_cast<int64_t>(subslice.indices.capacity() * sizeof(uint32_t) +
+                                                  subslice.catalogidx.capacity() + subslice.vmap.capacity());
+    return 0;
+}
+
+int read_subslice(IndexReader& reader, Subslice& subslice) {
+    FormattedText& text = reader.text;
+    const char c = text.at_end() ? '\0' : text.rest[0];
+    if (c >= '0' && c <= '9') return read_blocks(reader, subslice);
+    static constexpr std::string_view VALUES = ".+-=";
+    const size_t value = c ? VALUES.find(c) : std::string_view::npos;
+    if (value == std::string_view::npos) return reader.fail("Bad singlevalue line in");
+    text.rest.remove_prefix(1);
+    subslice.singlevalue = static_cast<uint8_t>(value);
+    subslice.file = &reader.file;
+    return 0;
+}
+
+void end_index(IndexReader& reader) {
+    if (Subslice* const last = reader.last) {
+        last->last_subidx = static_cast<uint8_t>((reader.file.data_bytes - 1) / SUBBLOCK_BYTES % SUBBLOCKS);
+        const int32_t blocks = static_cast<int32_t>(last->first_idx_block + last->num_idx_blocks);
+        if (blocks != reader.file.num_cache_blocks)
+            egdb_log(reader.database, "count of index blocks dont match: %d %d\n", blocks,
+                     reader.file.num_cache_blocks);
+    }
+    egdb_log(reader.database, "%10d index blocks: %s\n", static_cast<int>(reader.blocks), reader.path);
+}
+
+}  // namespace
+
+void egdb_log(const EgdbDatabase& database, const char* format, ...) {
+    if (!database.log) return;
+    char line[1024];
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(line, sizeof line, format, arguments);
+    va_end(arguments);
+    database.log(line);
+}
+
+int read_index_text(EgdbDatabase& database, DbFile& file, const char* text, size_t length, const char* path,
+                    int64_t& memory_counter) {
+    IndexReader reader{database, file, path, memory_counter, {{text, length}}};
+    for (;;) {
+        Subslice* subslice = nullptr;
+        const int status = read_base(reader, subslice);
+        if (status == FAILED) return 1;
+        if (status == END_OF_INDEX) break;
+        if (read_subslice(reader, *subslice) != 0) return 1;
+    }
+    end_index(reader);
+    return 0;
+}
+
+int read_index_file(EgdbDatabase& database, DbFile& file, int64_t& memory_counter) {
+    const std::string base = database.folder + file.name.data();
+    const std::string data_path = base + ".cpr1", index_path = base + ".idx1";
+    if (!can_read_file(data_path)) {
+        if (file.pieces < 6) {
+            egdb_log(database, "Cannot open %s\n", data_path.c_str());
+            return 1;
+        }
+        egdb_log(database, "%s not present\n", data_path.c_str());
+        return 0;
+    }
+    file.data_bytes = file_size(data_path);
+    file.num_cache_blocks = static_cast<int32_t>((file.data_bytes + WLD_BLOCK_BYTES - 1) / WLD_BLOCK_BYTES);
+    std::string text;
+    if (read_file(index_path, text) != 0) {
+        egdb_log(database, "cannot open index file %s\n", index_path.c_str());
+        return 1;
+    }
+    file.is_present = 1;
+    return read_index_text(database, file, text.data(), text.size(), index_path.c_str(), memory_counter);
+}

@@ -1,0 +1,67 @@
+// Any bytes as a part of a block. The first two are the catalogue and the byte that the part begins at, the
+// next four the position that it begins with and how many it is said to hold. Where the check accepts it,
+// decoding from the numbered sub-blocks must give for each position what the rows give one after the other.
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "check.h"
+#include "egdb/block_codes.h"
+#include "egdb/catalogues.h"
+
+namespace {
+
+void check_decoding(const BlockPart& part, const uint8_t* bytes) {
+    std::array<uint32_t, SUBBLOCKS> subindices{};
+    number_subblocks(part, bytes, subindices);
+    const CatalogueTable& table = catalogue(part.catalogue);
+    int64_t position = part.first_position;
+    for (int32_t o = part.first_byte; o < part.end_byte; ++o) {
+        const int32_t subblock = o / SUBBLOCKS;
+        // Before the first boundary decoding starts with the part itself.
+        const bool at_start = part.first_byte > subblock * SUBBLOCKS;
+        const int64_t start = at_start ? part.first_position : subindices[static_cast<size_t>(subblock)];
+        FUZZ_CHECK(start <= position);
+        const int32_t total = table.totals[bytes[o]];
+        for (const int32_t place : {0, total / 2, total - 1}) {
+            int32_t offset = at_start ? part.first_byte - subblock * SUBBLOCKS : 0;
+            const int symbol = decode_symbol(bytes + subblock * SUBBLOCKS, part.catalogue, start,
+                                             static_cast<uint32_t>(position + place), offset);
+            FUZZ_CHECK(symbol == catalogue_symbol(table, bytes[o], place));
+            FUZZ_CHECK(offset == o % SUBBLOCKS + 1);
+        }
+        position += total;
+    }
+    // Behind the end of a full sub-block there is nothing.
+    if (part.end_byte % SUBBLOCKS != 0 || part.end_byte - part.first_byte < SUBBLOCKS) return;
+    const int32_t last = part.end_byte / SUBBLOCKS - 1;
+    int32_t offset = 0;
+    FUZZ_CHECK(decode_symbol(bytes + last * SUBBLOCKS, part.catalogue, subindices[static_cast<size_t>(last)],
+                             static_cast<uint32_t>(position), offset) == -1);
+    FUZZ_CHECK(offset == SUBBLOCKS);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size < 7) return 0;
+    std::array<uint8_t, WLD_BLOCK_BYTES> block{};
+    const size_t first = data[1];
+    const size_t count = std::min(size - 6, block.size() - first);
+    std::memcpy(block.data() + first, data + 6, count);
+    BlockPart part;
+    part.catalogue = data[0] % CATALOGUES;
+    part.first_byte = static_cast<int32_t>(first);
+    part.end_byte = static_cast<int32_t>(first + count);
+    part.first_position = static_cast<uint32_t>(data[2]) * 1000;
+    int64_t sum = 0;
+    for (size_t i = first; i < first + count; ++i) sum += catalogue(part.catalogue).totals[block[i]];
+    const int64_t change = data[3] % 3 - 1;
+    part.end_position = part.first_position + sum + change;
+    part.is_last = data[4] % 2 == 1;
+    const int64_t last_total = catalogue(part.catalogue).totals[block[first + count - 1]];
+    const bool sound = change == 0 || (change == -1 && part.is_last && last_total > 1);
+    FUZZ_CHECK(is_part_sound(part, block.data()) == sound);
+    check_decoding(part, block.data());
+    return 0;
+}

@@ -1,0 +1,199 @@
+#include "tools/egdb_build.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <thread>
+
+#include "base/files.h"
+#include "egdb/block_cache.h"
+#include "egdb/index_file.h"
+#include "egdb/position_walk.h"
+#include "egdb/wld_lookup.h"
+#include "tests/base/scratch_folder.h"
+#include "tests/tools/egdb_fixture.h"
+#include "tools/egdb_planes.h"
+#include "tools/egdb_whole.h"
+
+namespace {
+
+std::atomic<bool> never = false;
+std::string logged;
+void keep_log(const char* line) { logged += line; }
+
+EgdbBuildStatus build(const std::string& folder, int pieces, int threads = 1,
+                      const std::atomic<bool>& stop = never) {
+    EgdbBuildProgress progress;
+    EgdbBuildResult result;
+    const EgdbBuildStatus status = build_database({folder, pieces, threads}, stop, progress, result);
+    if (status == EGDB_BUILT) {
+        EXPECT_EQ(progress.done, progress.all);
+    }
+    return status;
+}
+
+std::string content(const std::string& path) {
+    std::string text;
+    EXPECT_EQ(read_file(path, text), 0) << path;
+    return text;
+}
+
+// A folder with three pieces, built once.
+const std::string& three_pieces() {
+    static const ScratchFolder folder;
+    static const bool built = build(folder.path, 3) == EGDB_BUILT;
+    EXPECT_TRUE(built);
+    return folder.path;
+}
+
+// Each position that is looked up, in a database that `prepare` has opened.
+void check_all_values(EgdbDatabase& database, int pieces) {
+    const SolvedSet& set = solved_up_to(pieces);
+    for (const Material& m : solving_order(pieces)) {
+        const SolvedMaterial& solved = *find_solved(set, m);
+        for (int side = 0; side < (is_symmetric(m) ? 1 : 2); ++side) {
+            PositionWalk walk(m, 0);
+            for (int64_t i = 0; i < slice_size(m); ++i) {
+                if (!is_left_out(walk.position, m, side)) {
+                    const EgdbValue value = packed_value(solved.values[static_cast<size_t>(side)], i);
+                    ASSERT_EQ(wld_lookup(database, walk.position, side, false), value) << side << " " << i;
+                    const Position turned = mirror_position(walk.position);
+                    ASSERT_EQ(wld_lookup(database, turned, side ^ 1, false), value);
+                }
+                if (i + 1 < slice_size(m)) walk.advance();
+            }
+        }
+    }
+}
+
+// Opens the files for reading by blocks.
+std::unique_ptr<EgdbDatabase> open_by_blocks(const std::string& folder, int pieces, int32_t blocks) {
+    auto database = std::make_unique<EgdbDatabase>();
+    database->folder = folder;
+    database->log = keep_log;
+    database->cprsubdatabase = std::make_unique<Cprsubdatabase>();
+    EgdbFileList list;
+    make_file_list(EGDB_WLD, pieces, -1, list);
+    int64_t memory = 0;
+    for (int32_t i = 0; i < list.count && list.names[static_cast<size_t>(i)].pieces <= pieces; ++i) {
+        DbFile& file = database->files[static_cast<size_t>(database->file_count++)];
+        file.name = list.names[static_cast<size_t>(i)].text;
+        EXPECT_EQ(read_index_file(*database, file, memory), 0) << logged;
+        EXPECT_EQ(open_for_blocks(*database, file, memory), 0) << logged;
+    }
+    EXPECT_EQ(allocate_cache(*database, blocks), 0);
+    return database;
+}
+
+TEST(EgdbBuild, EveryPositionOfTwoAndThreePiecesIsRead) {
+    const auto database = open_whole_database(three_pieces(), 9, nullptr);
+    ASSERT_NE(database, nullptr);
+    check_all_values(*database, 2);
+    check_all_values(*database, 3);
+    EXPECT_EQ(database->statistics.lru_cache_loads, 0u);
+    EXPECT_GT(database->statistics.autoload_hits, 0u);
+    EXPECT_EQ(database->statistics.db_returns, database->statistics.db_requests);
+}
+
+TEST(EgdbBuild, EveryPositionIsReadThroughASmallCache) {
+    for (const int32_t blocks : {1, 3}) {
+        const auto database = open_by_blocks(three_pieces(), 3, blocks);
+        check_all_values(*database, 2);
+        check_all_values(*database, 3);
+        EXPECT_GT(database->statistics.lru_cache_loads, 5u);
+        EXPECT_GT(database->statistics.lru_cache_hits, 0u);
+    }
+}
+
+TEST(EgdbBuild, TheNumberOfThreadsDoesNotMatter) {
+    const ScratchFolder folder;
+    ASSERT_EQ(build(folder.path, 3, 5), EGDB_BUILT);
+    for (const char* name : {"db2.cpr1", "db2.idx1", "db3.cpr1", "db3.idx1"})
+        EXPECT_EQ(content(folder.file(name)), content(three_pieces() + name)) << name;
+}
+
+TEST(EgdbBuild, NothingElseIsLeftInTheFolder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(three_pieces()))
+        names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"db2.cpr1", "db2.idx1", "db3.cpr1", "db3.idx1"}));
+}
+
+// Each material is a file of its own until the end: a build that is stopped anywhere gives the same files.
+TEST(EgdbBuild, GoesOnWhereItWasStopped) {
+    const ScratchFolder folder;
+    for (int round = 0; round < 8; ++round) {
+        std::atomic<bool> stop = false;
+        EgdbBuildStatus status = EGDB_BUILT;
+        std::thread builder([&] { status = build(folder.path, 3, 1, stop); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(10 * round));
+        stop = true;
+        builder.join();
+        if (status == EGDB_BUILT) break;
+        EXPECT_EQ(status, EGDB_BUILD_STOPPED);
+    }
+    ASSERT_EQ(build(folder.path, 3), EGDB_BUILT);
+    for (const char* name : {"db2.cpr1", "db2.idx1", "db3.cpr1", "db3.idx1"})
+        EXPECT_EQ(content(folder.file(name)), content(three_pieces() + name)) << name;
+}
+
+// Values of fewer pieces come from the files of an earlier build.
+TEST(EgdbBuild, TakesUpAnEarlierBuild) {
+    const ScratchFolder folder;
+    ASSERT_EQ(build(folder.path, 2), EGDB_BUILT);
+    ASSERT_EQ(build(folder.path, 3), EGDB_BUILT);
+    EXPECT_EQ(content(folder.file("db3.cpr1")), content(three_pieces() + "db3.cpr1"));
+    std::filesystem::remove(folder.file("db2.idx1"));  // as if it had not been written
+    ASSERT_EQ(build(folder.path, 3), EGDB_BUILT);
+    EXPECT_EQ(content(folder.file("db2.idx1")), content(three_pieces() + "db2.idx1"));
+}
+
+TEST(EgdbBuild, ValuesComeBackFromTheFiles) {
+    const auto database = open_whole_database(three_pieces(), 3, nullptr);
+    ASSERT_NE(database, nullptr);
+    const SolvedSet& set = solved_up_to(3);
+    for (const Material& m : solving_order(3)) {
+        SolvedMaterial solved{};
+        ASSERT_EQ(values_from_database(*database, set, m, 2, solved), 0);
+        EXPECT_EQ(solved.values, find_solved(set, m)->values);
+    }
+    SolvedMaterial none{};
+    EXPECT_EQ(values_from_database(*database, set, {2, 0, 2, 0}, 1, none), 1);
+}
+
+TEST(EgdbBuild, AFolderThatCannotBeWritten) {
+    const ScratchFolder folder;
+    std::ofstream(folder.file("taken")) << "x";
+    EgdbBuildProgress progress;
+    EgdbBuildResult result;
+    EXPECT_EQ(build_database({folder.file("taken"), 2, 1}, never, progress, result), EGDB_BUILD_CANNOT_WRITE);
+    EXPECT_EQ(result.failed_file, folder.file("taken"));
+}
+
+TEST(EgdbBuild, DamageIsFoundAtTheOpening) {
+    const ScratchFolder folder;
+    for (const char* name : {"db2.cpr1", "db2.idx1", "db3.cpr1", "db3.idx1"})
+        std::filesystem::copy(three_pieces() + name, folder.file(name));
+    const std::string whole = content(folder.file("db3.cpr1"));
+    int refused = 0;
+    for (size_t at = 5; at < whole.size(); at += whole.size() / 20) {
+        std::string damaged = whole;
+        damaged[at] = static_cast<char>(damaged[at] + 77);
+        ASSERT_EQ(replace_file(folder.file("db3.cpr1"), damaged.data(), damaged.size()), 0);
+        logged.clear();
+        if (open_whole_database(folder.path, 3, keep_log)) continue;
+        ++refused;
+        EXPECT_NE(logged.find("does not agree with the index"), std::string::npos) << logged;
+    }
+    EXPECT_GT(refused, 8);  // near its end a Subslice has room for other rows
+    ASSERT_EQ(replace_file(folder.file("db3.cpr1"), whole.data(), whole.size() - 1), 0);
+    EXPECT_EQ(open_whole_database(folder.path, 3, nullptr), nullptr);
+}
+
+TEST(EgdbBuild, MemoryIsTold) {
+    EXPECT_GT(build_memory(5), build_memory(4));
+    EXPECT_LT(build_memory(5), int64_t{1} << 30);
+}
+
+}  // namespace
