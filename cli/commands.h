@@ -17,3 +17,4 @@ void add_train_command(CLI::App& program);
 void add_ballots_command(CLI::App& program);
 void add_match_command(CLI::App& program);
 void add_player_command(CLI::App& program);
+void add_egdb_command(CLI::App& program);

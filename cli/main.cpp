@@ -27,6 +27,7 @@ int run(int argc, char** argv) {
     add_ballots_command(program);
     add_match_command(program);
     add_player_command(program);
+    add_egdb_command(program);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

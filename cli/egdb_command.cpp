@@ -1,0 +1,269 @@
+#include <chrono>
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "base/files.h"
+#include "base/system_info.h"
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "egdb/catalogues.h"
+#include "egdb/wld_lookup.h"
+#include "tools/egdb_build.h"
+#include "tools/egdb_catalogue_design.h"
+#include "tools/egdb_solver.h"
+#include "tools/egdb_whole.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int CATALOGUE_TURNS = 2;
+constexpr int64_t CATALOGUE_SAMPLES = 520;  // of each number of pieces, about
+
+void log_line(const char* text) { std::fprintf(stderr, "%s", text); }
+
+// Shows how far the work is until it has ended.
+struct ProgressWatch {
+    const EgdbBuildProgress& progress;
+    std::atomic<bool> ended = false;
+    std::thread thread;
+
+    explicit ProgressWatch(const EgdbBuildProgress& watched)
+        : progress(watched), thread([this] { watch(); }) {}
+    ~ProgressWatch() {
+        ended = true;
+        thread.join();
+        show_progress("");
+    }
+
+    void watch() const {
+        const Clock::time_point start = Clock::now();
+        while (!ended) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            const auto done = static_cast<double>(progress.done), all = static_cast<double>(progress.all);
+            if (done <= 0 || all <= 0) continue;
+            const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+            char percent[16];
+            std::snprintf(percent, sizeof percent, "%.1f", 100 * done / all);
+            show_progress(std::string(percent) + " percent, time left " +
+                          duration_text(seconds * (all - done) / done));
+        }
+    }
+};
+
+void print_file(const char* name, int64_t positions, int64_t free_positions, int64_t data, int64_t index) {
+    const auto bytes = static_cast<double>(data + index);
+    std::printf(
+        "%s positions %lld left out %lld data %lld index %lld, %.4f bytes a position, %.4f one looked up\n",
+        name, static_cast<long long>(positions), static_cast<long long>(free_positions),
+        static_cast<long long>(data), static_cast<long long>(index), bytes / static_cast<double>(positions),
+        bytes / static_cast<double>(std::max<int64_t>(1, positions - free_positions)));
+}
+
+void run_build(const EgdbBuildOptions& options) {
+    catch_interrupt();
+    std::printf("memory: at most %lld MB\n", static_cast<long long>(build_memory(options.pieces) >> 20));
+    std::fflush(stdout);
+    EgdbBuildProgress progress;
+    EgdbBuildResult result;
+    EgdbBuildStatus status;
+    {
+        const ProgressWatch watch(progress);
+        status = build_database(options, interrupted, progress, result);
+    }
+    for (const EgdbBuiltFile& file : result.files)
+        print_file(file.name.c_str(), file.positions, file.free_positions, file.data_bytes, file.index_bytes);
+    switch (status) {
+        case EGDB_BUILT:
+            return;
+        case EGDB_BUILD_STOPPED:
+            return fail("stopped; the same command goes on from here");
+        case EGDB_BUILD_NO_MEMORY:
+            return fail("not enough memory");
+        case EGDB_BUILD_CANNOT_WRITE:
+            return fail("cannot write %s", result.failed_file.c_str());
+        case EGDB_BUILD_CANNOT_READ:
+            return fail("cannot read the database in %s", result.failed_file.c_str());
+    }
+}
+
+std::unique_ptr<EgdbDatabase> open_database(const std::string& folder) {
+    auto database = open_whole_database(folder, EGDB_MAX_PIECES, nullptr);
+    if (database) return database;
+    // Once more for the reason.
+    open_whole_database(folder, EGDB_MAX_PIECES, log_line);
+    fail("no database can be read in %s", folder.c_str());
+    return nullptr;
+}
+
+struct FileFigures {
+    int64_t positions = 0;
+    int64_t single = 0;
+    int64_t coded = 0;
+    int64_t blocks = 0;
+};
+
+void run_stats(const std::string& folder) {
+    const auto database = open_database(folder);
+    if (!database) return;
+    int64_t positions = 0, bytes = 0;
+    for (int32_t i = 0; i < database->file_count; ++i) {
+        const DbFile& file = database->files[static_cast<size_t>(i)];
+        FileFigures figures;
+        for (const SubdbSlot& slot : *database->cprsubdatabase) {
+            for (int32_t s = 0; slot.subslices && s < slot.count; ++s) {
+                const Subslice& subslice = slot.subslices[static_cast<size_t>(s)];
+                if (subslice.file != &file) continue;
+                figures.positions += subslice.positions;
+                figures.blocks += subslice.num_idx_blocks;
+                ++(subslice.singlevalue == NO_SINGLE_VALUE ? figures.coded : figures.single);
+            }
+        }
+        const int64_t index = file_size(database->folder + file.name.data() + ".idx1");
+        std::printf(
+            "%s positions %lld subslices %lld single values %lld blocks %lld data %lld index %lld, "
+            "%.4f bytes a position\n",
+            file.name.data(), static_cast<long long>(figures.positions),
+            static_cast<long long>(figures.coded + figures.single), static_cast<long long>(figures.single),
+            static_cast<long long>(figures.blocks), static_cast<long long>(file.data_bytes),
+            static_cast<long long>(index),
+            static_cast<double>(file.data_bytes + index) /
+                static_cast<double>(std::max<int64_t>(1, figures.positions)));
+        positions += figures.positions;
+        bytes += file.data_bytes + index;
+    }
+    std::printf("all positions %lld bytes %lld, %.4f bytes a position\n", static_cast<long long>(positions),
+                static_cast<long long>(bytes), static_cast<double>(bytes) / static_cast<double>(positions));
+}
+
+const char* value_text(EgdbValue value) {
+    switch (value) {
+        case EGDB_WIN:
+            return "win";
+        case EGDB_LOSS:
+            return "loss";
+        case EGDB_DRAW:
+            return "draw";
+        case EGDB_DRAW_OR_LOSS:
+            return "draw_or_loss";
+        case EGDB_WIN_OR_DRAW:
+            return "win_or_draw";
+        case EGDB_UNKNOWN:
+            return "unknown";
+        default:
+            return "unavailable";
+    }
+}
+
+void probe_line(EgdbDatabase& database, const std::string& fen) {
+    Position position;
+    if (!read_position(fen, position)) return;
+    if (!is_legal_setup(position)) return fail("not a legal position: %.200s", fen.c_str());
+    const char* const text = has_capture(position, position.side)
+                                 ? "capture"
+                                 : value_text(wld_lookup(database, position, position.side, false));
+    std::printf("%s %s\n", fen.c_str(), text);
+}
+
+void run_probe(const std::string& folder, const std::string& fen) {
+    catch_interrupt();
+    const auto database = open_database(folder);
+    if (!database) return;
+    if (fen != "-") return probe_line(*database, fen);
+    std::string line;
+    while (!interrupted && std::getline(std::cin, line)) {
+        const size_t end = line.find_last_not_of(" \t\r");
+        if (end == std::string::npos) continue;
+        line.resize(end + 1);
+        probe_line(*database, line);
+    }
+}
+
+// Samples of all materials of that many pieces. The number of stretches is known once they have been gone
+// through.
+void add_samples_of(const SolvedSet& set, int pieces, std::vector<DesignSample>& samples) {
+    int64_t passed = 0;
+    std::vector<DesignSample> unused;
+    for (const Material& m : solving_order(pieces))
+        add_design_samples(*find_solved(set, m), INT64_MAX, passed, unused);
+    const int64_t stride = std::max<int64_t>(2, passed / CATALOGUE_SAMPLES);
+    passed = 0;
+    for (const Material& m : solving_order(pieces))
+        add_design_samples(*find_solved(set, m), stride, passed, samples);
+}
+
+// Solves the endings and designs the catalogues for them.
+void run_catalogues(const std::string& out, int pieces, int threads) {
+    catch_interrupt();
+    SolvedSet set;
+    std::vector<DesignSample> samples;
+    const SolveControl control{threads, &interrupted, nullptr};
+    for (int n = 2; n <= pieces; ++n) {
+        show_progress("solving " + std::to_string(n) + " pieces");
+        for (const Material& m : solving_order(n))
+            if (solve_material(m, set, control) != 0) return fail("stopped, or not enough memory");
+        if (n > 2) add_samples_of(set, n, samples);
+    }
+    show_progress("designing catalogues");
+    const auto made = design_all_catalogues(samples, CATALOGUE_TURNS, threads, [](int turn, int64_t bytes) {
+        show_progress("turn " + std::to_string(turn + 1) + ": " + std::to_string(bytes) +
+                      " bytes for all samples");
+    });
+    show_progress("");
+    const std::string text = catalogue_source(made);
+    if (replace_file(out, text.data(), text.size()) != 0) fail("cannot write %s", out.c_str());
+}
+
+void add_build(CLI::App& egdb) {
+    CLI::App* const command = egdb.add_subcommand(
+        "build", "Build win/loss/draw databases; a build that was stopped is continued by the same command");
+    const auto options = std::make_shared<EgdbBuildOptions>();
+    options->threads = processor_count();
+    command->add_option("DIR", options->folder, "Folder of the database, made if it is not there")
+        ->required();
+    command->add_option("--pieces", options->pieces, "Most pieces on the board")
+        ->check(CLI::Range(2, EGDB_MOST_BUILT))
+        ->capture_default_str();
+    command->add_option("--threads", options->threads)->check(CLI::Range(1, 256))->capture_default_str();
+    command->callback([options] { run_build(*options); });
+}
+
+void add_catalogues(CLI::App& egdb) {
+    CLI::App* const command = egdb.add_subcommand(
+        "catalogues",
+        "Design the byte-code catalogues anew and write them as a source file. They are part of the file\n"
+        "format: databases must be built again after it");
+    const auto out = std::make_shared<std::string>();
+    const auto pieces = std::make_shared<int>(4);
+    const auto threads = std::make_shared<int>(processor_count());
+    command->add_option("FILE", *out)->required();
+    command->add_option("--pieces", *pieces, "Most pieces of the endings to learn from")
+        ->check(CLI::Range(3, 5))
+        ->capture_default_str();
+    command->add_option("--threads", *threads)->check(CLI::Range(1, 256))->capture_default_str();
+    command->callback([out, pieces, threads] { run_catalogues(*out, *pieces, *threads); });
+}
+
+}  // namespace
+
+void add_egdb_command(CLI::App& program) {
+    CLI::App* const egdb =
+        program.add_subcommand("egdb", "Endgame databases: build, probe and look into them");
+    egdb->require_subcommand(1);
+    add_build(*egdb);
+    const auto folder = std::make_shared<std::string>();
+    const auto fen = std::make_shared<std::string>();
+    CLI::App* const stats = egdb->add_subcommand("stats", "Print what the files of a database hold");
+    stats->add_option("DIR", *folder)->required();
+    stats->callback([folder] { run_stats(*folder); });
+    CLI::App* const probe =
+        egdb->add_subcommand("probe", "Print the value of positions for the side to move");
+    probe->add_option("DIR", *folder)->required();
+    probe->add_option("FEN", *fen, "Position, or - for one position on each line of standard input")
+        ->required();
+    probe->callback([folder, fen] { run_probe(*folder, *fen); });
+    add_catalogues(*egdb);
+}
