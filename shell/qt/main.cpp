@@ -1,5 +1,6 @@
 // The desktop program.
 #include <QApplication>
+#include <clocale>
 #include <cstdlib>
 
 #include "shell/qt/desktop.h"
@@ -11,6 +12,8 @@ int main(int argc, char** argv) {
     // Takes its own options off the command line.
     QApplication application(argc, argv);
     display_found();
+    // Numbers have a point in them whatever the country of the user.
+    std::setlocale(LC_NUMERIC, "C");
     QApplication::setApplicationName(QStringLiteral("tessarin"));
     QApplication::setDesktopFileName(QStringLiteral("tessarin"));
     open_desktop(wants_server_mode(argc, argv));

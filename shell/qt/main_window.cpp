@@ -26,8 +26,22 @@ namespace {
 // What the desktop puts around a window, before it is known.
 constexpr QSize ASSUMED_DECORATION(12, 40);
 
-// A long line of the game, which its pane shows unbroken.
-const QString LONG_GAME_LINE = QStringLiteral("88. 48x37  48-43  ");
+// What the panes beside the board show without breaking it.
+const QString LONG_LINE = QStringLiteral("Search mode: Analyze allscores");
+
+// The bars of the child windows are calmer than what is selected in a list, so that the board has the eye.
+QPalette child_palette() {
+    constexpr float SATURATION = 0.35f;
+    constexpr float BRIGHTNESS = 0.45f;
+    QPalette palette;
+    for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive}) {
+        const QColor lively = QApplication::palette().color(group, QPalette::Highlight);
+        palette.setColor(group, QPalette::Highlight,
+                         QColor::fromHsvF(std::max(lively.hsvHueF(), 0.0f),
+                                          lively.hsvSaturationF() * SATURATION, BRIGHTNESS));
+    }
+    return palette;
+}
 
 QList<QRect> screen_rooms() {
     QList<QRect> rooms;
@@ -44,7 +58,7 @@ ArrangementInput arrangement_input(MainWindow& window, const QSize& room) {
     input.board_frame = window.board_window().size() - QSize(extent, extent);
     const WindowRecord* const records = settings.child_windows;
     input.column_width =
-        std::max(records[GAME_WINDOW].width, window.pane(GAME_WINDOW).width_for_text(LONG_GAME_LINE));
+        std::max(records[GAME_WINDOW].width, window.pane(GAME_WINDOW).width_for_text(LONG_LINE));
     constexpr std::array<int, CHILD_WINDOWS> LINES = {2, 0, 2, 4, 6};
     for (size_t i = 0; i < CHILD_WINDOWS; ++i) {
         const ChildWindow which = static_cast<ChildWindow>(i);
@@ -79,12 +93,29 @@ MainWindow::MainWindow()
         connect(panes[i], &PaneWindow::closed, this,
                 [this](int which) { show_pane(static_cast<ChildWindow>(which), false); });
     }
+    follow_colours();
+}
+
+void MainWindow::follow_colours() {
+    const QPalette palette = child_palette();
+    mdi_area->setBackground(QApplication::palette().brush(QPalette::Dark));
+    board_child->setPalette(palette);
+    for (PaneWindow* const child : panes) {
+        child->setPalette(palette);
+        child->follow_settings();
+    }
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && panes.back()) follow_colours();
 }
 
 MainWindow::~MainWindow() { main_window = nullptr; }
 
 void MainWindow::follow_language() {
     show_menu_texts(main_menu, binding);
+    show_tool_bar_texts(*buttons);
     for (PaneWindow* const child : panes) child->follow_language();
     menuBar()->update();
 }

@@ -50,6 +50,7 @@ class MainWindow : public QMainWindow {
   protected:
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
   private:
     QSize chrome();
@@ -58,6 +59,7 @@ class MainWindow : public QMainWindow {
     void keep_frame_on_screen();
     QPoint scroll_offset() const;
     void show_panes_of_settings();
+    void follow_colours();
     void bring_into_view(PaneWindow& child);
 
     QMdiArea* mdi_area;

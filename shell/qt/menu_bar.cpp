@@ -65,7 +65,6 @@ void show_item_texts(const std::vector<MenuItem>& items, MenuBinding& binding, s
             show_item_texts(item.items, binding, popup);
         } else if (QAction* const action = command_action(binding, item.id)) {
             action->setText(shown_text(item.text));
-            action->setToolTip(plain_command_text(action->text()));
         }
     }
 }
@@ -96,12 +95,4 @@ void show_menu_state(const MenuState& state, MenuBinding& binding) {
 QAction* command_action(const MenuBinding& binding, int32_t id) {
     const auto found = binding.commands.find(id);
     return found == binding.commands.end() ? nullptr : found->second;
-}
-
-QString plain_command_text(const QString& text) {
-    QString plain = text.section(QLatin1Char('\t'), 0, 0);
-    for (qsizetype at = plain.indexOf(QLatin1Char('&')); at >= 0;
-         at = plain.indexOf(QLatin1Char('&'), at + 1))
-        plain.remove(at, 1);
-    return plain;
 }

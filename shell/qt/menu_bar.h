@@ -29,6 +29,3 @@ void show_menu_state(const MenuState& state, MenuBinding& binding);
 
 // Null if there is no such command.
 QAction* command_action(const MenuBinding& binding, int32_t id);
-
-// The text of a command as it is read: without the mark of its letter and without its key.
-QString plain_command_text(const QString& text);

@@ -34,6 +34,9 @@ bool is_dark(const QColor& colour) { return qGray(colour.rgb()) < 128; }
 // White with black text, or as dialogs are.
 QPalette pane_palette() {
     QPalette palette = QApplication::palette();
+    // Those of the window are its title bar's.
+    for (const QPalette::ColorRole role : {QPalette::Highlight, QPalette::HighlightedText})
+        palette.setBrush(role, palette.brush(role));
     if (settings.background_kind == 0) {
         palette.setColor(QPalette::Base, Qt::white);
         palette.setColor(QPalette::Text, Qt::black);
@@ -166,10 +169,8 @@ void PaneWindow::rebuild_protocol() {
 }
 
 void PaneWindow::follow_settings() {
-    colouring = true;
     text_edit->setFont(pane_font());
     text_edit->setPalette(pane_palette());
-    colouring = false;
     if (pane == DXP_WINDOW)
         rebuild_protocol();
     else
@@ -193,10 +194,4 @@ int PaneWindow::width_for_text(const QString& line) const {
 void PaneWindow::closeEvent(QCloseEvent* event) {
     event->ignore();
     Q_EMIT closed(pane);
-}
-
-// A change of the desktop's colours reaches the pane through its window.
-void PaneWindow::changeEvent(QEvent* event) {
-    QMdiSubWindow::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange && !colouring && text_edit) follow_settings();
 }

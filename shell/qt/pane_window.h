@@ -50,7 +50,6 @@ class PaneWindow : public QMdiSubWindow {
 
   protected:
     void closeEvent(QCloseEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
   private:
     void colour_range();
@@ -60,7 +59,6 @@ class PaneWindow : public QMdiSubWindow {
     PaneEdit* text_edit;
     PaneText shown;
     std::vector<DxpPiece> protocol;
-    bool colouring = false;  // the palette changes by our own doing
 };
 
 // The font of the panes, by the settings.

@@ -6,10 +6,14 @@
 #include "control/game_commands.h"
 #include "core/board.h"
 #include "shell/qt/art.h"
+#include "shell/qt/text.h"
 
 namespace {
 
 constexpr int PICTURE_SIZE = 24;
+
+// The other texts of the buttons have the ids of their commands.
+constexpr int TEXT_STOP_SEARCHING = 249;
 
 struct Button {
     int32_t id;
@@ -35,6 +39,14 @@ void show_picture(QToolBar& bar, int32_t id, int picture) {
     action->setIconVisibleInMenu(false);
 }
 
+// The button's own action has no text in the menu.
+void show_search_text(QAction& action) {
+    const bool stops = action.property("picture").toInt() == PICTURE_STOP;
+    const QString text = program_text(stops ? TEXT_STOP_SEARCHING : COMMAND_SEARCH_BUTTON);
+    action.setText(text);
+    action.setToolTip(text);
+}
+
 void add_button(QToolBar& bar, QAction* action, int32_t id, int picture) {
     action->setData(id);
     bar.addAction(action);
@@ -57,19 +69,21 @@ void build_tool_bar(QToolBar& bar, const MenuBinding& menu, void (*run)(int32_t 
     QAction* const search = new QAction(&bar);
     QObject::connect(search, &QAction::triggered, &bar, [run] { run(COMMAND_SEARCH_BUTTON); });
     add_button(bar, search, COMMAND_SEARCH_BUTTON, PICTURE_GO);
-    show_search_picture(bar, PICTURE_GO);
+    show_tool_bar_texts(bar);
+}
+
+void show_tool_bar_texts(QToolBar& bar) {
+    for (const Button& button : MENU_BUTTONS)
+        if (QAction* const action = tool_bar_action(bar, button.id))
+            action->setToolTip(program_text(button.id));
+    if (QAction* const search = tool_bar_action(bar, COMMAND_SEARCH_BUTTON)) show_search_text(*search);
 }
 
 void show_search_picture(QToolBar& bar, SearchPicture picture) {
     QAction* const action = tool_bar_action(bar, COMMAND_SEARCH_BUTTON);
     if (!action) return;
-    const QString text =
-        picture == PICTURE_STOP ? QStringLiteral("Stop searching") : QStringLiteral("Start searching");
-    if (action->text() != text) {
-        action->setText(text);
-        action->setToolTip(text);
-    }
     show_picture(bar, COMMAND_SEARCH_BUTTON, picture);
+    show_search_text(*action);
 }
 
 void show_side_picture(QToolBar& bar, int side) {

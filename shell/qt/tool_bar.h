@@ -11,6 +11,9 @@
 // Fills the toolbar. `run` is called with the id of a command that has no place in the menu.
 void build_tool_bar(QToolBar& bar, const MenuBinding& menu, void (*run)(int32_t id));
 
+// What the buttons do, in the current language.
+void show_tool_bar_texts(QToolBar& bar);
+
 // The button's picture and what it says it does.
 void show_search_picture(QToolBar& bar, SearchPicture picture);
 

@@ -1,0 +1,98 @@
+// The desktop program as a process of its own: how it starts, and how it ends where it cannot.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+
+#include "tests/base/scratch_folder.h"
+
+namespace {
+
+struct Result {
+    int status = -1;
+    std::string output;  // standard output and error
+};
+
+Result run(const std::string& command) {
+    Result result;
+    FILE* const pipe = popen((command + " 2>&1").c_str(), "r");
+    if (!pipe) return result;
+    char buffer[4096];
+    for (size_t bytes; (bytes = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        result.output.append(buffer, bytes);
+    const int status = pclose(pipe);
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return result;
+}
+
+class Start : public testing::Test {
+  protected:
+    void SetUp() override {
+        environment.set("HOME", home.path);
+        environment.set("XDG_DATA_HOME", home.file("data"));
+        environment.set("XDG_CONFIG_HOME", home.file("config"));
+        for (const char* const name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            environment.set(name, std::nullopt);
+    }
+    std::string log() const { return home.file("data/Quillorn/Tessarin International/Tessarin.log"); }
+
+    ScratchFolder home;
+    ScratchEnvironment environment;
+};
+
+}  // namespace
+
+TEST_F(Start, WithoutADisplayItSaysSo) {
+    const Result result = run(PROGRAM);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(
+        result.output,
+        "tessarin: there is no display to open a window on: neither DISPLAY nor WAYLAND_DISPLAY is set\n");
+    EXPECT_FALSE(std::filesystem::exists(home.file("data")));
+}
+
+TEST_F(Start, ADisplayThatIsNotThereIsNamed) {
+    environment.set("DISPLAY", ":987");
+    const Result result = run(PROGRAM);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(result.output.starts_with("tessarin: there is no display to open a window on: "));
+    EXPECT_NE(result.output.find(":987"), std::string::npos) << result.output;
+}
+
+TEST_F(Start, AnUnknownPlatformIsNamed) {
+    environment.set("QT_QPA_PLATFORM", "nosuchplatform");
+    const Result result = run(PROGRAM);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.output.find("nosuchplatform"), std::string::npos) << result.output;
+}
+
+// Ends by itself only when it is told to; the time-out stands for the user who does so.
+TEST_F(Start, RunsWithTheDataFilesBesideIt) {
+    environment.set("QT_QPA_PLATFORM", "offscreen");
+    const Result result = run("timeout 3 " PROGRAM);
+    EXPECT_EQ(result.status, 124) << result.output;
+    const std::string text = content_of(log());
+    EXPECT_NE(text.find("engine: Tessarin International(x64) 1.60b\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("search threads: 1\n"), std::string::npos);
+}
+
+TEST_F(Start, RunsWithoutAnyOtherFileButTheWeights) {
+    environment.set("QT_QPA_PLATFORM", "offscreen");
+    const std::string folder = home.file("alone/");
+    std::filesystem::create_directories(folder);
+    std::filesystem::copy_file(PROGRAM, folder + "tessarin");
+    std::filesystem::copy_file(std::filesystem::path(PROGRAM).parent_path() / "weights.bin",
+                               folder + "weights.bin");
+    const Result result = run("timeout 3 " + folder + "tessarin");
+    EXPECT_EQ(result.status, 124) << result.output;
+    EXPECT_NE(content_of(log()).find("engine: "), std::string::npos);
+}
+
+// The option of the platform that begins with the same letters is not ours.
+TEST_F(Start, OptionsOfTheToolkitAreItsOwn) {
+    const Result result = run("timeout 3 " PROGRAM " -platform offscreen -style Fusion");
+    EXPECT_EQ(result.status, 124) << result.output;
+}
