@@ -2,7 +2,15 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
+#include <memory>
 #include <string>
+
+// A file of the C library that closes itself; empty if it could not be opened.
+struct OpenFileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using OpenFile = std::unique_ptr<std::FILE, OpenFileCloser>;
 
 // Size of the file in bytes, or -1 if there is no such regular file.
 int64_t file_size(const std::string& path);

@@ -3,7 +3,8 @@
 #include <array>
 #include <cstdarg>
 #include <cstdio>
-#include <memory>
+
+#include "base/files.h"
 
 std::string log_path;
 void (*log_listener)(const char* text) = nullptr;
@@ -11,7 +12,7 @@ void (*log_listener)(const char* text) = nullptr;
 void log_text(const char* text) {
     if (log_listener) log_listener(text);
     if (log_path.empty()) return;
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(log_path.c_str(), "a"), std::fclose);
+    const OpenFile file(std::fopen(log_path.c_str(), "a"));
     if (file) std::fputs(text, file.get());
 }
 

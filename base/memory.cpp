@@ -1,9 +1,8 @@
 #include "base/memory.h"
 
 #include <sys/mman.h>
-#include <unistd.h>
 
-#include <cstdio>
+#include <cstdint>
 #include <cstring>
 
 namespace {
@@ -28,14 +27,4 @@ LargeMemory allocate_large(size_t bytes) {
     // Have the pages now: the first search would otherwise wait for each as it comes upon it.
     std::memset(start + head, 0, rounded);
     return {start + head, LargeMemoryDeleter{rounded}};
-}
-
-int64_t available_physical_memory() {
-    // MemAvailable also counts the file cache that the kernel would give back; _SC_AVPHYS_PAGES does not.
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen("/proc/meminfo", "r"), std::fclose);
-    char line[128];
-    long long kilobytes = 0;
-    while (file && std::fgets(line, sizeof line, file.get()))
-        if (std::sscanf(line, "MemAvailable: %lld kB", &kilobytes) == 1) return kilobytes * 1024;
-    return int64_t{sysconf(_SC_AVPHYS_PAGES)} * sysconf(_SC_PAGESIZE);
 }

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 
 struct LargeMemoryDeleter {
@@ -16,6 +15,3 @@ using LargeMemory = std::unique_ptr<void, LargeMemoryDeleter>;
 
 // `bytes` zero bytes, or an empty owner if the system has no memory for them.
 LargeMemory allocate_large(size_t bytes);
-
-// Physical memory, in bytes, that could be had without swapping.
-int64_t available_physical_memory();

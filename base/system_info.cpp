@@ -8,9 +8,8 @@
 #include <charconv>
 #include <cinttypes>
 #include <cstdio>
-#include <memory>
 
-#include "base/memory.h"
+#include "base/files.h"
 
 namespace {
 
@@ -19,7 +18,7 @@ constexpr int64_t ADDRESS_SPACE = int64_t{1} << 47;
 
 // The start of a file that the system makes up as it is read, so that it has no size.
 std::string read_system_file(const char* path) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path, "r"), std::fclose);
+    const OpenFile file(std::fopen(path, "r"));
     std::array<char, 8192> buffer;
     const size_t bytes = file ? std::fread(buffer.data(), 1, buffer.size(), file.get()) : 0;
     return {buffer.data(), bytes};
@@ -35,6 +34,19 @@ int64_t address_space_used() {
     int64_t pages = 0;
     if (std::sscanf(read_system_file("/proc/self/statm").c_str(), "%" SCNd64, &pages) != 1) return 0;
     return pages * sysconf(_SC_PAGESIZE);
+}
+
+std::string memory_info() { return read_system_file("/proc/meminfo"); }
+
+// The figure of that name, or so many pages where the system does not tell it.
+int64_t figure_or_pages(std::string_view info, std::string_view name, int pages) {
+    const int64_t figure = memory_info_figure(info, name);
+    return figure > 0 ? figure : std::max<int64_t>(0, int64_t{sysconf(pages)} * sysconf(_SC_PAGESIZE));
+}
+
+// The file cache, which the system would give back, counts in; among the free pages it would not.
+int64_t available_memory(std::string_view info) {
+    return figure_or_pages(info, "MemAvailable", _SC_AVPHYS_PAGES);
 }
 
 }  // namespace
@@ -55,21 +67,18 @@ int64_t memory_info_figure(std::string_view text, std::string_view name) {
 }
 
 MemoryFigures memory_figures() {
-    const std::string info = read_system_file("/proc/meminfo");
-    const auto figure = [&](std::string_view name) {
-        return std::max<int64_t>(0, memory_info_figure(info, name));
-    };
+    const std::string info = memory_info();
     MemoryFigures figures;
-    figures.total_physical = figure("MemTotal");
-    if (figures.total_physical == 0)
-        figures.total_physical = int64_t{sysconf(_SC_PHYS_PAGES)} * sysconf(_SC_PAGESIZE);
-    figures.free_physical = std::min(available_physical_memory(), figures.total_physical);
-    figures.total_page_file = figure("SwapTotal");
-    figures.free_page_file = figure("SwapFree");
+    figures.total_physical = figure_or_pages(info, "MemTotal", _SC_PHYS_PAGES);
+    figures.free_physical = std::min(available_memory(info), figures.total_physical);
+    figures.total_page_file = std::max<int64_t>(0, memory_info_figure(info, "SwapTotal"));
+    figures.free_page_file = std::max<int64_t>(0, memory_info_figure(info, "SwapFree"));
     figures.total_virtual = address_space_limit();
     figures.free_virtual = std::max<int64_t>(0, figures.total_virtual - address_space_used());
     return figures;
 }
+
+int64_t available_physical_memory() { return available_memory(memory_info()); }
 
 int percent_in_use(const MemoryFigures& figures) {
     if (figures.total_physical <= 0) return 0;

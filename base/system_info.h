@@ -18,6 +18,9 @@ struct MemoryFigures {
 };
 MemoryFigures memory_figures();
 
+// Of these the physical memory that could be had without swapping.
+int64_t available_physical_memory();
+
 // The figure behind `name` in a text of lines such as "MemTotal:   16384 kB", in bytes; -1 if it is not
 // there.
 int64_t memory_info_figure(std::string_view text, std::string_view name);

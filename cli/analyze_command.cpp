@@ -10,6 +10,7 @@
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/game_console.h"
+#include "cli/options.h"
 #include "control/analyze_games.h"
 #include "control/game.h"
 #include "control/game_commands.h"
@@ -125,11 +126,9 @@ void add_analyze_command(CLI::App& program) {
         "Analyse every game of a PDN file, with a comment behind every move on the position before it");
     const auto options = std::make_shared<AnalyzeOptions>();
     command->add_option("FILE", options->file, "PDN file")->required();
-    command->add_option("--time", options->time, "Seconds for each position")
-        ->check(CLI::Range(0.001, 1e6))
-        ->capture_default_str();
+    add_seconds_option(*command, options->time, "Seconds for each position")->capture_default_str();
     command->add_option("--output", options->output, "Write here instead of to standard output");
-    command->add_option("--threads", options->threads, "Search threads")->check(CLI::Range(1, 8));
+    add_threads_option(*command, options->threads);
     command->add_flag("--all-scores", options->all_scores, "Give every move its value");
     command->callback([options] { run_analyze(*options); });
 }

@@ -6,14 +6,13 @@
 #include "cli/bench_positions.h"
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/options.h"
 #include "search/engine_settings.h"
 #include "search/getmove.h"
 #include "search/search_state.h"
 #include "search/table.h"
 
 namespace {
-
-constexpr double UNLIMITED = 1e9;  // seconds
 
 struct BenchOptions {
     int depth = 13;
@@ -51,7 +50,7 @@ void print_total(const BenchTotal& total) {
 void run_bench(const BenchOptions& options) {
     set_search_threads(options.threads);
     if (!start_console_engine()) return;
-    set_fixed_time(UNLIMITED);
+    set_fixed_time(NO_TIME_LIMIT);
     search_state.depth_limit = options.depth;
     const bool compare = options.threads > 1;
     BenchTotal alone, total;
@@ -86,9 +85,7 @@ void add_bench_command(CLI::App& program) {
         "Search fixed positions to a fixed depth; the number of nodes is the signature of the search. "
         "With more than one thread the time to that depth is compared with that of one");
     const auto options = std::make_shared<BenchOptions>();
-    command->add_option("--depth", options->depth, "Depth of each search")
-        ->check(CLI::Range(1, MAX_DEPTH))
-        ->capture_default_str();
-    command->add_option("--threads", options->threads, "Search threads")->check(CLI::Range(1, 8));
+    add_depth_option(*command, options->depth)->capture_default_str();
+    add_threads_option(*command, options->threads);
     command->callback([options] { run_bench(*options); });
 }

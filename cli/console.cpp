@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <csignal>
-#include <cstdarg>
 #include <cstdio>
 
 #include "base/program_paths.h"
@@ -36,14 +35,18 @@ void set_exit_status(int status) {
     if (status_of_program == 0) status_of_program = status;
 }
 
-void fail(const char* format, ...) {
+void print_error(const char* format, va_list arguments) {
     show_progress("");
     std::fputs("tessarin-cli: ", stderr);
+    std::vfprintf(stderr, format, arguments);
+    std::fputc('\n', stderr);
+}
+
+void fail(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    std::vfprintf(stderr, format, arguments);
+    print_error(format, arguments);
     va_end(arguments);
-    std::fputc('\n', stderr);
     set_exit_status(EXIT_BAD_INPUT);
 }
 

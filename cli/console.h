@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdarg>
 #include <cstdint>
 #include <string>
 
@@ -17,6 +18,9 @@ void set_exit_status(int status);
 
 // Writes "tessarin-cli: ..." as one line on standard error and sets the exit status to EXIT_BAD_INPUT.
 void fail(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+// The line of `fail` without a change of the status.
+void print_error(const char* format, va_list arguments);
 
 // Comes up as every front end does: enters the program's folder, takes a number among the running copies,
 // empties the log in the data folder and starts the engine. False if it cannot run, which has been told.

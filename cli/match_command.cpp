@@ -16,6 +16,7 @@
 #include "base/paths.h"
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/options.h"
 #include "eval/weights.h"
 #include "search/search_state.h"
 #include "search/table.h"
@@ -335,8 +336,7 @@ void add_match_command(CLI::App& program) {
             },
             "Play every N-th pair only, from the I-th on, to share a match among machines")
         ->type_name("I/N");
-    command->add_option("--hash", options->hash_mb, "Megabytes of each player's transposition table")
-        ->check(CLI::Range(1, MAX_TABLE_MB))
+    add_hash_option(*command, options->hash_mb, "Megabytes of each player's transposition table")
         ->capture_default_str();
     command->add_option("--seed", options->seed, "Decides the order of the start positions")
         ->capture_default_str();

@@ -36,8 +36,7 @@ void print_line_form(PdnNode* game, const std::vector<ReplayState>& history) {
     pdn_game_headers(game, headers);
     // A set-up position takes more room than any move.
     std::vector<char> text(1000 + history.size() * 250);
-    game_to_pdn_text(text.data(), text.size(), history, headers.event.data(), headers.date.data(),
-                     headers.black.data(), headers.white.data(), result_string(headers.result), "\n");
+    game_to_pdn_text(text.data(), text.size(), history, headers, "\n");
     std::fputs(text.data(), stdout);
 }
 

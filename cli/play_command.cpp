@@ -11,6 +11,7 @@
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/game_console.h"
+#include "cli/options.h"
 #include "cli/play_commands.h"
 #include "cli/play_screen.h"
 #include "control/game.h"
@@ -18,7 +19,6 @@
 #include "control/settings.h"
 #include "control/time_control.h"
 #include "search/engine_settings.h"
-#include "search/table.h"
 
 namespace {
 
@@ -155,9 +155,7 @@ void add_play_command(CLI::App& program) {
         "Play against the engine on the terminal. Type moves such as 32-28, and help for all commands; lines "
         "may also come from a file or a pipe");
     const auto options = std::make_shared<PlayOptions>();
-    command->add_option("--time", options->time, "Seconds for each move of the engine")
-        ->check(CLI::Range(0.001, 1e6))
-        ->capture_default_str();
+    add_seconds_option(*command, options->time, "Seconds for each move of the engine")->capture_default_str();
     command->add_option("--fen", options->fen, "Position to start from");
     command->add_option("--mode", options->mode, "What the engine does at first")
         ->check(CLI::IsMember({"normal", "twoplayers", "analysis", "allscores", "autoplay"}))
@@ -165,10 +163,8 @@ void add_play_command(CLI::App& program) {
     command->add_option("--book", options->book, "Moves taken from the opening book")
         ->check(CLI::IsMember({"off", "all", "good", "best"}))
         ->capture_default_str();
-    command->add_option("--hash", options->hash_mb, "Size of the transposition table in megabytes")
-        ->check(CLI::Range(1, MAX_TABLE_MB))
-        ->capture_default_str();
-    command->add_option("--threads", options->threads, "Search threads")->check(CLI::Range(1, 8));
+    add_hash_option(*command, options->hash_mb)->capture_default_str();
+    add_threads_option(*command, options->threads);
     command->add_flag("--ponder", options->ponder, "Have the engine think in your time");
     command->add_flag("--quiet", options->quiet, "Print no boards");
     command->callback([options] { run_play(*options); });

@@ -130,12 +130,10 @@ void say(const char* format, ...) {
 
 void complain(const char* format, ...) {
     begin_output();
-    std::fputs("tessarin-cli: ", stderr);
     va_list arguments;
     va_start(arguments, format);
-    std::vfprintf(stderr, format, arguments);
+    print_error(format, arguments);
     va_end(arguments);
-    std::fputc('\n', stderr);
     if (!play_screen.terminal) set_exit_status(EXIT_BAD_INPUT);
 }
 

@@ -7,6 +7,7 @@
 
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/options.h"
 #include "eval/weights.h"
 #include "search/engine_settings.h"
 #include "search/getmove.h"
@@ -15,8 +16,6 @@
 #include "tools/match_protocol.h"
 
 namespace {
-
-constexpr double UNLIMITED = 1e9;  // seconds
 
 struct PlayerOptions {
     std::string weights;
@@ -27,7 +26,7 @@ struct PlayerOptions {
 };
 
 void set_limits(const PlayerOptions& options) {
-    set_fixed_time(options.time > 0 ? options.time : UNLIMITED);
+    set_fixed_time(options.time > 0 ? options.time : NO_TIME_LIMIT);
     if (options.depth > 0) search_state.depth_limit = options.depth;
     if (options.nodes == 0) return;
     search_state.node_limit = options.nodes;
@@ -77,9 +76,9 @@ void add_player_command(CLI::App& program) {
     command->group("");  // not for users, so not in the help
     const auto options = std::make_shared<PlayerOptions>();
     command->add_option("--weights", options->weights)->required();
-    command->add_option("--hash", options->hash_mb)->check(CLI::Range(1, MAX_TABLE_MB));
+    add_hash_option(*command, options->hash_mb);
     command->add_option("--nodes", options->nodes);
-    command->add_option("--time", options->time);
-    command->add_option("--depth", options->depth);
+    add_seconds_option(*command, options->time, "Seconds for each move");
+    add_depth_option(*command, options->depth);
     command->callback([options] { run_player(*options); });
 }

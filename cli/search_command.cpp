@@ -5,13 +5,12 @@
 #include "base/log.h"
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/options.h"
 #include "core/notation.h"
 #include "search/getmove.h"
 #include "search/search_state.h"
 
 namespace {
-
-constexpr double UNLIMITED = 1e9;  // seconds
 
 struct SearchOptions {
     std::string fen;
@@ -33,7 +32,7 @@ void run_search(const SearchOptions& options) {
     if (!is_legal_setup(position)) return fail("Illegal position");
     set_search_threads(options.threads);
     if (!start_console_engine()) return;
-    set_fixed_time(options.depth > 0 ? UNLIMITED : options.time);
+    set_fixed_time(options.depth > 0 ? NO_TIME_LIMIT : options.time);
     if (options.depth > 0) search_state.depth_limit = options.depth;
     log_listener = print_log;
     char text[SEARCH_TEXT_SIZE];
@@ -55,15 +54,11 @@ void add_search_command(CLI::App& program) {
     const auto options = std::make_shared<SearchOptions>();
     command->add_option("FEN", options->fen, "Position")->required();
     CLI::Option* const time =
-        command
-            ->add_option("--time", options->time,
-                         "Seconds for the move; the search may take up to four times as long")
-            ->check(CLI::Range(0.001, 1e6))
+        add_seconds_option(*command, options->time,
+                           "Seconds for the move; the search may take up to four times as long")
             ->capture_default_str();
-    command->add_option("--depth", options->depth, "Search to this depth, whatever the time")
-        ->check(CLI::Range(1, MAX_DEPTH))
-        ->excludes(time);
-    command->add_option("--threads", options->threads, "Search threads")->check(CLI::Range(1, 8));
+    add_depth_option(*command, options->depth, "Search to this depth, whatever the time")->excludes(time);
+    add_threads_option(*command, options->threads);
     command->add_flag("--all-scores", options->all_scores, "Give every move its value");
     command->callback([options] { run_search(*options); });
 }

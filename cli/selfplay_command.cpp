@@ -6,6 +6,7 @@
 #include "base/paths.h"
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/options.h"
 #include "search/engine_settings.h"
 #include "search/search_state.h"
 
@@ -63,9 +64,7 @@ void add_selfplay_command(CLI::App& program) {
         ->check(CLI::Range(int64_t{1}, int64_t{1} << 31))
         ->capture_default_str();
     command->add_option("--seed", options->seed, "Each run of several needs its own")->capture_default_str();
-    command->add_option("--depth", options->depth, "Depth of each search")
-        ->check(CLI::Range(1, MAX_DEPTH))
-        ->capture_default_str();
+    add_depth_option(*command, options->depth)->capture_default_str();
     const auto opening = std::make_shared<std::string>("3");
     command
         ->add_option(

@@ -6,6 +6,7 @@
 #include "core/notation.h"
 #include "records/pdn_game.h"
 #include "records/pdn_replay.h"
+#include "records/square_number.h"
 
 namespace {
 
@@ -24,10 +25,7 @@ std::vector<int> moves_with_ends(const PdnToken& token, const Position& position
     for (int i = 0; i < list.count; ++i) {
         uint64_t from = 0, to = 0;
         move_step_squares(jumps, i, side, position, list, lines, from, to);
-        if (!from || !to) continue;
-        if (square_of_bit[static_cast<size_t>(lowest_bit(from))] + 1 == token.from &&
-            square_of_bit[static_cast<size_t>(lowest_bit(to))] + 1 == token.to)
-            found.push_back(i);
+        if (square_number(from) == token.from && square_number(to) == token.to) found.push_back(i);
     }
     return found;
 }

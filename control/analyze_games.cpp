@@ -41,7 +41,7 @@ bool analyze_enabled() {
 }
 
 void drop_search() {
-    discard_search();
+    forget_search();
     reset_game_clock();
     clear_highlights();
 }

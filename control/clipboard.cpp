@@ -48,9 +48,7 @@ void paste_from_clipboard() {
 
 void copy_game_to_clipboard() {
     std::vector<char> text(GAME_TEXT_SIZE, '\0');
-    const GameHeaders& headers = game.headers;
-    game_to_pdn_text(text.data(), text.size(), whole_history(), headers.event.data(), headers.date.data(),
-                     headers.black.data(), headers.white.data(), result_string(headers.result), "\r\n");
+    game_to_pdn_text(text.data(), text.size(), whole_history(), game.headers, "\r\n");
     write_and_show(text.data(), "Game to clipboard");
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "base/files.h"
 #include "base/log.h"
 #include "eval/weights.h"
 #include "records/fen.h"
@@ -15,7 +16,7 @@ void write_position_line(const Position& position, int side, char* text) {
 
 void empty_log() {
     if (log_path.empty()) return;
-    if (std::FILE* const file = std::fopen(log_path.c_str(), "w")) std::fclose(file);
+    const OpenFile emptied(std::fopen(log_path.c_str(), "w"));
 }
 
 }  // namespace

@@ -50,7 +50,7 @@ void set_board(const Position& position, int side);
 // The initial position, a history of it alone, and headers that are empty but for today's date.
 void new_game();
 
-// The history becomes this position alone.
+// The history becomes this position alone, and the row of drawish values begins anew.
 void restart_history(const Position& position, int side);
 
 // Adds an entry behind the one on the board; those that were to be reached by stepping forward are dropped.

@@ -12,6 +12,7 @@
 #include "control/ui.h"
 #include "core/capture_lines.h"
 #include "core/notation.h"
+#include "records/square_number.h"
 
 namespace {
 
@@ -20,6 +21,7 @@ constexpr int ENGINE_MOVE_PAUSE_MS = 500;
 constexpr int MAX_DECLARED_DRAW_PIECES = 6;
 constexpr const char* START_SOUND = "start.wav";
 
+// With the same side to move: the same pieces with the other one to move are another position.
 bool searched_position_is_on_board() {
     return search_thread.search_side == game.board_side &&
            same_pieces(search_thread.search_position, game.board);
@@ -71,8 +73,6 @@ void tell_database_failure() {
         "may not have enough RAM for the Cache size and Hashtable size you entered.",
         "Error", ICON_ERROR);
 }
-
-int square_number(uint64_t set) { return set ? square_of_bit[static_cast<size_t>(lowest_bit(set))] + 1 : 0; }
 
 // The move from the searched position to the result; `lines` is room for the paths of captures.
 EngineMove find_engine_move(CaptureLines& lines) {

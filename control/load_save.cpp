@@ -78,7 +78,7 @@ bool edit_headers_command() {
 
 void load_pdn_game(const std::string& path) {
     if (game.gui_mode == DXP_MODE) return;
-    discard_search();
+    forget_search();
     search_thread.ponder_done = false;
     reset_game_clock();
     free_analysis_games();
@@ -98,9 +98,7 @@ void load_pdn_game(const std::string& path) {
 
 void save_game_to_file(const std::string& path) {
     std::vector<char> text(GAME_TEXT_SIZE, '\0');
-    const GameHeaders& headers = game.headers;
-    game_to_pdn_text(text.data(), text.size(), whole_history(), headers.event.data(), headers.date.data(),
-                     headers.black.data(), headers.white.data(), result_string(headers.result), "\n");
+    game_to_pdn_text(text.data(), text.size(), whole_history(), game.headers, "\n");
     if (append_game_text(path, text.data()) == 1)
         ui.message_box("Cannot open file for appending.", "Error", ICON_ERROR);
 }

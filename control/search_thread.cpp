@@ -109,6 +109,11 @@ void stop_search() {
     wait_for_search();
 }
 
+void forget_search() {
+    search_thread.search_finished.store(0, std::memory_order_relaxed);
+    discard_search();
+}
+
 void discard_search() {
     search_thread.this_search_aborted = true;
     stop_search();

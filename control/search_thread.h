@@ -101,6 +101,8 @@ bool wait_for_search();
 void stop_search();
 // The same, and its result is thrown away.
 void discard_search();
+// The same, and a result that waits to be seen is forgotten: nothing tells of it any more.
+void forget_search();
 
 // Starts a search of the position on the board, with the time that the mode has. In a mode without an engine
 // an error is shown. While the search thread has not come back from its last search nothing starts.

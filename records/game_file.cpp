@@ -1,18 +1,12 @@
 #include "records/game_file.h"
 
 #include <cstdio>
-#include <memory>
 
 #include "base/files.h"
 
 namespace {
 
 constexpr long TAIL_BYTES = 8;
-
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, FileCloser>;
 
 }  // namespace
 
@@ -36,7 +30,7 @@ GameFileStatus load_game_file(const std::string& path, std::string& text, PdnOff
 
 int separator_newlines_needed(const std::string& path) {
     // What is no regular file need not have an end.
-    const File file(file_size(path) < 0 ? nullptr : std::fopen(path.c_str(), "rb"));
+    const OpenFile file(file_size(path) < 0 ? nullptr : std::fopen(path.c_str(), "rb"));
     if (!file) return 0;
     // In a shorter file the seek fails, and it is read from its start.
     std::fseek(file.get(), -TAIL_BYTES, SEEK_END);
@@ -53,7 +47,7 @@ int separator_newlines_needed(const std::string& path) {
 
 int append_game_text(const std::string& path, const char* text) {
     const int newlines = separator_newlines_needed(path);
-    File file(std::fopen(path.c_str(), "a"));
+    OpenFile file(std::fopen(path.c_str(), "a"));
     if (!file) return 1;
     for (int i = 0; i < newlines; ++i) std::fputc('\n', file.get());
     std::fputs(text, file.get());

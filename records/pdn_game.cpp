@@ -54,17 +54,6 @@ bool is_terminator(PdnTokenKind kind) {
     return kind == PDN_DRAW || kind == PDN_UNKNOWN || kind == PDN_BLACK_WIN || kind == PDN_WHITE_WIN;
 }
 
-// Appends at the end of a list that is being built; `tail` is its last node.
-void append_node(PdnGame& list, PdnNode*& tail, PdnTokenKind kind, PdnToken& token) {
-    PdnGame node = pdn_make_node(kind, std::move(token));
-    if (!list) {
-        list = std::move(node);
-        tail = list.get();
-    } else {
-        tail = pdn_insert_after(tail, std::move(node));
-    }
-}
-
 PdnTable build_games(const char* text) {
     PdnTable table;
     table.reserve(FIRST_TABLE_ENTRIES);
@@ -75,8 +64,11 @@ PdnTable build_games(const char* text) {
         const PdnTokenKind kind = pdn_next_token(text, token, true);
         if (kind == PDN_END) break;
         const TokenEffect effect = enter_token(state, kind);
-        if (effect.new_game) table.emplace_back();
-        if (effect.belongs) append_node(table.back(), tail, kind, token);
+        if (effect.new_game) {
+            table.emplace_back();
+            tail = nullptr;
+        }
+        if (effect.belongs) pdn_append(table.back(), tail, pdn_make_node(kind, std::move(token)));
     }
     table.emplace_back();
     return table;
@@ -133,6 +125,15 @@ PdnNode* pdn_insert_after(PdnNode* node, PdnGame inserted) {
     return node->next;
 }
 
+void pdn_append(PdnGame& list, PdnNode*& tail, PdnGame node) {
+    if (tail) {
+        tail = pdn_insert_after(tail, std::move(node));
+    } else {
+        list = std::move(node);
+        tail = list.get();
+    }
+}
+
 int pdn_index_games(const char* text, PdnOffsets& offsets_out) {
     try {
         PdnOffsets offsets;
@@ -176,7 +177,8 @@ PdnGame pdn_parse_game(const char* text) {
             if (kind == PDN_END || (kind == PDN_HEADER && moves)) break;
             const bool is_move = kind == PDN_MOVE || kind == PDN_EMBEDDED_FEN;
             const bool ends_game = is_terminator(kind) && list;
-            if (kind == PDN_HEADER || is_move || ends_game) append_node(list, tail, kind, token);
+            if (kind == PDN_HEADER || is_move || ends_game)
+                pdn_append(list, tail, pdn_make_node(kind, std::move(token)));
             if (ends_game) break;
             moves = moves || is_move;
         }

@@ -52,6 +52,9 @@ PdnGame pdn_make_comment(const char* text);
 // Puts a list of one node behind `node`, which takes it over, and returns the new node.
 PdnNode* pdn_insert_after(PdnNode* node, PdnGame inserted);
 
+// Puts the node at the end of a list that is being built; `tail` is its last node, null while there is none.
+void pdn_append(PdnGame& list, PdnNode*& tail, PdnGame node);
+
 // Finds where each game begins. 0; 1 if memory runs out or the text is larger than offsets can tell, and then
 // the output is untouched.
 int pdn_index_games(const char* text, PdnOffsets& offsets_out);

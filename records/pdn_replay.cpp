@@ -4,10 +4,9 @@
 
 #include "core/capture_lines.h"
 #include "records/fen.h"
+#include "records/square_number.h"
 
 namespace {
-
-int square_number(uint64_t set) { return set ? square_of_bit[static_cast<size_t>(lowest_bit(set))] + 1 : 0; }
 
 // The legal moves of a state.
 struct LegalMoves {

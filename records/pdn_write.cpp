@@ -1,16 +1,15 @@
 #include "records/pdn_write.h"
 
-#include <memory>
 #include <new>
 #include <string_view>
 
+#include "base/files.h"
 #include "core/capture_lines.h"
 #include "records/fen.h"
+#include "records/square_number.h"
 #include "records/step_text.h"
 
 namespace {
-
-int square_number(uint64_t set) { return set ? square_of_bit[static_cast<size_t>(lowest_bit(set))] + 1 : 0; }
 
 void print_step(BoundedText& text, const ReplayState& before, const ReplayState& after, int& move_number) {
     if (after.setup_flag) {
@@ -27,14 +26,7 @@ struct ListBuilder {
     PdnGame list;
     PdnNode* tail = nullptr;
 
-    void add(PdnGame node) {
-        if (tail) {
-            tail = pdn_insert_after(tail, std::move(node));
-        } else {
-            list = std::move(node);
-            tail = list.get();
-        }
-    }
+    void add(PdnGame node) { pdn_append(list, tail, std::move(node)); }
 };
 
 void add_header(ListBuilder& builder, std::string_view key, std::string_view value) {
@@ -172,10 +164,6 @@ void print_comment(ColumnState& state, const PdnToken& token) {
     }
 }
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
 }  // namespace
 
 int game_to_pdn_text(char* out, size_t size, std::span<const ReplayState> history, const char* event,
@@ -201,6 +189,13 @@ int game_to_pdn_text(char* out, size_t size, std::span<const ReplayState> histor
     }
     print(text, " *%s%s", line_end, line_end);
     return static_cast<int>(text.length);
+}
+
+int game_to_pdn_text(char* out, size_t size, std::span<const ReplayState> history, const GameHeaders& headers,
+                     const char* line_end) {
+    return game_to_pdn_text(out, size, history, headers.event.data(), headers.date.data(),
+                            headers.black.data(), headers.white.data(), result_string(headers.result),
+                            line_end);
 }
 
 PdnGame game_to_pdn_list(std::span<const ReplayState> history, const GameHeaders& headers) {
@@ -263,8 +258,7 @@ void pdn_print_game(std::FILE* file, const PdnNode* list, uint32_t flags) {
 }
 
 void pdn_write_games(const std::string& path, const PdnTable& table, uint32_t flags, int index) {
-    const std::unique_ptr<std::FILE, FileCloser> file(
-        std::fopen(path.c_str(), flags & PDN_NEW_FILE ? "w" : "a"));
+    const OpenFile file(std::fopen(path.c_str(), flags & PDN_NEW_FILE ? "w" : "a"));
     if (!file) return;
     const int games = pdn_game_count(table);
     const bool all = (flags & PDN_ALL_GAMES) != 0;

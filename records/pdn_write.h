@@ -29,6 +29,10 @@ int game_to_pdn_text(char* out, size_t size, std::span<const ReplayState> histor
                      const char* date, const char* black, const char* white, const char* result_text,
                      const char* line_end);
 
+// The same with the headers of a game.
+int game_to_pdn_text(char* out, size_t size, std::span<const ReplayState> history, const GameHeaders& headers,
+                     const char* line_end);
+
 // The list of a game. It ends before the first step that no legal move makes, or where memory runs out.
 PdnGame game_to_pdn_list(std::span<const ReplayState> history, const GameHeaders& headers);
 

@@ -49,6 +49,9 @@ struct SearchState {
 };
 extern SearchState search_state;
 
+// A time that no search reaches, in seconds, for searches of a fixed depth or number of nodes.
+constexpr double NO_TIME_LIMIT = 1e9;
+
 // Sets the three limits for a fixed time for the move.
 void set_fixed_time(double seconds);
 

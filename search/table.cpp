@@ -8,6 +8,7 @@
 #include <numeric>
 
 #include "base/log.h"
+#include "base/system_info.h"
 #include "search/engine_settings.h"
 
 TranspositionTable transposition_table;

@@ -245,6 +245,16 @@ TEST_F(AnalyzeGames, WithoutMovesNothingIsAnalysed) {
     EXPECT_FALSE(search_thread.searching);
 }
 
+TEST_F(AnalyzeGames, AResultThatNobodyHasSeenIsForgotten) {
+    settings.sound_on = 1;
+    search_button_command();
+    ASSERT_TRUE(wait_for_search());
+    analyze_game_command(false);
+    for (int i = 0; i < 5; ++i) timer_tick();
+    EXPECT_EQ(count_events("sound"), 0);
+    EXPECT_EQ(game.history_last, 1);
+}
+
 TEST_F(AnalyzeGames, ATimeThatIsNotFixedIsRefused) {
     load("32-28 *");
     write_file("analysis.txt", "old");

@@ -9,6 +9,7 @@
 #include "control/settings.h"
 #include "search/engine_settings.h"
 #include "search/table.h"
+#include "tests/control/settings_fixture.h"
 
 namespace {
 
@@ -18,18 +19,12 @@ void (*const SETTERS[])(int) = {
     [](int n) { set_wld_cache_mb(n); },   [](int n) { set_wld_folder(n ? "/folder" : ""); },
 };
 
-class ApplySettings : public testing::Test {
+class ApplySettings : public SettingsTest {
   protected:
-    void SetUp() override { clean(); }
-    void TearDown() override { clean(); }
-
-    static void clean() {
+    void SetUp() override {
+        SettingsTest::SetUp();
         settings = make_default_settings({});
         settings.hash_mb = 1;
-        engine_settings = EngineSettings{};
-        transposition_table = TranspositionTable{};
-        reinit_wld = false;
-        reinit_mtc = false;
     }
     static bool take_wld() { return reinit_wld.exchange(false); }
     static bool take_mtc() { return reinit_mtc.exchange(false); }

@@ -16,6 +16,7 @@
 #include "search/engine_settings.h"
 #include "search/search_state.h"
 #include "search/table.h"
+#include "tests/control/settings_fixture.h"
 
 namespace {
 
@@ -27,23 +28,14 @@ void give_clock_format(int id, char* buffer, size_t size) {
     std::snprintf(buffer, size, "%s", id == 211 ? clock_format : "another text");
 }
 
-class GameClockTest : public testing::Test {
+class GameClockTest : public SettingsTest {
   protected:
     void SetUp() override {
-        settings = Settings{};
-        settings2 = Settings2{};
+        SettingsTest::SetUp();
         settings.clock_minutes = 7;
         settings.clock_moves_limit = 90;
-        engine_settings = EngineSettings{};
-        reset_clock_state();
         clock_format = "W %02d:%02d   B %02d:%02d\r\nmoves %d\r\n";
         text_source = give_clock_format;
-    }
-    void TearDown() override {
-        text_source = nullptr;
-        settings = Settings{};
-        settings2 = Settings2{};
-        reset_clock_state();
     }
 
     static void start(bool real_search, int64_t now) { clock_command(CLOCK_START, true, real_search, now); }

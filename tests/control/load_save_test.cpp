@@ -177,6 +177,16 @@ TEST_F(LoadSave, AFinishedPonderSearchIsForgotten) {
     EXPECT_FALSE(search_thread.ponder_done);
 }
 
+TEST_F(LoadSave, AResultThatNobodyHasSeenIsForgotten) {
+    settings.sound_on = 1;
+    play("32-28");
+    ASSERT_TRUE(wait_for_search());
+    load("33-28 *");
+    for (int i = 0; i < 5; ++i) timer_tick();
+    EXPECT_EQ(count_events("sound"), 0);
+    expect_game(entries_of("33-28"));
+}
+
 TEST_F(LoadSave, NothingInDxp) {
     set_gui_mode(DXP_MODE);
     load("32-28 *");

@@ -58,6 +58,12 @@ class Image {
     }
 };
 
+// The bytes of a record.
+template <typename Record>
+std::string image_of(const Record& record) {
+    return {reinterpret_cast<const char*>(&record), sizeof record};
+}
+
 constexpr size_t SETTINGS_BYTES = 832;
 constexpr size_t SETTINGS2_BYTES = 296;
 

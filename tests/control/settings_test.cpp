@@ -11,13 +11,6 @@
 namespace {
 
 template <typename Record>
-std::string image_of(const Record& record) {
-    std::string bytes(sizeof record, '\0');
-    std::memcpy(bytes.data(), &record, sizeof record);
-    return bytes;
-}
-
-template <typename Record>
 Record record_of(const std::string& bytes) {
     Record record{};
     EXPECT_EQ(bytes.size(), sizeof record);

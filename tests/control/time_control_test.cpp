@@ -10,14 +10,14 @@
 #include <string>
 
 #include "control/settings.h"
+#include "tests/control/settings_fixture.h"
 
 namespace {
 
-class TimeControlTest : public testing::Test {
+class TimeControlTest : public SettingsTest {
   protected:
     void SetUp() override {
-        settings = Settings{};
-        settings2 = Settings2{};
+        SettingsTest::SetUp();
         settings.time_menu_id = 40008;
         settings.time_per_move = 3;
         settings.clock_minutes = 7;
@@ -25,7 +25,6 @@ class TimeControlTest : public testing::Test {
         settings2.initial_seconds = 1;
         settings2.increment_seconds = 0.1;
     }
-    void TearDown() override { SetUp(); }
 };
 
 // What the text of an entry says.

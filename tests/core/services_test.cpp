@@ -20,6 +20,7 @@
 #include "base/log.h"
 #include "base/memory.h"
 #include "base/paths.h"
+#include "base/system_info.h"
 #include "base/text.h"
 #include "core/board_text.h"
 

@@ -10,14 +10,6 @@
 
 namespace {
 
-std::vector<ReplayState> history_of(const std::string& text) {
-    const PdnGame game = pdn_parse_game(text.c_str());
-    bool broken = false;
-    const std::vector<ReplayState> history = replay(game.get(), broken);
-    EXPECT_FALSE(broken) << text;
-    return history;
-}
-
 struct Pane {
     std::string text;
     TextRange current;

@@ -47,14 +47,6 @@ std::string move_form(const PdnGame& node) {
     return text;
 }
 
-std::vector<ReplayState> history_of(const std::string& text) {
-    const PdnGame game = pdn_parse_game(text.c_str());
-    bool broken = false;
-    const std::vector<ReplayState> history = replay(game.get(), broken);
-    EXPECT_FALSE(broken) << text;
-    return history;
-}
-
 // All games of the text as parsed with comments, the first of them replayed so that its moves have their
 // sides.
 PdnGame replayed(const std::string& text) {

@@ -97,3 +97,12 @@ inline std::vector<ReplayState> replay(PdnNode* list, bool& broken) {
     }
     return history;
 }
+
+// The entries of the game of a text, which is whole.
+inline std::vector<ReplayState> history_of(const std::string& text) {
+    const PdnGame list = pdn_parse_game(text.c_str());
+    bool broken = false;
+    const std::vector<ReplayState> history = replay(list.get(), broken);
+    EXPECT_FALSE(broken) << text;
+    return history;
+}

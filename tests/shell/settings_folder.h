@@ -6,6 +6,7 @@
 #include "base/program_paths.h"
 #include "shell/settings_store.h"
 #include "tests/base/scratch_folder.h"
+#include "tests/control/settings_images.h"
 
 class SettingsFolder {
   public:
@@ -35,8 +36,3 @@ class SettingsFolder {
         program_paths = ProgramPaths{};
     }
 };
-
-template <typename Record>
-std::string image_of(const Record& record) {
-    return {reinterpret_cast<const char*>(&record), sizeof record};
-}
