@@ -1,0 +1,219 @@
+#include <gtest/gtest.h>
+
+#include <QClipboard>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QProcessEnvironment>
+#include <QRegularExpression>
+
+#include "tests/gui/stories.h"
+#include "tests/gui/stories_board.h"
+
+namespace {
+
+constexpr int END_MS = 60000;
+constexpr double PASTE_SECONDS = 0.5;
+const QString MAIN_TITLE = QStringLiteral("Tessarin International(x64) 1.60b");
+const QString USER_FOLDER = QStringLiteral("/Quillorn/Tessarin International/");
+// Notes what is to be opened, a line each.
+constexpr const char* OPENER = "#!/bin/sh\necho \"$1\" >> \"$HOME/opened\"\n";
+
+bool write_file(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+// The executable is copied, as the program looks for its data where that is; the data are linked to.
+void install_program(const Desk& desk) {
+    const QFileInfo built(QStringLiteral(TESSARIN_PROGRAM));
+    QDir().mkpath(desk.program_folder());
+    for (const QFileInfo& file : built.dir().entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot)) {
+        const QString target = desk.program_folder() + file.fileName();
+        if (file.fileName() == built.fileName())
+            QFile::copy(file.filePath(), target);
+        else if (file.isDir() || !file.isExecutable())
+            QFile::link(file.filePath(), target);
+    }
+}
+
+void install_opener(const Desk& desk) {
+    const QString opener = desk.path(QStringLiteral("tools/xdg-open"));
+    QDir().mkpath(desk.path(QStringLiteral("tools")));
+    write_file(opener, OPENER);
+    QFile::setPermissions(opener, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+QProcessEnvironment environment_of(const Desk& desk) {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char* const name : {"QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "QT_SCALE_FACTOR",
+                                   "QT_STYLE_OVERRIDE", "QT_QPA_PLATFORMTHEME", "XDG_CURRENT_DESKTOP"})
+        environment.remove(QString::fromLatin1(name));
+    const auto set = [&](const char* name, const QString& value) {
+        environment.insert(QString::fromLatin1(name), value);
+    };
+    set("DISPLAY", desk.screen->name);
+    set("HOME", desk.folder.path());
+    set("LC_ALL", QStringLiteral("C.UTF-8"));
+    set("PATH", desk.path(QStringLiteral("tools:")) + environment.value(QStringLiteral("PATH")));
+    set("XDG_CONFIG_HOME", desk.path(QStringLiteral("config")));
+    set("XDG_DATA_HOME", desk.path(QStringLiteral("data")));
+    set("XDG_RUNTIME_DIR", desk.path(QStringLiteral("run")));
+    for (const QString& entry : desk.extra_environment)
+        environment.insert(entry.section(QLatin1Char('='), 0, 0), entry.section(QLatin1Char('='), 1));
+    return environment;
+}
+
+QStringList lines_of(const QString& text) { return text.split(QLatin1Char('\n'), Qt::SkipEmptyParts); }
+
+// Of the lines NAME=NUMBER.
+int number_of(const QString& text, const QString& name) {
+    const QRegularExpression line(QStringLiteral("(?:^|\n)%1=(-?\\d+)").arg(name));
+    return line.match(text).captured(1).toInt();
+}
+
+// What the keyboard of the screen does not have is pasted.
+void enter_text(const Desk& desk, const QString& text) {
+    if (QString::fromLatin1(text.toLatin1()) == text && text.toUtf8().size() == text.size())
+        return type_here(desk, text);
+    QGuiApplication::clipboard()->setText(text);
+    press_here(desk, QStringLiteral("ctrl+v"));
+    // The program asks for the text now.
+    wait_until([] { return false; }, PASTE_SECONDS);
+}
+
+}  // namespace
+
+Desk::~Desk() {
+    if (program.state() == QProcess::NotRunning) return;
+    program.kill();
+    program.waitForFinished(END_MS);
+}
+
+QString Desk::data_folder() const { return path(QStringLiteral("data")) + USER_FOLDER; }
+
+QString Desk::settings_folder() const { return path(QStringLiteral("config")) + USER_FOLDER; }
+
+void launch(Desk& desk) {
+    if (!QFileInfo::exists(desk.program_folder())) install_program(desk);
+    install_opener(desk);
+    QDir().mkpath(desk.path(QStringLiteral("run")));
+    QFile::setPermissions(desk.path(QStringLiteral("run")),
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    desk.program.setProcessEnvironment(environment_of(desk));
+    desk.program.setProcessChannelMode(QProcess::MergedChannels);
+    desk.program.start(desk.program_folder() + QStringLiteral("tessarin"), QStringList());
+}
+
+bool run(Desk& desk) {
+    take_mouse_away(desk);
+    launch(desk);
+    const bool there = wait_until([&] {
+        const QStringList found = windows(desk, MAIN_TITLE);
+        if (!found.isEmpty()) desk.window = found.front();
+        return !found.isEmpty() || desk.program.state() == QProcess::NotRunning;
+    });
+    if (!there || desk.window.isEmpty() || !wait_until([&] { return find_board(desk).is_found(); })) {
+        ADD_FAILURE() << "no window with a board: " << desk.program.readAll().toStdString();
+        return false;
+    }
+    desk.origin = place_of(desk, desk.window).topLeft();
+    return true;
+}
+
+int exit_status(Desk& desk) {
+    if (desk.program.state() != QProcess::NotRunning && !desk.program.waitForFinished(END_MS)) return -1;
+    return desk.program.exitStatus() == QProcess::NormalExit ? desk.program.exitCode() : -1;
+}
+
+bool close_program(Desk& desk) {
+    xdotool(desk, {QStringLiteral("windowactivate"), QStringLiteral("--sync"), desk.window,
+                   QStringLiteral("key"), QStringLiteral("alt+F4")});
+    return exit_status(desk) == 0;
+}
+
+QString xdotool(const Desk& desk, const QStringList& arguments) {
+    QProcess tool;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("DISPLAY"), desk.screen->name);
+    tool.setProcessEnvironment(environment);
+    tool.start(QStringLiteral("xdotool"), arguments);
+    tool.waitForFinished(END_MS);
+    return QString::fromUtf8(tool.readAllStandardOutput());
+}
+
+QStringList windows(const Desk& desk, const QString& title) {
+    QStringList found = lines_of(xdotool(desk, {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                                QStringLiteral("--class"), QStringLiteral("^tessarin$")}));
+    if (!title.isEmpty())
+        found.removeIf([&](const QString& window) { return title_of(desk, window) != title; });
+    return found;
+}
+
+QString wait_for_window(const Desk& desk, const QString& title) {
+    QStringList found;
+    wait_until([&] { return !(found = windows(desk, title)).isEmpty(); });
+    return found.isEmpty() ? QString() : found.front();
+}
+
+bool wait_until_closed(const Desk& desk, const QString& window) {
+    return wait_until([&] { return !windows(desk).contains(window); });
+}
+
+QString title_of(const Desk& desk, const QString& window) {
+    return xdotool(desk, {QStringLiteral("getwindowname"), window}).trimmed();
+}
+
+// What the tool says of the place of a window counts the frame twice with some window managers; where the
+// mouse goes is right.
+QRect place_of(const Desk& desk, const QString& window) {
+    const QString size =
+        xdotool(desk, {QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window});
+    const QString corner =
+        xdotool(desk, {QStringLiteral("mousemove"), QStringLiteral("--window"), window, QStringLiteral("0"),
+                       QStringLiteral("0"), QStringLiteral("getmouselocation"), QStringLiteral("--shell")});
+    return {number_of(corner, QStringLiteral("X")), number_of(corner, QStringLiteral("Y")),
+            number_of(size, QStringLiteral("WIDTH")), number_of(size, QStringLiteral("HEIGHT"))};
+}
+
+void click_in(const Desk& desk, QPoint at, int button, const QString& window) {
+    xdotool(desk, {QStringLiteral("mousemove"), QStringLiteral("--window"),
+                   window.isEmpty() ? desk.window : window, QString::number(at.x()), QString::number(at.y()),
+                   QStringLiteral("click"), QString::number(button)});
+}
+
+void press(const Desk& desk, const QString& key) {
+    xdotool(desk, {QStringLiteral("windowactivate"), QStringLiteral("--sync"), desk.window,
+                   QStringLiteral("key"), QStringLiteral("--clearmodifiers"), key});
+}
+
+void press_here(const Desk& desk, const QString& key) { xdotool(desk, {QStringLiteral("key"), key}); }
+
+void type_here(const Desk& desk, const QString& text) {
+    xdotool(desk, {QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("2"), text});
+}
+
+QString clipboard_of_screen() {
+    QCoreApplication::processEvents();
+    return QGuiApplication::clipboard()->text();
+}
+
+bool answer_file_dialog(const Desk& desk, const QString& title, const QString& path) {
+    const QString dialog = wait_for_window(desk, title);
+    if (dialog.isEmpty()) return false;
+    xdotool(desk, {QStringLiteral("windowactivate"), QStringLiteral("--sync"), dialog});
+    press_here(desk, QStringLiteral("ctrl+a"));
+    enter_text(desk, path);
+    press_here(desk, QStringLiteral("Return"));
+    return wait_until_closed(desk, dialog);
+}
+
+bool answer_box(const Desk& desk, const QString& title) {
+    const QString box = wait_for_window(desk, title);
+    if (box.isEmpty()) return false;
+    xdotool(desk, {QStringLiteral("windowactivate"), QStringLiteral("--sync"), box, QStringLiteral("key"),
+                   QStringLiteral("Return")});
+    return wait_until_closed(desk, box);
+}
