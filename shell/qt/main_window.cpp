@@ -175,8 +175,12 @@ void MainWindow::place_windows() {
     const QList<QRect> inside{QRect(QPoint(0, 0), mdi_area->size())};
     board_child->follow_square_size();
     board_child->move(WINDOW_GAP, WINDOW_GAP);
-    for (size_t i = 0; i < CHILD_WINDOWS; ++i)
-        panes[i]->setGeometry(place_in_view(place_of_record(settings.child_windows[i]), inside));
+    for (size_t i = 0; i < CHILD_WINDOWS; ++i) {
+        // What is hidden keeps its place until it is shown.
+        const WindowRecord& child = settings.child_windows[i];
+        const QRect place = place_of_record(child);
+        panes[i]->setGeometry(child.visible ? place_in_view(place, inside) : place);
+    }
     show_panes_of_settings();
 }
 
@@ -201,18 +205,21 @@ void MainWindow::read_windows(Settings& record) {
         store_place(record.child_windows[i], panes[i]->geometry().translated(offset));
 }
 
-// A pane may have its place below or beside what the frame shows: the frame then grows as far as the screen
-// allows, and what is still outside moves in.
+// A pane may have its place below or beside what the frame shows: the frame then grows, if the screen has
+// room for that, and otherwise the pane moves in.
 void MainWindow::bring_into_view(PaneWindow& child) {
-    const QRect wanted = child.geometry();
-    const QSize needed(wanted.right() + 1 + WINDOW_GAP, wanted.bottom() + 1 + WINDOW_GAP);
-    if (!isMaximized() && !isFullScreen()) {
-        set_inside(needed.expandedTo(mdi_area->size()));
+    const QRect place = child.geometry();
+    const QSize needed(place.right() + 1 + WINDOW_GAP, place.bottom() + 1 + WINDOW_GAP);
+    const QSize grown = needed.expandedTo(mdi_area->size());
+    const QSize room = screen_room().size() - chrome();
+    const bool fits = grown.boundedTo(room) == grown;
+    if (fits && grown != mdi_area->size() && !isMaximized() && !isFullScreen()) {
+        set_inside(grown);
         keep_frame_on_screen();
     }
     const QRect inside(QPoint(0, 0), mdi_area->size());
-    if (inside.contains(wanted)) return;
-    QRect moved(wanted.topLeft(), wanted.size().boundedTo(inside.size()));
+    if (inside.contains(place)) return;
+    QRect moved(place.topLeft(), place.size().boundedTo(inside.size()));
     moved.moveTo(std::clamp(moved.x(), 0, inside.width() - moved.width()),
                  std::clamp(moved.y(), 0, inside.height() - moved.height()));
     child.setGeometry(moved);

@@ -169,6 +169,39 @@ TEST_F(Frame, WindowsOffTheScreenComeBack) {
         EXPECT_TRUE(inside.intersects(main_window->pane(pane).geometry())) << pane;
 }
 
+TEST_F(Frame, HiddenPanesKeepTheirPlacesUntilTheyAreShown) {
+    open_small();
+    const QRect below = main_window->pane(PONDER_WINDOW).geometry();
+    EXPECT_GT(below.top(), main_window->area().height() - 10);
+    main_window->close();
+    ASSERT_TRUE(close_desktop());
+    open_small();
+    EXPECT_EQ(main_window->pane(PONDER_WINDOW).geometry(), below);
+    const int height = main_window->height();
+    run_command(COMMAND_PONDER_WINDOW);
+    settle();
+    EXPECT_EQ(main_window->pane(PONDER_WINDOW).geometry(), below);
+    EXPECT_GT(main_window->height(), height);
+    expect_tidy("ponder shown");
+}
+
+TEST_F(Frame, APaneFarOutsideMovesInWithoutAnotherFrame) {
+    Image image = small_image();
+    image.put_window(668, 1, 10, 10, 700, 560);
+    for (size_t pane = 0; pane < CHILD_WINDOWS; ++pane)
+        image.put_window(688 + 20 * pane, 0, 20000, -20000, 5000, 90);
+    save_images(image.sealed(), default_image2().sealed());
+    open_small();
+    const QSize size = main_window->size();
+    for (const ChildWindow pane : ALL_PANES) {
+        run_command(command_of_pane(pane));
+        settle();
+        EXPECT_TRUE(main_window->area().viewport()->rect().contains(main_window->pane(pane).geometry()))
+            << pane;
+    }
+    EXPECT_EQ(main_window->size(), size);
+}
+
 TEST_F(Frame, FitsOnItsScreenWhateverTheRecordSays) {
     Image image = small_image();
     image.put_window(668, 1, 100, 100, 2000000000, 2000000000);
