@@ -2,12 +2,14 @@
 #include "shell/qt/menu_bar.h"
 
 #include <QMenuBar>
+#include <QSpinBox>
 #include <set>
 
 #include "control/analyze_games.h"
 #include "control/load_save.h"
 #include "shell/qt/menu_state.h"
 #include "tests/gui/desktop_fixture.h"
+#include "tests/gui/dialog_user.h"
 
 namespace {
 
@@ -339,4 +341,67 @@ TEST_F(Menu, AllTicksFollowTheSettings) {
         action(id).trigger();
         expect_ticks(std::to_string(id).c_str());
     }
+}
+
+TEST_F(Menu, DialogsComeUp) {
+    box_closer.stop();
+    const std::map<int32_t, std::string> dialogs = {{TIME_GAME_CLOCK, "Game Time"},
+                                                    {COMMAND_PARALLEL_SEARCH, "Parallel Search Control"},
+                                                    {COMMAND_PDN_HEADER, "Game Information"},
+                                                    {COMMAND_SAVE, "Game Information"},
+                                                    {COMMAND_LOAD, LOAD_FILE_TITLE}};
+    for (const auto& [id, title] : dialogs) {
+        std::string shown;
+        use_dialog([id = id] { return action(id).trigger(), 0; },
+                   [&](QDialog& dialog) {
+                       shown = dialog.windowTitle().toStdString();
+                       dialog.reject();
+                   });
+        EXPECT_EQ(shown, title) << id;
+    }
+    for (const int32_t id : {COMMAND_ABOUT, COMMAND_FONT})
+        use_dialog([id] { return action(id).trigger(), 0; }, [](QDialog& dialog) { dialog.reject(); });
+}
+
+TEST_F(Menu, TheGameClockIsTickedWhenItIsChosen) {
+    use_dialog([] { return action(TIME_GAME_CLOCK).trigger(), 0; }, [](QDialog& dialog) { dialog.reject(); });
+    EXPECT_FALSE(ticked(TIME_GAME_CLOCK));
+    use_dialog([] { return action(TIME_GAME_CLOCK).trigger(), 0; }, [](QDialog& dialog) { dialog.accept(); });
+    EXPECT_TRUE(ticked(TIME_GAME_CLOCK));
+    EXPECT_FALSE(ticked(40008));
+}
+
+TEST_F(Menu, AChosenFontReachesThePanes) {
+    const auto choose_size = [](int size) {
+        use_dialog([] { return action(COMMAND_FONT).trigger(), 0; },
+                   [size](QDialog& dialog) {
+                       dialog.findChild<QSpinBox*>()->setValue(size);
+                       dialog.accept();
+                   });
+    };
+    choose_size(14);
+    EXPECT_EQ(settings.font_size, 14);
+    for (int pane = 0; pane < CHILD_WINDOWS; ++pane)
+        EXPECT_EQ(main_window->pane(static_cast<ChildWindow>(pane)).edit().font().pointSizeF(), 14);
+}
+
+TEST_F(Menu, LoadsAGame) {
+    const std::string path = home.file("one.pdn");
+    write_content(path, "[White \"A\"]\n1. 32-28 19-23 2. 28x19 14x23 *\n");
+    // First the file, then which of its games.
+    int dialogs = 0;
+    QTimer user;
+    QObject::connect(&user, &QTimer::timeout, &user, [&] {
+        auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (!dialog || !dialog->isVisible()) return;
+        ++dialogs;
+        if (auto* const name = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit")))
+            name->setText(QString::fromStdString(path));
+        dialog->accept();
+    });
+    user.start(5);
+    action(COMMAND_LOAD).trigger();
+    EXPECT_GE(dialogs, 1);
+    EXPECT_EQ(game.history_count, 5);
+    EXPECT_TRUE(pane_shows(GAME_WINDOW).starts_with("1. 32-28  19-23")) << pane_shows(GAME_WINDOW);
 }
