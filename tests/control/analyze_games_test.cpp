@@ -245,6 +245,15 @@ TEST_F(AnalyzeGames, WithoutMovesNothingIsAnalysed) {
     EXPECT_FALSE(search_thread.searching);
 }
 
+TEST_F(AnalyzeGames, TheFirstGameBeginsTheOutputAfresh) {
+    write_file("analysis.txt", "of another program");
+    analysis_output.begin = [] {};
+    load("32-28 *");
+    analyze_game_command(false);
+    run();
+    EXPECT_TRUE(output().starts_with("[Event ")) << output();
+}
+
 TEST_F(AnalyzeGames, AResultThatNobodyHasSeenIsForgotten) {
     settings.sound_on = 1;
     search_button_command();

@@ -326,18 +326,19 @@ TEST_F(GameClockTest, AllTimeIsChargedOnce) {
 // The interface shows the clock and stops it just when searches end: all time up to the last charge is
 // charged once, whoever charges it.
 TEST_F(GameClockTest, TwoThreadsShareTheEnginesLap) {
+    constexpr int64_t SECOND = 1000;  // of which sums are exact, however many
     for (int round = 0; round < 300; ++round) {
         reset_clock_state();
         engine_plays(WHITE);
         start(true, 0);
         std::atomic<int64_t> now = 0;
         std::thread searching([&] {
-            while (clock_state.clock_running) charge_engine_time(++now);
+            while (clock_state.clock_running) charge_engine_time(now += SECOND);
         });
-        while (now < 20) EXPECT_FALSE(text(true, now).empty());
-        stop(true, ++now);
+        while (now < 20 * SECOND) EXPECT_FALSE(text(true, now).empty());
+        stop(true, now += SECOND);
         searching.join();
-        ASSERT_NEAR(clock_used(WHITE), static_cast<double>(clock_state.engine_lap_start) / 1000, 1e-6);
+        ASSERT_EQ(clock_used(WHITE), static_cast<double>(clock_state.engine_lap_start) / SECOND);
         ASSERT_EQ(clock_used(BLACK), 0);
     }
 }

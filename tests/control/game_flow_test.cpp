@@ -313,6 +313,17 @@ TEST_F(GameFlow, AResultThatAMoveHasOvertakenIsDropped) {
     game.gui_mode = NORMAL_MODE;
 }
 
+TEST_F(GameFlow, AResultForTheOtherSideIsDropped) {
+    start_search();
+    ASSERT_TRUE(wait_for_search());
+    change_side_command();
+    ASSERT_EQ(game.board_side, BLACK);
+    const std::string fen = fen_now();
+    timer_tick();
+    EXPECT_EQ(fen_now(), fen);
+    EXPECT_EQ(game.history_last, 1);
+}
+
 TEST_F(GameFlow, AStoppedSearchIsPlayedInTwoPlayersModeToo) {
     script.hold = true;
     start_search();

@@ -78,6 +78,43 @@ TEST_F(PonderTest, TheEnginesLapIsChargedAndAPonderSearchIsNot) {
     EXPECT_EQ(clock_state.clock_moves, 1);
 }
 
+// His lap ends with his move, also where no search is started.
+TEST_F(PonderTest, TheUsersTimeIsChargedAtAPonderHit) {
+    clock_state.clock_running = true;
+    ponder_on_31_27();
+    const double charged = clock_state.white_used;
+    clock_state.user_lap_start = clock_ms() - 50000;
+    play("31-27");
+    EXPECT_EQ(search_thread.pondering, 0);
+    EXPECT_NEAR(clock_state.white_used, charged + 50, 10);
+    release_search();
+    finish_search();
+}
+
+TEST_F(PonderTest, TheUsersTimeIsChargedWhenASearchIsStarted) {
+    clock_state.clock_running = true;
+    clock_state.user_lap_start = clock_ms() - 50000;
+    script.hold = true;
+    search_button_command();
+    EXPECT_NEAR(clock_state.black_used, 50, 10) << "the engine has white";
+}
+
+TEST_F(PonderTest, AHitInAMatchLeavesTheSideOfTheClock) {
+    settings.pondering_on = 1;
+    for (const int32_t mode : {DXP_MODE, NORMAL_MODE}) {
+        game.gui_mode = mode;
+        script.hold = true;
+        start_ponder_search();
+        wait_until_held();
+        clock_state.clock_side = BLACK;
+        change_ponder_to_normal_search();
+        EXPECT_EQ(clock_state.clock_side, mode == DXP_MODE ? BLACK : WHITE);
+        EXPECT_TRUE(clock_state.clock_running);
+        discard_search();
+        search_thread.search_finished = 0;
+    }
+}
+
 // Pondering.
 
 TEST_F(PonderTest, PonderingSearchesThePredictedPosition) {

@@ -101,10 +101,10 @@ TEST_F(SearchThreadTest, ModesHaveTheirFlags) {
 TEST_F(SearchThreadTest, AVeryShortMoveOfAMatchIsQuiet) {
     settings.clock_moves_limit = 100;
     clock_state.clock_moves = 200;
-    settings.clock_minutes = 0.19 * 100 / 60;
+    settings.clock_minutes = 0.1999 * 100 / 60;
     start_in(DXP_MODE);
     EXPECT_EQ(search_thread.search_flags, SEARCH_QUIET);
-    settings.clock_minutes = 0.21 * 100 / 60;
+    settings.clock_minutes = 0.2001 * 100 / 60;
     start_in(DXP_MODE);
     EXPECT_EQ(search_thread.search_flags, 0u);
     settings.time_per_move = 0.01;
