@@ -16,7 +16,7 @@
 
 #include "base/child_process.h"
 
-constexpr double PATIENCE = 20;  // seconds
+constexpr double PATIENCE = 30;  // seconds
 
 // Waits until the condition holds; false if it does not within the time. Events of the test's own, such as
 // another program asking for its clipboard, are served meanwhile.
@@ -52,6 +52,7 @@ struct Desk {
     QTemporaryDir folder;
     QProcess program;
     QStringList extra_environment;  // NAME=VALUE
+    int scale = 1;                  // pixels of the screen to one of the program's
     QString window;                 // the number of the main window
     QPoint origin;                  // where its inside begins on the screen
 
@@ -62,6 +63,9 @@ struct Desk {
     QString data_folder() const;
     QString settings_folder() const;
 };
+
+// Puts the program in its folder; starting it does so too.
+void install(Desk& desk);
 
 // Starts the program; `run` too waits until its main window is there and the board is painted.
 void launch(Desk& desk);
@@ -93,6 +97,9 @@ void type_here(const Desk& desk, const QString& text);
 
 // Chooses a command of the menu with the mouse; false if no pop-up opened in time.
 bool choose(const Desk& desk, int32_t command);
+// Opens a pop-up of the menu bar, from 0.
+int menu_popups();
+void open_popup(const Desk& desk, int popup);
 // Clicks a button of the toolbar.
 void click_button(const Desk& desk, int32_t command);
 // The toolbar shows the picture of the number for the command.

@@ -126,15 +126,15 @@ const QImage& empty_board(int size, int scale) {
     return image;
 }
 
-// The middle of the square, which neither numbers nor frames reach.
-QRect middle_part(const QRect& square) {
+// A part of the square that shows what stands on it and that neither numbers nor frames reach.
+QRect telling_part(const QRect& square) {
     const int edge = square.width() / 4;
-    return square.adjusted(edge, edge, -edge, -edge);
+    return {square.topLeft() + QPoint(edge, edge), QSize(1, 1) * (square.width() * 3 / 5 - edge)};
 }
 
 // The kind of what is seen on the square, or KINDS.
 size_t kind_on_square(const QImage& seen, const BoardPlaceOnScreen& place, int square, bool inverted) {
-    const QRect part = middle_part(square_rect(square, place.square_size * place.scale, inverted));
+    const QRect part = telling_part(square_rect(square, place.square_size * place.scale, inverted));
     const KindImages& images = kind_images(place.square_size, place.scale);
     for (size_t kind = 0; kind < KINDS; ++kind)
         if (shows_part(seen, place.corner, images[kind], part)) return kind;

@@ -50,15 +50,24 @@ bool way_to(QAction* wanted, const QList<QAction*>& actions, QList<QAction*>& wa
     return false;
 }
 
-QString wait_for_popup(const Desk& desk, const QStringList& before) {
+// Clicks where a pop-up opens and waits for it. A window that comes to the front just then can close it
+// before it is seen; so there are several tries.
+QString open_by_click(const Desk& desk, QPoint at, const QString& window, const QStringList& before) {
     QString popup;
-    wait_until([&] {
-        for (const QString& window : windows(desk))
-            if (!before.contains(window)) popup = window;
-        return !popup.isEmpty();
-    });
+    for (int tries = 0; tries < 4 && popup.isEmpty(); ++tries) {
+        click_in(desk, at, 1, window);
+        wait_until(
+            [&] {
+                for (const QString& shown : windows(desk))
+                    if (!before.contains(shown)) popup = shown;
+                return !popup.isEmpty();
+            },
+            PATIENCE / 4);
+    }
     return popup;
 }
+
+QPoint title_place(QAction* popup) { return twin->window.menuBar()->actionGeometry(popup).center(); }
 
 QRect button_place(int32_t command) {
     Twin& t = *twin;
@@ -99,17 +108,25 @@ bool choose(const Desk& desk, int32_t command) {
     Twin& t = *twin;
     QList<QAction*> way;
     if (!way_to(command_action(t.binding, command), t.window.menuBar()->actions(), way)) return false;
-    QStringList before = windows(desk);
-    click_in(desk, t.window.menuBar()->actionGeometry(way.front()).center());
-    for (qsizetype i = 1; i < way.size(); ++i) {
-        const QString popup = wait_for_popup(desk, before);
-        if (popup.isEmpty()) return false;
-        before.append(popup);
-        click_in(desk, way[i - 1]->menu()->actionGeometry(way[i]).center(), 1, popup);
+    xdotool(desk, {QStringLiteral("windowactivate"), QStringLiteral("--sync"), desk.window});
+    QStringList shown = windows(desk);
+    QString popup = open_by_click(desk, title_place(way.front()), desk.window, shown);
+    for (qsizetype i = 1; i < way.size() && !popup.isEmpty(); ++i) {
+        shown.append(popup);
+        const QPoint at = way[i - 1]->menu()->actionGeometry(way[i]).center();
+        if (way[i]->menu())
+            popup = open_by_click(desk, at, popup, shown);
+        else
+            click_in(desk, at, 1, popup);
     }
     take_mouse_away(desk);
-    const QString outermost = before.last();
-    return wait_until_closed(desk, outermost);
+    return !popup.isEmpty() && wait_until_closed(desk, popup);
+}
+
+int menu_popups() { return static_cast<int>(twin->window.menuBar()->actions().size()); }
+
+void open_popup(const Desk& desk, int popup) {
+    open_by_click(desk, title_place(twin->window.menuBar()->actions()[popup]), desk.window, windows(desk));
 }
 
 void click_button(const Desk& desk, int32_t command) {

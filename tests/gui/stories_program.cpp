@@ -87,6 +87,12 @@ void enter_text(const Desk& desk, const QString& text) {
 }  // namespace
 
 Desk::~Desk() {
+    // What a story that failed looked like can be kept.
+    const QString pictures = qEnvironmentVariable("TESSARIN_STORY_PICTURES");
+    if (testing::Test::HasFailure() && !pictures.isEmpty() && screen) {
+        const char* const story = testing::UnitTest::GetInstance()->current_test_info()->name();
+        look(*screen).save(pictures + QLatin1Char('/') + QString::fromLatin1(story) + QStringLiteral(".png"));
+    }
     if (program.state() == QProcess::NotRunning) return;
     program.kill();
     program.waitForFinished(END_MS);
@@ -96,9 +102,14 @@ QString Desk::data_folder() const { return path(QStringLiteral("data")) + USER_F
 
 QString Desk::settings_folder() const { return path(QStringLiteral("config")) + USER_FOLDER; }
 
-void launch(Desk& desk) {
-    if (!QFileInfo::exists(desk.program_folder())) install_program(desk);
+void install(Desk& desk) {
+    if (QFileInfo::exists(desk.program_folder())) return;
+    install_program(desk);
     install_opener(desk);
+}
+
+void launch(Desk& desk) {
+    install(desk);
     QDir().mkpath(desk.path(QStringLiteral("run")));
     QFile::setPermissions(desk.path(QStringLiteral("run")),
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
@@ -110,16 +121,19 @@ void launch(Desk& desk) {
 bool run(Desk& desk) {
     take_mouse_away(desk);
     launch(desk);
+    desk.window.clear();
     const bool there = wait_until([&] {
         const QStringList found = windows(desk, MAIN_TITLE);
         if (!found.isEmpty()) desk.window = found.front();
         return !found.isEmpty() || desk.program.state() == QProcess::NotRunning;
     });
-    if (!there || desk.window.isEmpty() || !wait_until([&] { return find_board(desk).is_found(); })) {
+    if (!there || desk.window.isEmpty() ||
+        !wait_until([&] { return find_board(desk, desk.scale).is_found(); })) {
         ADD_FAILURE() << "no window with a board: " << desk.program.readAll().toStdString();
         return false;
     }
     desk.origin = place_of(desk, desk.window).topLeft();
+    take_mouse_away(desk);
     return true;
 }
 

@@ -34,14 +34,6 @@ void Story::SetUp() {
     ASSERT_NE(test_screen, nullptr) << "Xvfb or openbox did not start";
 }
 
-// What a story that failed looked like at its end can be kept.
-void Story::TearDown() {
-    const QString folder = qEnvironmentVariable("TESSARIN_STORY_PICTURES");
-    if (!HasFailure() || folder.isEmpty() || !test_screen) return;
-    const char* const name = testing::UnitTest::GetInstance()->current_test_info()->name();
-    look(*test_screen).save(folder + QLatin1Char('/') + QString::fromLatin1(name) + QStringLiteral(".png"));
-}
-
 Positions successors(const Position& position) {
     MoveList list;
     generate_moves(position, list, position.side);

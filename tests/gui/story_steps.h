@@ -17,7 +17,6 @@ class Story : public testing::Test {
   protected:
     // Skips where programs are missing; fails where the screen did not come up.
     void SetUp() override;
-    void TearDown() override;
 };
 
 // The positions of a game in their order, from its start.
