@@ -52,6 +52,6 @@ struct EgdbBuildResult {
 // The most memory that a build takes, in bytes.
 int64_t build_memory(int pieces);
 
-// Builds what is missing. `stop` ends it early. `written`, if not null, is told each file as it appears.
+// Builds what is missing. `stop` ends it early.
 EgdbBuildStatus build_database(const EgdbBuildOptions& options, const std::atomic<bool>& stop,
                                EgdbBuildProgress& progress, EgdbBuildResult& result);
