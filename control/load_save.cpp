@@ -99,8 +99,11 @@ void load_pdn_game(const std::string& path) {
 void save_game_to_file(const std::string& path) {
     std::vector<char> text(GAME_TEXT_SIZE, '\0');
     game_to_pdn_text(text.data(), text.size(), whole_history(), game.headers, "\n");
-    if (append_game_text(path, text.data()) == 1)
+    const int status = append_game_text(path, text.data());
+    if (status == 1)
         ui.message_box("Cannot open file for appending.", "Error", ICON_ERROR);
+    else if (status == 2)
+        ui.message_box("The game could not be written to the file.", "Error", ICON_ERROR);
 }
 
 void take_over_game(PdnNode* list) {

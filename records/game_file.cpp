@@ -1,6 +1,8 @@
 #include "records/game_file.h"
 
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
 
 #include "base/files.h"
 
@@ -47,10 +49,14 @@ int separator_newlines_needed(const std::string& path) {
 
 int append_game_text(const std::string& path, const char* text) {
     const int newlines = separator_newlines_needed(path);
+    const int64_t bytes_before = file_size(path);
     OpenFile file(std::fopen(path.c_str(), "a"));
     if (!file) return 1;
     for (int i = 0; i < newlines; ++i) std::fputc('\n', file.get());
     std::fputs(text, file.get());
     const bool written = std::ferror(file.get()) == 0;
-    return std::fclose(file.release()) == 0 && written ? 0 : 2;
+    if (std::fclose(file.release()) == 0 && written) return 0;
+    std::error_code ignored;
+    if (bytes_before >= 0) std::filesystem::resize_file(path, static_cast<uintmax_t>(bytes_before), ignored);
+    return 2;
 }

@@ -27,5 +27,5 @@ GameFileStatus load_game_file(const std::string& path, std::string& text, PdnOff
 int separator_newlines_needed(const std::string& path);
 
 // Appends the text of a game to the file, which is made if it is not there, behind an empty line. 0; 1 if it
-// cannot be opened; 2 if it could not be written whole.
+// cannot be opened; 2 if it could not be written whole, in which case a file that was there is as it was.
 int append_game_text(const std::string& path, const char* text);

@@ -264,6 +264,12 @@ TEST_F(LoadSave, AFileThatCannotBeAppendedToIsTold) {
                                         "box Error: Cannot open file for appending."}));
 }
 
+TEST_F(LoadSave, AFullDiskIsTold) {
+    answers.save_path = "/dev/full";
+    save_command();
+    EXPECT_EQ(events_of("box"), (Events{"box Error: The game could not be written to the file."}));
+}
+
 TEST_F(LoadSave, ASavedTextEndsAt15999Bytes) {
     game.headers = GameHeaders{};
     const auto length_of = [](const std::vector<ReplayState>& entries) {

@@ -1,8 +1,10 @@
 #include "records/game_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -108,6 +110,21 @@ TEST_F(GameFiles, AppendingToWhatCannotBeWritten) {
     EXPECT_EQ(append_game_text(testing::TempDir(), "b"), 1);
     EXPECT_EQ(append_game_text(path + "/no/folder", "b"), 1);
     EXPECT_EQ(append_game_text("/dev/full", "b"), 2);
+}
+
+TEST_F(GameFiles, AFileThatCannotGrowKeepsItsGames) {
+    write("a *\n\n");
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    rlimit small = before;
+    small.rlim_cur = 100;
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    const int status = append_game_text(path, std::string(5000, 'b').c_str());
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(status, 2);
+    EXPECT_EQ(content(), "a *\n\n");
 }
 
 TEST_F(GameFiles, ListsTheGamesOfAFile) {
