@@ -32,7 +32,7 @@ std::string home_folder() {
 }
 
 std::string user_folder(const char* variable, const char* below_home) {
-    const std::string folder = folder_of_variable(variable);
+    std::string folder = folder_of_variable(variable);
     if (!folder.empty()) return folder;
     const std::string home = home_folder();
     return home.empty() ? "" : home + below_home;
@@ -80,7 +80,7 @@ std::string user_data_folder() { return user_folder("XDG_DATA_HOME", ".local/sha
 std::string user_settings_folder() { return user_folder("XDG_CONFIG_HOME", ".config/"); }
 
 std::string user_runtime_folder() {
-    const std::string session = folder_of_variable("XDG_RUNTIME_DIR");
+    std::string session = folder_of_variable("XDG_RUNTIME_DIR");
     if (!session.empty() && is_private_folder(session)) return session;
     const std::string own = "/tmp/tessarin-international-" + std::to_string(geteuid()) + "/";
     mkdir(own.c_str(), 0700);

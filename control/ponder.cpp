@@ -58,7 +58,9 @@ bool searched_reply(const MoveList& list, int& index) {
 }  // namespace
 
 bool predict_reply(Move& reply) {
-    if (prepare_engine() != 0) return false;
+    // A search that is slow to end has the book, the table and the engine's limits.
+    const bool idle = !search_thread.searching.load(std::memory_order_acquire) && wait_for_search();
+    if (!idle || prepare_engine() != 0) return false;
     MoveList list;
     generate_moves(game.board, list, game.board_side);
     if (list.count == 0) return false;

@@ -114,8 +114,8 @@ void start_ponder_search();
 // The ponder search becomes the real one: the user has made the predicted move.
 void change_ponder_to_normal_search();
 
-// The user's most likely move on the board, as the position it leads to. False if there is no answer. May
-// search for some 20 milliseconds; only while no search runs.
+// The user's most likely move on the board, as the position it leads to. False if there is no answer, and
+// while a search runs. May search for some 20 milliseconds.
 bool predict_reply(Move& reply);
 
 // Runs every 50 milliseconds on the interface thread, by the loop of the front end: passes a finished search

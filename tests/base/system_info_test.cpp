@@ -59,6 +59,10 @@ TEST(MemoryInfo, TheMachineFitsTogether) {
     EXPECT_EQ(figures.total_physical, memory_info_figure(content_of("/proc/meminfo"), "MemTotal"));
     EXPECT_EQ(figures.total_page_file, memory_info_figure(content_of("/proc/meminfo"), "SwapTotal"));
     EXPECT_GT(figures.free_physical, 0);
+    // Other programs take and give back memory meanwhile.
+    const double available =
+        static_cast<double>(memory_info_figure(content_of("/proc/meminfo"), "MemAvailable"));
+    EXPECT_NEAR(static_cast<double>(available_physical_memory()), available, 0.2 * available);
     EXPECT_LE(figures.free_physical, figures.total_physical);
     EXPECT_GE(figures.free_page_file, 0);
     EXPECT_LE(figures.free_page_file, figures.total_page_file);

@@ -5,6 +5,7 @@
 #include "base/log.h"
 #include "control/game_clock.h"
 #include "egdb/engine_egdb.h"
+#include "search/engine_settings.h"
 #include "search/search_state.h"
 #include "search/table.h"
 #include "tests/control/game_fixture.h"
@@ -374,6 +375,26 @@ TEST_F(PonderTest, ADeepTableEntryPredictsNext) {
     ASSERT_TRUE(predict_reply(reply));
     EXPECT_NE(log_lines, "");
     log_listener = nullptr;
+}
+
+TEST_F(PonderTest, NothingIsPredictedWhileASearchRuns) {
+    script.hold = true;
+    start_search();
+    wait_until_held();
+    engine_settings.hash_size_mb = 7;
+    bool asked = false;
+    script.predict = [&asked](const Position&, int, const MoveList&) {
+        asked = true;
+        return 0;
+    };
+    Move reply{};
+    EXPECT_FALSE(predict_reply(reply));
+    EXPECT_FALSE(asked);
+    EXPECT_EQ(engine_settings.hash_size_mb, 7) << "the engine's settings are those of the search";
+    discard_search();
+    timer_tick();
+    EXPECT_TRUE(predict_reply(reply));
+    EXPECT_TRUE(asked);
 }
 
 TEST_F(PonderTest, AShortSearchPredictsLast) {
