@@ -6,6 +6,7 @@
 #include "control/load_save.h"
 #include "control/settings.h"
 #include "control/time_control.h"
+#include "control/ui.h"
 #include "shell/languages.h"
 #include "shell/menu.h"
 #include "tests/gui/story_steps.h"
@@ -72,6 +73,22 @@ void add_language(Album& album, const Language& language) {
     add_dialog(album, COMMAND_COPY_GAME, QStringLiteral("copy-game"));
 }
 
+// The main window without what the desktop puts around it.
+void save_main_window(const Desk& desk, const QString& file) {
+    const QRect place = place_of(desk, desk.window);
+    take_mouse_away(desk);
+    wait_until([] { return false; }, 0.5);
+    EXPECT_TRUE(look(*desk.screen).copy(place).save(file));
+}
+
+void wait_for_picture(const Desk& desk, SearchPicture picture) {
+    EXPECT_TRUE(wait_until([&] { return button_shows(desk, COMMAND_SEARCH_BUTTON, picture); }));
+}
+
+void forward(const Desk& desk, int plies) {
+    for (int ply = 0; ply < plies; ++ply) press(desk, QStringLiteral("Right"));
+}
+
 }  // namespace
 
 TEST_F(Story, AlbumOfAllWindows) {
@@ -86,4 +103,39 @@ TEST_F(Story, AlbumOfAllWindows) {
     ASSERT_TRUE(choose(album.desk, COMMAND_RESET_WINDOWS));
     for (const Language& language : language_table) add_language(album, language);
     expect_language(ENGLISH_ID);
+}
+
+// The pictures in docs/manual/images, before their colours are reduced for size.
+TEST_F(Story, PicturesForTheManual) {
+    const QString folder = qEnvironmentVariable("TESSARIN_STORY_PICTURES") + QLatin1Char('/');
+    if (folder.size() == 1) GTEST_SKIP() << "TESSARIN_STORY_PICTURES names no folder";
+    Desk desk;
+    ASSERT_TRUE(run(desk));
+    const QString game = desk.program_folder() + QStringLiteral("games/sample.pdn");
+    ASSERT_TRUE(load_game(desk, game, 0));
+    press(desk, QStringLiteral("Home"));
+    forward(desk, 33);
+    click_button(desk, COMMAND_SEARCH_BUTTON);
+    wait_for_picture(desk, PICTURE_STOP);
+    wait_for_picture(desk, PICTURE_GO);
+    save_main_window(desk, folder + QStringLiteral("playing.png"));
+
+    ASSERT_TRUE(choose(desk, COMMAND_ANALYSIS_ALLSCORES));
+    wait_for_picture(desk, PICTURE_STOP);
+    wait_for_picture(desk, PICTURE_GO);
+    save_main_window(desk, folder + QStringLiteral("analysis.png"));
+
+    ASSERT_TRUE(choose(desk, COMMAND_NORMAL));
+    ASSERT_TRUE(choose(desk, COMMAND_CLEAR_BOARD));
+    const BoardPlaceOnScreen board = find_board(desk);
+    for (const int square : {8, 9, 13, 18, 24}) click_square(desk, board, square);
+    for (const int square : {27, 32, 33, 38, 43, 4}) click_square(desk, board, square, 3);
+    save_main_window(desk, folder + QStringLiteral("setup.png"));
+
+    ASSERT_TRUE(choose(desk, COMMAND_NORMAL));
+    ASSERT_TRUE(choose(desk, TIME_GAME_CLOCK));
+    const QString dialog = opened_window(desk);
+    save_main_window(desk, folder + QStringLiteral("game-time.png"));
+    press_here(desk, QStringLiteral("Escape"));
+    ASSERT_TRUE(wait_until_closed(desk, dialog));
 }
