@@ -17,7 +17,7 @@ constexpr int HISTORY_START = 4096;
 constexpr int HISTORY_LIMIT = 8192;
 constexpr int FIRST_STOPPABLE_ITERATION = 5;  // a move is always backed by a search of some depth
 
-struct SearchState {
+struct SearchState {  // NOLINT(clang-analyzer-optin.performance.Padding): cache lines
     // Written by the caller before a search, in seconds: no new iteration starts after `Mintime`, the next
     // iteration goes two deeper up to `step_time`, the search is cut off beyond `max_time`.
     double Mintime = 0;

@@ -22,7 +22,7 @@ struct SplitPoint;
 
 // One per thread. The counters and killers are written by their own thread at each node, so they stand on
 // other cache lines than the flags that the other threads look at.
-struct alignas(CACHE_LINE) ThreadRecord {
+struct alignas(CACHE_LINE) ThreadRecord {  // NOLINT(clang-analyzer-optin.performance.Padding): cache lines
     int32_t number = 0;                    // 0 is the thread that called `getmove`
     std::atomic<bool> stop = false;        // leave the subtree that is searched now; set by others too
     std::atomic<bool> idle = false;        // has no work and may be recruited

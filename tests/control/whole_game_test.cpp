@@ -172,7 +172,7 @@ TEST_F(WholeGame, AUserPlaysTheEngineWithPondering) {
     script.think = random_move;
     script.predict = [](const Position&, int, const MoveList& list) { return list.count - 1; };
     settings.pondering_on = 1;
-    for (int n = 0; n < 25; ++n) {
+    for (int n = 0; n < 10; ++n) {
         game_random.seed(static_cast<unsigned>(n));
         new_game_command();
         timer_tick();
@@ -240,7 +240,7 @@ TEST_F(WholeGame, AUserPlaysTheEngineWithPondering) {
 TEST_F(WholeGame, AUserAsksForHintsAndStopsTheEngine) {
     Random random(9);
     script.think = random_move;
-    for (int n = 0; n < 20; ++n) {
+    for (int n = 0; n < 8; ++n) {
         new_game_command();
         timer_tick();
         for (int plies = 0; plies < 60; ++plies) {
@@ -424,7 +424,7 @@ TEST_F(RandomWalk, CommandsDuringSearchesOfTheEngineItself) {
     settings.search_threads = 2;
     threads_init(2);
     search_state.depth_limit = 7;
-    for (int count = 0; count < 6000; ++count) {
+    for (int count = 0; count < 2000; ++count) {
         ASSERT_NO_FATAL_FAILURE(step());
         ASSERT_NO_FATAL_FAILURE(check(count));
     }
