@@ -128,6 +128,7 @@ void set_gui_mode(int32_t mode) {
         show_status(TEXT_SETUP_HINT);
     } else if (game.gui_mode == SETUP_MODE) {
         restart_from_board();
+        show_status("");
     }
     if (mode != NORMAL_MODE) search_thread.ponder_done = false;
     game.gui_mode = mode;

@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QSplitter>
 #include <QStandardPaths>
 
 #include "shell/qt/text.h"
@@ -22,7 +23,14 @@ QString first_folder() {
     return QFileInfo(documents).isDir() ? documents : QDir::homePath();
 }
 
+// Room for whole names and dates, where the dialog is the toolkit's own.
+void widen(QFileDialog& dialog) {
+    dialog.resize(760, 480);
+    if (auto* const splitter = dialog.findChild<QSplitter*>()) splitter->setSizes({150, 600});
+}
+
 bool choose_file(QFileDialog& dialog, std::string& path) {
+    widen(dialog);
     dialog.setNameFilters({QStringLiteral("PDN Files (*.pdn)"), QStringLiteral("All Files (*)")});
     const bool known = !chosen_file.folder.isEmpty() && QFileInfo(chosen_file.folder).isDir();
     dialog.setDirectory(known ? chosen_file.folder : first_folder());

@@ -10,6 +10,7 @@
 #include <QTimer>
 #include <QToolBar>
 #include <algorithm>
+#include <chrono>
 
 #include "base/program_paths.h"
 #include "shell/qt/arrangement.h"
@@ -250,7 +251,11 @@ void MainWindow::keep_frame_on_screen() {
 
 void MainWindow::showEvent(QShowEvent* event) {
     QMainWindow::showEvent(event);
-    if (!event->spontaneous()) QTimer::singleShot(0, this, &MainWindow::keep_frame_on_screen);
+    if (event->spontaneous()) return;
+    // Some window managers tell their decoration only a while after they have made it.
+    constexpr std::chrono::milliseconds DECORATED(300);
+    QTimer::singleShot(0, this, &MainWindow::keep_frame_on_screen);
+    QTimer::singleShot(DECORATED, this, &MainWindow::keep_frame_on_screen);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -1,5 +1,6 @@
 #include "shell/qt/menu_bar.h"
 
+#include <QActionGroup>
 #include <QKeySequence>
 #include <QMenuBar>
 #include <array>
@@ -30,10 +31,11 @@ struct Builder {
     void (*run)(int32_t id);
     MenuBinding& binding;
 
-    void add_command(QMenu& menu, const MenuItem& item) const {
+    void add_command(QMenu& menu, const MenuItem& item, QActionGroup& choices) const {
         QAction* const action = menu.addAction(shown_text(item.text));
         action->setMenuRole(QAction::NoRole);
         action->setCheckable(command_has_tick(item.id));
+        if (command_is_choice(item.id)) choices.addAction(action);
         for (const Accelerator& accelerator : ACCELERATORS)
             if (accelerator.id == item.id) action->setShortcut(accelerator.key);
         QObject::connect(action, &QAction::triggered, &window, [id = item.id, to = run] { to(id); });
@@ -41,13 +43,16 @@ struct Builder {
     }
 
     void add_items(QMenu& menu, const std::vector<MenuItem>& items) const {
+        auto* const choices = new QActionGroup(&menu);
+        // None of them need be in force.
+        choices->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
         for (const MenuItem& item : items) {
             if (item.id == MENU_SEPARATOR)
                 menu.addSeparator();
             else if (item.id == MENU_POPUP)
                 add_popup(*menu.addMenu(shown_text(item.text)), item);
             else
-                add_command(menu, item);
+                add_command(menu, item, *choices);
         }
     }
 

@@ -101,9 +101,13 @@ int32_t book_mode_of_command(int32_t id) {
 }
 
 bool command_has_tick(int32_t id) {
-    return byte_setting(id) || word_setting(id) || pane_of_command(id) >= 0 ||
-           book_mode_of_command(id) >= 0 || is_background_command(id) || is_language_command(id) ||
-           is_one_of(MODE_COMMANDS, id) || id == COMMAND_SETUP || time_menu_row(id);
+    return byte_setting(id) || word_setting(id) || pane_of_command(id) >= 0 || id == COMMAND_SETUP ||
+           command_is_choice(id);
+}
+
+bool command_is_choice(int32_t id) {
+    return book_mode_of_command(id) >= 0 || is_background_command(id) || is_language_command(id) ||
+           is_one_of(MODE_COMMANDS, id) || time_menu_row(id);
 }
 
 bool command_is_ticked(int32_t id, const MenuState& state) {

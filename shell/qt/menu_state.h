@@ -9,6 +9,9 @@
 // The command has a tick when something is in force.
 bool command_has_tick(int32_t id);
 
+// It is one of several of which one is in force.
+bool command_is_choice(int32_t id);
+
 bool command_is_ticked(int32_t id, const MenuState& state);
 
 bool command_is_enabled(int32_t id, const MenuState& state);

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QGridLayout>
 #include <QMessageBox>
 #include <QMimeData>
 #include <cstdio>
@@ -72,10 +73,20 @@ void trim_dxp_text(size_t limit, size_t kept) {
     if (main_window) main_window->pane(DXP_WINDOW).trim_text(limit, kept);
 }
 
+// A box is as wide as its text alone wants it, which a short text may make too narrow for the title bar.
+void make_room_for_title(QMessageBox& box) {
+    constexpr int BUTTONS_OF_TITLE_BAR = 140;
+    auto* const grid = qobject_cast<QGridLayout*>(box.layout());
+    if (!grid) return;
+    const int width = box.fontMetrics().horizontalAdvance(box.windowTitle()) + BUTTONS_OF_TITLE_BAR;
+    grid->addItem(new QSpacerItem(width, 0), grid->rowCount(), 0, 1, grid->columnCount());
+}
+
 void message_box(const char* text, const char* title, MessageIcon icon) {
     QMessageBox box(box_icon(icon), shown_text(title), shown_text(text), QMessageBox::Ok, box_parent());
     box.setTextFormat(Qt::PlainText);
     box.setTextInteractionFlags(Qt::TextSelectableByMouse);
+    make_room_for_title(box);
     box.exec();
 }
 
@@ -83,6 +94,7 @@ bool ask(const char* text, const char* title) {
     QMessageBox box(QMessageBox::Question, shown_text(title), shown_text(text),
                     QMessageBox::Ok | QMessageBox::Cancel, box_parent());
     box.setTextFormat(Qt::PlainText);
+    make_room_for_title(box);
     return box.exec() == QMessageBox::Ok;
 }
 

@@ -178,7 +178,7 @@ TEST_F(GameState, SetupRestartsTheHistoryOnItsWayInAndOut) {
     EXPECT_TRUE(same_pieces(game.game_history[0].position, pieces(2, 2)));
     EXPECT_EQ(game.game_history[0].side, BLACK);
     EXPECT_EQ(game.game_history[0].setup_flag, 1);
-    EXPECT_EQ(events(), (Events{"game 0-4", "menu 1010 40055", "title the program"}));
+    EXPECT_EQ(events(), (Events{"game 0-4", "status ", "menu 1010 40055", "title the program"}));
 }
 
 TEST_F(GameState, NoOtherChangeOfModeTouchesTheHistory) {
