@@ -110,6 +110,8 @@ void install(Desk& desk) {
 
 void launch(Desk& desk) {
     install(desk);
+    // The window manager answers once it is up.
+    wait_until([&] { return !xdotool(desk, {QStringLiteral("get_num_desktops")}).isEmpty(); });
     QDir().mkpath(desk.path(QStringLiteral("run")));
     QFile::setPermissions(desk.path(QStringLiteral("run")),
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
@@ -143,9 +145,12 @@ int exit_status(Desk& desk) {
 }
 
 bool close_program(Desk& desk) {
-    xdotool(desk, {QStringLiteral("windowactivate"), QStringLiteral("--sync"), desk.window,
-                   QStringLiteral("key"), QStringLiteral("alt+F4")});
-    return exit_status(desk) == 0;
+    // The window manager takes the key only once the window has the keyboard.
+    for (int tries = 0; tries < 4; ++tries) {
+        press(desk, QStringLiteral("alt+F4"));
+        if (wait_until([&] { return desk.program.state() == QProcess::NotRunning; }, PATIENCE / 3)) break;
+    }
+    return desk.program.state() == QProcess::NotRunning && exit_status(desk) == 0;
 }
 
 QString xdotool(const Desk& desk, const QStringList& arguments) {
@@ -172,8 +177,13 @@ QString wait_for_window(const Desk& desk, const QString& title) {
     return found.isEmpty() ? QString() : found.front();
 }
 
+// A window that goes while the list is made can make it come out empty, so one look is not enough.
 bool wait_until_closed(const Desk& desk, const QString& window) {
-    return wait_until([&] { return !windows(desk).contains(window); });
+    int looks_without = 0;
+    return wait_until([&] {
+        looks_without = windows(desk).contains(window) ? 0 : looks_without + 1;
+        return looks_without >= 3;
+    });
 }
 
 QString title_of(const Desk& desk, const QString& window) {
