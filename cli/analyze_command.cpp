@@ -38,9 +38,9 @@ struct AnalyzeRun {
 };
 AnalyzeRun run;
 
-void fail_run(const char* format, const std::string& what) {
+void fail_run(const std::string& text) {
     run.failed = true;
-    fail(format, what.c_str());  // NOLINT(clang-diagnostic-format-nonliteral): one of the texts below
+    fail("%s", text.c_str());
 }
 
 // One for each move or set position, and one for the start.
@@ -58,14 +58,14 @@ void begin_output() {
             count_positions(analysis.analysis_games[static_cast<size_t>(i)].get()));
     run.start_ms = clock_ms();
     run.output = run.output_path.empty() ? stdout : std::fopen(run.output_path.c_str(), "w");
-    if (!run.output) fail_run("Cannot open %s for writing", run.output_path);
+    if (!run.output) fail_run("Cannot open " + run.output_path + " for writing");
 }
 
 void print_finished_game(const PdnTable& games, uint32_t flags, int index) {
     show_progress("");
     pdn_print_game(run.output, games[static_cast<size_t>(index)].get(), flags);
     if (std::fflush(run.output) != 0)
-        fail_run("Cannot write the analysis%s", run.output_path.empty() ? "" : " to " + run.output_path);
+        fail_run("Cannot write the analysis" + (run.output_path.empty() ? "" : " to " + run.output_path));
 }
 
 void show_analysis_progress() {
@@ -89,7 +89,7 @@ Ui analyze_screen() {
         path = run.file;
         return true;
     };
-    screen.message_box = [](const char* text, const char*, MessageIcon) { fail_run("%s", text); };
+    screen.message_box = [](const char* text, const char*, MessageIcon) { fail_run(text); };
     return screen;
 }
 
@@ -114,7 +114,7 @@ void run_analyze(const AnalyzeOptions& options) {
     }
     show_progress("");
     if (run.output && run.output != stdout && std::fclose(run.output) != 0)
-        fail_run("Cannot write the analysis to %s", run.output_path);
+        fail_run("Cannot write the analysis to " + run.output_path);
     if (interrupted) set_exit_status(EXIT_BAD_INPUT);
 }
 

@@ -266,6 +266,7 @@ void run_match(MatchOptions options) {
     if (options.nodes.empty() && options.time.empty() && options.depth.empty()) options.nodes = "20000";
     Match match(options);
     std::vector<std::jthread> jobs;
+    jobs.reserve(static_cast<size_t>(options.jobs));
     for (int i = 0; i < options.jobs; ++i) jobs.emplace_back([&match] { run_job(match); });
     jobs.clear();
     show_progress("");

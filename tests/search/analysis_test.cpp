@@ -35,6 +35,12 @@ class AllScoresTest : public SearchTest {
 
 constexpr uint32_t ALL = SEARCH_QUIET | SEARCH_ALL_SCORES;
 
+int count_of(const std::string& text, const std::string& part) {
+    int count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+    return count;
+}
+
 struct Scored {
     std::string move;
     int value;
@@ -517,9 +523,14 @@ TEST_F(NearBestTest, TheTimeGrowsWithTheCandidates) {
         EXPECT_NEAR(search_state.step_time, 8 * LONG_TIME, 1);
         EXPECT_NEAR(search_state.max_time, 8 * LONG_TIME, 1);
         // Near it the time is that of a search without one.
+        logged.clear();
         search(p, msd, 7);
         EXPECT_EQ(search_state.completed_depth, 7);
         EXPECT_LE(search_state.Mintime, 2 * LONG_TIME);
+        char long_time[40];
+        std::snprintf(long_time, sizeof long_time, "Mintime %.2f,", 8 * LONG_TIME);
+        EXPECT_EQ(count_of(logged, "Mintime "), 4) << "iterations 1, 3, 5 and 7";
+        EXPECT_EQ(count_of(logged, long_time), 3);
     }
     // No time at all: the first iterations run nevertheless.
     search(p, 5, 0, 0);
