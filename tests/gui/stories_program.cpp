@@ -110,8 +110,9 @@ void install(Desk& desk) {
 
 void launch(Desk& desk) {
     install(desk);
-    // The window manager answers once it is up.
-    wait_until([&] { return !xdotool(desk, {QStringLiteral("get_num_desktops")}).isEmpty(); });
+    // Until the window manager is up it is said to have no desktop. A window that comes while it starts can
+    // be overlooked.
+    wait_until([&] { return xdotool(desk, {QStringLiteral("get_num_desktops")}).toInt() > 0; });
     QDir().mkpath(desk.path(QStringLiteral("run")));
     QFile::setPermissions(desk.path(QStringLiteral("run")),
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
@@ -131,7 +132,9 @@ bool run(Desk& desk) {
     });
     if (!there || desk.window.isEmpty() ||
         !wait_until([&] { return find_board(desk, desk.scale).is_found(); })) {
-        ADD_FAILURE() << "no window with a board: " << desk.program.readAll().toStdString();
+        ADD_FAILURE() << (desk.window.isEmpty() ? "no window" : "no board")
+                      << (desk.program.state() == QProcess::Running ? ", the program runs: " : ": ")
+                      << desk.program.errorString().toStdString() << desk.program.readAll().toStdString();
         return false;
     }
     desk.origin = place_of(desk, desk.window).topLeft();
@@ -145,10 +148,11 @@ int exit_status(Desk& desk) {
 }
 
 bool close_program(Desk& desk) {
-    // The window manager takes the key only once the window has the keyboard.
-    for (int tries = 0; tries < 4; ++tries) {
+    // The window manager takes the key only once it knows that the window has the keyboard.
+    const auto has_ended = [&] { return desk.program.state() == QProcess::NotRunning; };
+    for (int tries = 0; tries < 10 && !has_ended(); ++tries) {
         press(desk, QStringLiteral("alt+F4"));
-        if (wait_until([&] { return desk.program.state() == QProcess::NotRunning; }, PATIENCE / 3)) break;
+        wait_until(has_ended, PATIENCE / 10);
     }
     return desk.program.state() == QProcess::NotRunning && exit_status(desk) == 0;
 }

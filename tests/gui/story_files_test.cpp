@@ -99,6 +99,17 @@ TEST_F(Story, FilesHaveNamesInAnyScriptAndMayBeGone) {
     EXPECT_TRUE(close_program(desk));
 }
 
+// A disk without room for the game.
+TEST_F(Story, AGameThatCannotBeWrittenIsTold) {
+    Desk desk;
+    ASSERT_TRUE(run(desk));
+    const QString full = desk.path(QStringLiteral("full.pdn"));
+    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), full));
+    ASSERT_TRUE(save_game(desk, full));
+    EXPECT_TRUE(answer_box(desk, QStringLiteral("Error"))) << "the game is not saved and nobody is told";
+    EXPECT_TRUE(close_program(desk));
+}
+
 // The folder of the settings cannot be made.
 TEST_F(Story, SettingsThatCannotBeKeptAreTold) {
     Desk desk;
