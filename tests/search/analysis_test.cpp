@@ -271,9 +271,9 @@ TEST_F(AllScoresTest, AStopBringsTheEarlierValuesBack) {
 TEST_F(AllScoresTest, ManyThreadsGiveLegalMovesAndForcedEnds) {
     threads_init(MAX_SEARCH_THREADS);
     Random random(94);
-    for (int i = 0; i < 30; ++i) {
+    for (int i = 0; i < 15; ++i) {
         engine_settings.search_threads = 2 + i % 7;
-        const Position p = random_play(random, 10 + 2 * i);
+        const Position p = random_play(random, 10 + 4 * i);
         const Searched found = search_to(p, 8, ALL);
         MoveList list;
         const int count = generate_moves(p, list, p.side);
