@@ -151,7 +151,7 @@ bool is_block_code(int32_t catalogue, int32_t vmap) {
 
 // Where the Subslice before this one ends.
 void end_previous(Subslice& previous, uint32_t startbyte) {
-    const uint32_t subblock = startbyte / SUBBLOCK_BYTES;
+    const auto subblock = static_cast<uint32_t>(startbyte / SUBBLOCK_BYTES);
     previous.last_subidx = static_cast<uint8_t>(startbyte % SUBBLOCK_BYTES ? subblock
                                                 : subblock                 ? subblock - 1
                                                                            : SUBBLOCKS - 1);
