@@ -1,0 +1,82 @@
+// The one connection that the program can hold to another: how it comes about, how messages go out and come
+// in, how it ends.
+//
+// A connection is a record of its own, a `DxpLink`, shared by the threads that use it and gone with the last
+// of them: a thread of a connection that has ended can touch nothing of the next. Whoever ends it clears
+// `open`, and only the one who found it set tells of it, so an end is told once at most.
+//
+// Three threads meet here. The interface thread sends, takes messages out, connects and disconnects; the
+// connection thread (dxp/connection_thread.h) waits for a peer; the receive thread, one a connection, fills
+// the ring and posts an event for every complete message.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+#include "base/event.h"
+#include "dxp/messages.h"
+#include "dxp/ring.h"
+#include "dxp/socket.h"
+
+constexpr const char* DXP_PORT = "27531";
+// Another port for this copy of the program; the console's --port does the same.
+constexpr const char* DXP_PORT_VARIABLE = "TESSARIN_DXP_PORT";
+
+constexpr int DXP_LISTEN_MS = 1000;    // one wait for a peer
+constexpr int DXP_CONNECT_MS = 10000;  // the longest wait for a host
+
+enum DxpConnectionState : int32_t { DXP_UNCONNECTED = 0, DXP_LISTENING = 1, DXP_CONNECTED = 2 };
+
+struct DxpLink {
+    Socket socket;
+    DxpRing ring;
+    int32_t number = 0;            // of the connections of this run, from 1
+    std::atomic<bool> open{true};  // false once it has ended, on purpose or not
+    Event receiving;               // the receive thread may begin
+};
+
+struct DxpConnection {
+    char port_text[8] = "27531";  // written before other threads run
+    std::atomic<int32_t> connection_state{DXP_UNCONNECTED};
+    Event connection_event;  // wakes the connection thread
+
+    // Makes a thread that runs `body` and is never joined; false if the system refuses. Tests let it fail.
+    bool (*make_thread)(void (*body)(std::shared_ptr<DxpLink>), std::shared_ptr<DxpLink> link);
+    // Called by the receive thread for each complete message, with its type, and with DXP_CONNECTIONLOST; and
+    // with that by whoever else finds the connection lost. `number` is the connection's.
+    void (*post_event)(int32_t type, int32_t number);
+
+    std::atomic<int32_t> receive_threads{0};  // that run
+
+    std::mutex mutex;  // of `link` and `last_number`
+    std::shared_ptr<DxpLink> link;
+    int32_t last_number = 0;
+};
+// Never destroyed: its threads live as long as the process.
+extern DxpConnection& dxp_connection;
+
+// Takes the port from the text of a number from 1 to 65535, or keeps the one it has: false. Null is no
+// port. Before other threads run.
+bool choose_dxp_port(const char* text);
+
+// Connects to the host, or, with null and while the state is DXP_LISTENING, waits once for a peer, who takes
+// the state to DXP_CONNECTED. 0 with a connection, whose receive thread waits for `dxp_begin_receiving`; 1
+// without. From the interface thread, and with null from the connection thread.
+int dxp_connect(const char* hostname);
+// Messages may come in from now on.
+void dxp_begin_receiving();
+// Ends the connection, if there is one, without an event. Interface thread only.
+void dxp_disconnect();
+// The number of the connection; 0 if there is none.
+int32_t dxp_connection_number();
+
+// Writes the message's text to DXP_TEXT_SIZE bytes and sends it, NUL included. Returns when the system has
+// all of it. A connection that turns out to be lost posts DXP_CONNECTIONLOST. 0 when it was sent, 1
+// otherwise. Interface thread only.
+int dxp_send_message(const DxpMessage& message, char* text_out);
+
+// Takes the oldest complete message out of the ring into a cleared record, and its text into DXP_TEXT_SIZE
+// bytes. Without one the record is cleared and the text empty. Interface thread only.
+void dxp_get_message(DxpMessage& message_out, char* text_out);
