@@ -7,6 +7,8 @@
 #include "base/files.h"
 #include "base/program_paths.h"
 #include "control/game.h"
+#include "dxp/dxp_state.h"
+#include "dxp/match.h"
 #include "records/game_file.h"
 #include "records/pdn_write.h"
 
@@ -26,12 +28,13 @@ std::string header_text(const std::string& text) {
     return clean;
 }
 
-std::string event_text(const MatchGameHeaders& headers) {
+std::string event_text() {
     char text[EVENT_SIZE];
-    if (headers.opening.empty())
-        std::snprintf(text, sizeof text, "Game %d", headers.number + 1);
+    if (dxp_state.dxp_follower)
+        std::snprintf(text, sizeof text, "Game %d", dxp_state.match_games + 1);
     else
-        std::snprintf(text, sizeof text, "Game %d, opening %s", headers.number + 1, headers.opening.c_str());
+        std::snprintf(text, sizeof text, "Game %d, opening %s", dxp_state.match_games + 1,
+                      match_plan.opening_text.c_str());
     return text;
 }
 
@@ -59,12 +62,12 @@ std::string match_games_path() {
     return program_paths.data_folder + GAMES_FILE + program_paths.instance_suffix + ".pdn";
 }
 
-void append_game_to_match_file(const MatchGameHeaders& headers) {
+void append_match_game(const char* black_name, const char* white_name, const char* result_text) {
     std::array<char, GAME_TEXT_SIZE> text{};
-    const int length = game_to_pdn_text(text.data(), text.size(), played_history(), event_text(headers).c_str(),
-                                        today_text().c_str(), header_text(headers.black).c_str(),
-                                        header_text(headers.white).c_str(), headers.result, "\n");
-    if (headers.number == 0)
+    const int length = game_to_pdn_text(text.data(), text.size(), played_history(), event_text().c_str(),
+                                        today_text().c_str(), header_text(black_name).c_str(),
+                                        header_text(white_name).c_str(), result_text, "\n");
+    if (dxp_state.match_games == 0)
         replace_file(match_games_path(), text.data(), static_cast<size_t>(length));
     else
         append_game_text(match_games_path(), text.data());

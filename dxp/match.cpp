@@ -12,7 +12,8 @@
 #include "control/time_control.h"
 #include "control/ui.h"
 #include "core/ballots.h"
-#include "dxp/match_state.h"
+#include "dxp/game_files.h"
+#include "dxp/game_flow.h"
 #include "dxp/statistics.h"
 #include "records/pdn_game.h"
 
@@ -25,15 +26,14 @@ constexpr int TWO_MOVES = 2;
 constexpr int THREE_MOVES = 3;
 
 MatchOpenings openings_of_settings() {
-    return settings.match_opening_kind > FILE_OPENINGS ? TWO_MOVE_OPENINGS
-                                                       : static_cast<MatchOpenings>(settings.match_opening_kind);
+    return settings.match_opening_kind > FILE_OPENINGS
+               ? TWO_MOVE_OPENINGS
+               : static_cast<MatchOpenings>(settings.match_opening_kind);
 }
 
 int32_t repeats_of_settings() { return setting_number(settings2.match_repeats, 1, INT32_MAX); }
 
-int ballot_moves(MatchOpenings openings) {
-    return openings == THREE_MOVE_OPENINGS ? THREE_MOVES : TWO_MOVES;
-}
+int ballot_moves(MatchOpenings openings) { return openings == THREE_MOVE_OPENINGS ? THREE_MOVES : TWO_MOVES; }
 
 // The last position of a game, or where it breaks.
 ReplayState final_state(PdnNode* list) {
@@ -73,9 +73,9 @@ void prepare_match() {
     // The engine plays by the same time that the other side is told.
     settings2.increment_mode = settings2.match_incremental;
     set_time_control(TIME_GAME_CLOCK);
-    match_state.match_games = 0;
-    match_state.dxp_follower = 0;
-    match_state.score = MatchScore{};
+    dxp_state.match_games = 0;
+    dxp_state.dxp_follower = 0;
+    clear_match_counters();
 }
 
 void take_over_times(const MatchFields& fields) {
@@ -92,12 +92,15 @@ bool can_resume_behind(int32_t games, MatchOpenings openings) {
     return games > 0 && games < match_total_games(openings);
 }
 
-void take_over_score() {
-    MatchScore score;
-    const int32_t games = read_match_stats(score);
+void take_over_results() {
+    MatchResults results;
+    const int32_t games = read_match_stats(results);
     if (!can_resume_behind(games, openings_of_settings())) return;
-    match_state.match_games = games;
-    match_state.score = score;
+    dxp_state.match_games = games;
+    dxp_state.match_wins = results.wins;
+    dxp_state.match_draws = results.draws;
+    dxp_state.match_losses = results.losses;
+    dxp_state.match_unknowns = results.unknowns;
     trim_match_games(games);
 }
 
@@ -105,12 +108,19 @@ void start_match() {
     reset_game_clock();
     update_menu();
     update_title();
-    if (set_next_start_position(match_state.match_games / 2) != 0) return;
+    if (set_next_start_position(dxp_state.match_games / 2) != 0) return;
     ui.redraw_board();
     dxp_send_game_request();
 }
 
 }  // namespace
+
+void start_matches() {
+    match_hooks.set_next_start_position = set_next_start_position;
+    match_hooks.append_match_game = append_match_game;
+    match_hooks.write_match_stats = write_match_stats;
+    match_hooks.read_match_stats = read_match_stats;
+}
 
 MatchFields match_fields() {
     MatchFields fields;
@@ -139,8 +149,8 @@ int64_t match_total_games(MatchOpenings openings) {
 int64_t match_total_games() { return match_total_games(openings_of_settings()); }
 
 bool match_can_resume(MatchOpenings openings) {
-    MatchScore score;
-    return openings == FILE_OPENINGS || can_resume_behind(read_match_stats(score), openings);
+    MatchResults results;
+    return openings == FILE_OPENINGS || can_resume_behind(read_match_stats(results), openings);
 }
 
 int set_next_start_position(int32_t pair) {
@@ -148,7 +158,7 @@ int set_next_start_position(int32_t pair) {
     const int count = start_position_count(openings);
     if (count == 0) return 1;
     const int index = pair % count;
-    if (index == 0 && match_state.match_games >= match_total_games(openings)) return 1;
+    if (index == 0 && dxp_state.match_games >= match_total_games(openings)) return 1;
     return openings == FILE_OPENINGS ? begin_at_file_position(index)
                                      : begin_at_ballot(ballot_moves(openings), index);
 }
@@ -172,7 +182,7 @@ int begin_match(const MatchFields& fields) {
     prepare_match();
     take_over_times(fields);
     settings2.match_repeats = std::max(fields.repeats, 1);
-    if (fields.resume) take_over_score();
+    if (fields.resume) take_over_results();
     start_match();
     return 0;
 }

@@ -13,6 +13,16 @@
 // As the settings keep them.
 enum MatchOpenings : uint8_t { TWO_MOVE_OPENINGS = 0, THREE_MOVE_OPENINGS = 1, FILE_OPENINGS = 2 };
 
+// The start positions. Interface thread only.
+struct MatchPlan {
+    std::vector<ReplayState> start_positions;  // of FILE_OPENINGS, from the file that was read last
+    std::string opening_text;                  // name of the one on the board
+};
+extern MatchPlan match_plan;
+
+// Fills in what of `match_hooks` leads here. Before a connection.
+void start_matches();
+
 // The user's choices, as the dialog has them.
 struct MatchFields {
     MatchOpenings openings = TWO_MOVE_OPENINGS;

@@ -1,14 +1,15 @@
 #include "dxp/statistics.h"
 
-#include <cstdio>
 #include <string_view>
 
 #include "base/files.h"
 #include "base/program_paths.h"
+#include "dxp/dxp_state.h"
 
 namespace {
 
 constexpr const char* STATS_FILE = "dxpstats";
+constexpr size_t LINE_SIZE = 300;
 constexpr int32_t MOST_GAMES = 100'000'000;  // of each kind, so that sums have room
 
 bool is_blank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
@@ -38,24 +39,18 @@ bool take_word(std::string_view& text, std::string_view word) {
 
 }  // namespace
 
-void match_score_text(const char* own_name, const char* other_name, const MatchScore& score, char* buffer,
-                      size_t size) {
-    std::snprintf(buffer, size, "%s vs %s:  %d wins, %d losses, %d draws, %d unknowns", own_name, other_name,
-                  score.wins, score.losses, score.draws, score.unknowns);
-}
-
-int32_t parse_match_score(const std::string& text, MatchScore& score) {
+int32_t parse_match_stats(std::string_view text, MatchResults& results) {
     const size_t colon = text.find(':');
-    if (colon == std::string::npos) return 0;
-    std::string_view rest = std::string_view(text).substr(colon + 1);
-    MatchScore read;
+    if (colon == std::string_view::npos) return 0;
+    std::string_view rest = text.substr(colon + 1);
+    MatchResults read;
     const bool whole = take_number(rest, read.wins) && take_word(rest, "wins,") &&
                        take_number(rest, read.losses) && take_word(rest, "losses,") &&
                        take_number(rest, read.draws) && take_word(rest, "draws,") &&
                        take_number(rest, read.unknowns);
     const int32_t games = read.wins + read.losses + read.draws + read.unknowns;
     if (!whole || games == 0) return 0;
-    score = read;
+    results = read;
     return games;
 }
 
@@ -63,7 +58,14 @@ std::string match_stats_path() {
     return program_paths.data_folder + STATS_FILE + program_paths.instance_suffix + ".txt";
 }
 
-int32_t read_match_stats(MatchScore& score) {
+void write_match_stats() {
+    char line[LINE_SIZE];
+    dxp_match_title(line, sizeof line);
+    const std::string text = std::string(line) + '\n';
+    replace_file(match_stats_path(), text.data(), text.size());
+}
+
+int32_t read_match_stats(MatchResults& results) {
     std::string text;
-    return read_file(match_stats_path(), text) == 0 ? parse_match_score(text, score) : 0;
+    return read_file(match_stats_path(), text) == 0 ? parse_match_stats(text, results) : 0;
 }

@@ -1,32 +1,22 @@
-// The score of a match, as the title shows it and as one line in a file in the data folder. From the file a
-// match that was broken off can be resumed, so it is at every moment that of the game before or of the last
-// one. Interface thread and connection thread.
+// The results of a match as one line in a file of the data folder. A match that was broken off can be resumed
+// from it, so it is at every moment that of the game before or of the last one. Interface thread only.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
-// Results from this side's point of view.
-struct MatchScore {
-    int32_t wins = 0;
-    int32_t losses = 0;
-    int32_t draws = 0;
-    int32_t unknowns = 0;
+#include "dxp/match_hooks.h"
 
-    bool operator==(const MatchScore&) const = default;
-};
-
-// "Tessarin vs Other:  3 wins, 1 losses, 4 draws, 0 unknowns", cut to `size`, at least 1.
-void match_score_text(const char* own_name, const char* other_name, const MatchScore& score, char* buffer,
-                      size_t size);
-
-// Reads the score behind the first colon of a file's text: the number of games. 0 if there is none, and then
-// `score` is untouched; so is it where the numbers cannot be those of games.
-int32_t parse_match_score(const std::string& text, MatchScore& score);
-
-// The file of this copy, in the data folder.
+// The file of this copy.
 std::string match_stats_path();
 
-// The score in the file and the number of games in it; 0 if it cannot be read, and then `score` is untouched.
-int32_t read_match_stats(MatchScore& score);
+// Writes "US vs THEM:  W wins, L losses, D draws, U unknowns", as the title has it.
+void write_match_stats();
+
+// The results in the file and the number of games in it; 0 if they cannot be read, and then `results` is
+// untouched. What stands in front of the first colon plays no part.
+int32_t read_match_stats(MatchResults& results);
+
+// The same from the text of a file.
+int32_t parse_match_stats(std::string_view text, MatchResults& results);
