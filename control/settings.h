@@ -13,6 +13,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/utf8.h"
+
 constexpr size_t SETTINGS_FOLDER_SIZE = 260;
 
 struct WindowRecord {
@@ -116,10 +118,11 @@ std::string_view setting_text(const char (&field)[N]) {
     return whole.substr(0, whole.find('\0'));
 }
 
-// Stores a text, cut to what the field holds with its NUL, and clears the rest of the field.
+// Stores a text, cut before the character that the field does not hold with its NUL, and clears the rest of
+// the field.
 template <size_t N>
 void store_setting_text(char (&field)[N], std::string_view text) {
-    const std::string_view kept = text.substr(0, N - 1);
+    const std::string_view kept = text.substr(0, utf8_length_within(text, N - 1));
     for (size_t i = 0; i < N; ++i) field[i] = i < kept.size() ? kept[i] : '\0';
 }
 

@@ -3,14 +3,15 @@
 #include <strings.h>
 
 #include <cstring>
+#include <string>
+
+#include "base/utf8.h"
 
 namespace {
 
-void copy_without_quotes(std::array<char, HEADER_TEXT_SIZE>& out, const char* value) {
-    size_t length = 0;
-    for (; *value && length < HEADER_TEXT_SIZE - 1; ++value)
-        if (*value != '"') out[length++] = *value;
-    out[length] = '\0';
+void copy_without_quotes(std::array<char, HEADER_TEXT_SIZE>& out, std::string value) {
+    std::erase(value, '"');
+    copy_utf8(value, out.data(), out.size());
 }
 
 bool is_one_of(const char* value, const char* first, const char* second) {

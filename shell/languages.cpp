@@ -8,6 +8,7 @@
 #include "base/log.h"
 #include "base/program_paths.h"
 #include "base/text.h"
+#include "base/utf8.h"
 #include "control/settings.h"
 #include "shell/languages_text.h"
 #include "shell/settings_store.h"

@@ -43,32 +43,7 @@ void append_utf8(std::string& text, uint32_t character) {
     add(0x80 | (character & 0x3F));
 }
 
-// Bytes of the character that begins the text, which is not empty; 0 if none does. Characters written longer
-// than they need to be, halves of pairs and what is above U+10FFFF are none.
-size_t character_length(std::string_view text) {
-    const auto byte = [text](size_t at) { return static_cast<uint8_t>(text[at]); };
-    const uint8_t first = byte(0);
-    if (first < 0x80) return 1;
-    if (first < 0xC2 || first > 0xF4) return 0;
-    const size_t length = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-    if (text.size() < length) return 0;
-    for (size_t at = 1; at < length; ++at)
-        if ((byte(at) & 0xC0) != 0x80) return 0;
-    const bool outside = (first == 0xE0 && byte(1) < 0xA0) || (first == 0xED && byte(1) > 0x9F) ||
-                         (first == 0xF0 && byte(1) < 0x90) || (first == 0xF4 && byte(1) > 0x8F);
-    return outside ? 0 : length;
-}
-
 }  // namespace
-
-bool is_utf8(std::string_view text) {
-    while (!text.empty()) {
-        const size_t length = character_length(text);
-        if (length == 0) return false;
-        text.remove_prefix(length);
-    }
-    return true;
-}
 
 std::string utf8_from_code_page(std::string_view bytes, CodePage page) {
     std::string text;

@@ -1,9 +1,9 @@
 #include "shell/languages_text.h"
 
-#include <algorithm>
 #include <charconv>
 #include <cstdio>
-#include <cstring>
+
+#include "base/utf8.h"
 
 namespace {
 
@@ -102,13 +102,4 @@ std::vector<std::pair<int32_t, std::string>> section_controls(std::string_view t
         if (value && (number > 0 || key == CAPTION_KEY)) controls.emplace_back(number, *value);
     }
     return controls;
-}
-
-void copy_utf8(std::string_view text, char* buffer, size_t size) {
-    size_t length = std::min(text.size(), size - 1);
-    const auto continues = [text](size_t at) { return (static_cast<uint8_t>(text[at]) & 0xC0) == 0x80; };
-    if (length < text.size())
-        while (length > 0 && continues(length)) --length;
-    std::memcpy(buffer, text.data(), length);
-    buffer[length] = '\0';
 }

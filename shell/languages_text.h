@@ -42,6 +42,3 @@ std::optional<std::string> line_value(std::string_view line);
 // section's name, up to the first that is empty or has no "=".
 std::vector<std::pair<int32_t, std::string>> section_controls(std::string_view text,
                                                               std::string_view section);
-
-// Copies the text, cut before the character that does not fit with the NUL; `size` at least 1.
-void copy_utf8(std::string_view text, char* buffer, size_t size);

@@ -7,8 +7,7 @@
 #include <charconv>
 #include <limits>
 
-#include "shell/languages_code_page.h"
-#include "shell/languages_text.h"
+#include "base/utf8.h"
 #include "shell/menu.h"
 #include "shell/qt/dialogs.h"
 #include "shell/qt/text.h"
@@ -18,17 +17,6 @@ namespace {
 bool is_blank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 bool is_sign(char c) { return c == '+' || c == '-'; }
-// A byte of a UTF-8 character behind its first one.
-bool is_inner(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
-bool is_ascii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-// Without the last character, or what there is of it.
-std::string_view without_last(std::string_view text) {
-    while (!text.empty() && is_inner(text.back())) text.remove_suffix(1);
-    return text.substr(0, text.size() - !text.empty());
-}
 
 std::string_view without_blanks(std::string_view text) {
     while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
@@ -124,15 +112,8 @@ QString number_text(double number, int decimals) {
     return QString::fromLatin1(text, end.ptr - text);
 }
 
-QString shown_cut_text(std::string_view text) {
-    if (is_utf8(text)) return shown_text(text);
-    // Were all that is kept ASCII, nothing would tell of UTF-8.
-    const std::string_view kept = without_last(text);
-    return shown_text(is_utf8(kept) && !is_ascii(kept) ? kept : text);
-}
-
 void read_field(const QLineEdit& edit, char* field, size_t size) {
-    if (edit.text() == shown_cut_text(field)) return;
+    if (edit.text() == shown_text(field)) return;
     copy_utf8(edit.text().toStdString(), field, size);
 }
 

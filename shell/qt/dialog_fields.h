@@ -12,6 +12,8 @@
 #include <string>
 #include <string_view>
 
+#include "shell/qt/text.h"
+
 // Readies a dialog that was set up from its form: names its OK and Cancel buttons "id_1" and "id_2", shows
 // edits that are read-only as such, and gives it the texts of the language.
 void prepare_dialog(QDialog& dialog, int32_t number);
@@ -31,14 +33,11 @@ double read_number(const QLineEdit& edit);
 // A number with so many decimals and a point before them, in any language.
 QString number_text(double number, int decimals);
 
-// A text that may have been cut within a character, without the part that is left of that.
-QString shown_cut_text(std::string_view text);
-
 // A field of a record in an edit. Read back it is as it was if the user left the text alone, otherwise the
 // entered text, cut before the character that does not fit with the NUL.
 template <size_t N>
 void show_field(QLineEdit& edit, const std::array<char, N>& field) {
-    edit.setText(shown_cut_text(field.data()));
+    edit.setText(shown_text(field.data()));
 }
 void read_field(const QLineEdit& edit, char* field, size_t size);
 template <size_t N>

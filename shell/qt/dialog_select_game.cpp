@@ -50,7 +50,7 @@ class GameList : public QAbstractListModel {
     QString line(int row) const {
         char text[GAME_LINE_SIZE];
         pdn_game_line(games_text, games_offsets, row, text);
-        return shown_cut_text(text);
+        return shown_text(text);
     }
 
     const char* games_text;

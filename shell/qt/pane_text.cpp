@@ -24,7 +24,7 @@ int characters_before(std::string_view text, bool utf8, int bytes) {
 
 PaneText pane_text(std::string_view bytes, int begin, int end) {
     const QString whole = shown_text(bytes);
-    const bool utf8 = whole.toUtf8() == QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size()));
+    const bool utf8 = bytes.starts_with(whole.toStdString());
     PaneText shown;
     shown.text = with_plain_lines(whole);
     shown.begin = characters_before(bytes, utf8, begin);

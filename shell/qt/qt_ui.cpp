@@ -5,9 +5,9 @@
 #include <QGridLayout>
 #include <QMessageBox>
 #include <QMimeData>
-#include <cstdio>
 
 #include "base/paths.h"
+#include "base/utf8.h"
 #include "shell/qt/dialogs.h"
 #include "shell/qt/file_choice.h"
 #include "shell/qt/interface_thread.h"
@@ -115,7 +115,7 @@ bool edit_headers(GameHeaders& headers) { return game_information_dialog(box_par
 bool read_clipboard(char* buffer, size_t size) {
     const QMimeData* const data = QGuiApplication::clipboard()->mimeData();
     if (!data || !data->hasText()) return false;
-    std::snprintf(buffer, size, "%s", data->text().toUtf8().constData());
+    copy_utf8(data->text().toStdString(), buffer, size);
     return true;
 }
 

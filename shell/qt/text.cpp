@@ -1,15 +1,28 @@
 #include "shell/qt/text.h"
 
-#include <QStringDecoder>
+#include <algorithm>
 
 #include "base/text.h"
+#include "base/utf8.h"
+
+namespace {
+
+bool is_ascii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+QString from_utf8(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+}  // namespace
 
 QString shown_text(std::string_view text) {
-    const QByteArrayView bytes(text.data(), static_cast<qsizetype>(text.size()));
-    QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString decoded = utf8.decode(bytes);
-    if (!utf8.hasError()) return decoded;
-    return QString::fromLatin1(bytes);
+    if (is_utf8(text)) return from_utf8(text);
+    // Were all that is kept ASCII, nothing would tell of UTF-8.
+    const std::string_view kept = without_cut_character(text);
+    if (is_utf8(kept) && !is_ascii(kept)) return from_utf8(kept);
+    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
 }
 
 QString program_text(int id) {

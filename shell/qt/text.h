@@ -5,7 +5,8 @@
 #include <QString>
 #include <string_view>
 
-// The text as UTF-8, or, where it is none, as Latin-1, which has a character for every byte.
+// The text as UTF-8, or, where it is none, as Latin-1, which has a character for every byte. The beginning of
+// a character that a cut has left at the end is dropped.
 QString shown_text(std::string_view text);
 
 // A text of the program by its id, in the current language.

@@ -69,11 +69,20 @@ int faulty_remove(const char* path) {
     return with_fault("remove", [&] { return system_file_calls().remove(path); });
 }
 
+ssize_t faulty_read(int descriptor, void* data, size_t bytes) {
+    return with_fault("read", [&] { return system_file_calls().read(descriptor, data, bytes); });
+}
+
+off_t faulty_seek(int descriptor, off_t offset, int from) {
+    return with_fault("seek", [&] { return system_file_calls().seek(descriptor, offset, from); });
+}
+
 }  // namespace
 
 FaultyFiles::FaultyFiles(Fault fault, int at_call) {
     fault_plan = FaultPlan{fault, at_call, 0, {}};
-    file_calls = {faulty_open, faulty_write, faulty_flush, faulty_close, faulty_rename, faulty_remove};
+    file_calls = {faulty_open,   faulty_write,  faulty_flush, faulty_close,
+                  faulty_rename, faulty_remove, faulty_read,  faulty_seek};
 }
 
 FaultyFiles::~FaultyFiles() { file_calls = system_file_calls(); }

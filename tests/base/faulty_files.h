@@ -21,7 +21,7 @@ struct FaultPlan {
     Fault fault = Fault::NONE;
     int at_call = -1;
     int calls = 0;                   // so far
-    std::vector<std::string> trace;  // "open", "write", "flush", "close", "rename", "remove"
+    std::vector<std::string> trace;  // "open", "write", "flush", "close", "rename", "remove", "read", "seek"
 };
 extern FaultPlan fault_plan;
 

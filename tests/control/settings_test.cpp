@@ -185,6 +185,8 @@ TEST(SettingTexts, AreStoredCutAndPadded) {
     EXPECT_EQ(std::memcmp(field, "ab\0\0\0", 6), 0);
     store_setting_text(field, "abcdefgh");
     EXPECT_EQ(std::memcmp(field, "abcde", 6), 0);
+    store_setting_text(field, "abcd\u00E9");
+    EXPECT_EQ(std::memcmp(field, "abcd\0", 6), 0) << "no half of a character";
     store_setting_text(field, "");
     EXPECT_EQ(std::memcmp(field, "\0\0\0\0\0", 6), 0);
 }

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <string>
 
+#include "base/utf8.h"
 #include "check.h"
 #include "shell/languages_text.h"
 

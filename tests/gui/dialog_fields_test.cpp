@@ -123,14 +123,14 @@ TEST(DialogFields, UntouchedTextsStayToTheByte) {
 }
 
 TEST(DialogFields, TextsThatWereCutWithinACharacterLoseItsRest) {
-    EXPECT_EQ(shown_cut_text("abc"), QStringLiteral("abc"));
-    EXPECT_EQ(shown_cut_text(""), QString());
-    EXPECT_EQ(shown_cut_text("Caf\xE9"), QString::fromLatin1("Caf\xE9")) << "one of Latin-1";
-    EXPECT_EQ(shown_cut_text("F\xFC\xDF"), QString::fromLatin1("F\xFC\xDF"));
+    EXPECT_EQ(shown_text("abc"), QStringLiteral("abc"));
+    EXPECT_EQ(shown_text(""), QString());
+    EXPECT_EQ(shown_text("Caf\xE9"), QString::fromLatin1("Caf\xE9")) << "one of Latin-1";
+    EXPECT_EQ(shown_text("F\xFC\xDF"), QString::fromLatin1("F\xFC\xDF"));
     const std::string text = "Чемпионат €uropa \xF0\x9F\x99\x82 ж";
     const QString whole = QString::fromStdString(text);
     for (size_t size = 1; size <= text.size(); ++size) {
-        const QString shown = shown_cut_text(std::string_view(text).substr(0, size));
+        const QString shown = shown_text(std::string_view(text).substr(0, size));
         // Of a text of one byte and nothing else there is no telling.
         ASSERT_TRUE(size == 1 || whole.startsWith(shown)) << size;
         ASSERT_GE(shown.toUtf8().size() + 3, static_cast<qsizetype>(size))

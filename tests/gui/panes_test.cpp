@@ -261,6 +261,12 @@ TEST(PaneText, RangesHoldTheSameBytes) {
     }
 }
 
+TEST(PaneText, ACutCharacterDoesNotSpoilTheOthers) {
+    const PaneText shown = pane_text("\u00E9 32-28 \xE2\x82", 3, 8);
+    EXPECT_EQ(shown.text, QStringLiteral("\u00E9 32-28 "));
+    EXPECT_EQ(shown.text.mid(shown.begin, shown.end - shown.begin), QStringLiteral("32-28"));
+}
+
 TEST(PaneText, RangesBeyondTheTextAreCut) {
     const PaneText shown = pane_text("abc", -5, 100);
     EXPECT_EQ(shown.begin, 0);

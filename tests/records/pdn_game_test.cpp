@@ -307,6 +307,11 @@ TEST(GameHeaders, AreTakenFromTheList) {
     EXPECT_EQ(headers.result, RESULT_UNKNOWN);
     set_game_header(headers, "Event", "\"a \"b\" c");
     EXPECT_STREQ(headers.event.data(), "a b c");
+    // 77 letters and one of three bytes: what fits ends before it.
+    set_game_header(headers, "Event", ("\"" + std::string(77, 'n') + "\u20AC\"").c_str());
+    EXPECT_EQ(headers.event.data(), std::string(77, 'n'));
+    set_game_header(headers, "Event", ("\"" + std::string(76, 'n') + "\u20AC\"").c_str());
+    EXPECT_EQ(headers.event.data(), std::string(76, 'n') + "\u20AC");
 }
 
 TEST(GameLine, ShowsTheRawText) {

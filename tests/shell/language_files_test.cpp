@@ -8,6 +8,7 @@
 #include <map>
 #include <set>
 
+#include "base/utf8.h"
 #include "shell/languages_text.h"
 #include "tests/shell/language_folder.h"
 

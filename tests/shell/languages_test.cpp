@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "base/log.h"
+#include "base/utf8.h"
 #include "shell/languages_text.h"
 #include "shell/settings_store.h"
 #include "tests/shell/language_folder.h"

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <random>
 
+#include "base/utf8.h"
+
 namespace {
 
 using Controls = std::vector<std::pair<int32_t, std::string>>;
@@ -83,17 +85,6 @@ TEST(LanguageFileText, GivesEveryByteACharacter) {
             seen.push_back(text);
         }
     }
-}
-
-TEST(Utf8, IsToldFromWhatIsNone) {
-    for (const char* const text : {"", "a", "\x7F", "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF",
-                                   "\xEE\x80\x80", "\xEF\xBF\xBF", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"})
-        EXPECT_TRUE(is_utf8(text)) << text;
-    for (const char* const text :
-         {"\x80", "\xBF", "\xC0\x80", "\xC1\xBF", "\xC2", "\xC2 ", "\xE0\x9F\xBF", "\xE1\x80", "\xED\xA0\x80",
-          "\xED\xBF\xBF", "\xF0\x8F\xBF\xBF", "\xF0\x90\x80", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF",
-          "a\xE9z", "\xC3\xA9\xA9"})
-        EXPECT_FALSE(is_utf8(text)) << text;
 }
 
 TEST(LanguageLookup, IsAPlainSearchFromTheSection) {
@@ -183,26 +174,6 @@ TEST(LanguageControls, PassOverOtherKeysAndEmptyValues) {
                                "ID99999999999=h\nPID0004=i\nID4=j\n",
                                "[D]"),
               (Controls{{3, "g"}, {4, "j"}}));
-}
-
-TEST(LanguageCopy, NeverLeavesHalfACharacter) {
-    const std::string text = "a\u00E9\u20AC\U0001F600Шz";
-    for (size_t size = 1; size <= text.size() + 3; ++size) {
-        std::string buffer(size + 1, '\x7F');
-        copy_utf8(text, buffer.data(), size);
-        const std::string copied(buffer.c_str());
-        EXPECT_LT(copied.size(), size);
-        EXPECT_EQ(buffer[size], '\x7F');
-        EXPECT_TRUE(is_utf8(copied));
-        EXPECT_TRUE(text.starts_with(copied));
-        // As much as fits: the next character is longer than what is left.
-        if (copied.size() < text.size()) {
-            EXPECT_GT(copied.size() + 4, size - 1);
-        }
-    }
-    char whole[20];
-    copy_utf8(text, whole, sizeof whole);
-    EXPECT_EQ(text, whole);
 }
 
 }  // namespace
