@@ -93,7 +93,7 @@ bool can_resume_behind(int32_t games, MatchOpenings openings) {
 }
 
 void take_over_results() {
-    MatchResults results;
+    MatchCounters results;
     const int32_t games = read_match_stats(results);
     if (!can_resume_behind(games, openings_of_settings())) return;
     dxp_state.match_games = games;
@@ -149,7 +149,7 @@ int64_t match_total_games(MatchOpenings openings) {
 int64_t match_total_games() { return match_total_games(openings_of_settings()); }
 
 bool match_can_resume(MatchOpenings openings) {
-    MatchResults results;
+    MatchCounters results;
     return openings == FILE_OPENINGS || can_resume_behind(read_match_stats(results), openings);
 }
 

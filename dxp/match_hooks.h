@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-struct MatchResults {
+struct MatchCounters {
     int32_t wins = 0;
     int32_t draws = 0;
     int32_t losses = 0;
@@ -21,7 +21,7 @@ struct MatchHooks {
     // Writes the statistics of `dxp_state` to their file.
     void (*write_match_stats)();
     // Reads them back. Returns the number of games, 0 if there are none to be read.
-    int32_t (*read_match_stats)(MatchResults& results);
+    int32_t (*read_match_stats)(MatchCounters& results);
 
     // A game is over and counted; `result` is a code of records/game_headers.h and holds for the game in
     // `game`. `match_games` does not count it yet.

@@ -39,11 +39,11 @@ bool take_word(std::string_view& text, std::string_view word) {
 
 }  // namespace
 
-int32_t parse_match_stats(std::string_view text, MatchResults& results) {
+int32_t parse_match_stats(std::string_view text, MatchCounters& results) {
     const size_t colon = text.find(':');
     if (colon == std::string_view::npos) return 0;
     std::string_view rest = text.substr(colon + 1);
-    MatchResults read;
+    MatchCounters read;
     const bool whole = take_number(rest, read.wins) && take_word(rest, "wins,") &&
                        take_number(rest, read.losses) && take_word(rest, "losses,") &&
                        take_number(rest, read.draws) && take_word(rest, "draws,") &&
@@ -65,7 +65,7 @@ void write_match_stats() {
     replace_file(match_stats_path(), text.data(), text.size());
 }
 
-int32_t read_match_stats(MatchResults& results) {
+int32_t read_match_stats(MatchCounters& results) {
     std::string text;
     return read_file(match_stats_path(), text) == 0 ? parse_match_stats(text, results) : 0;
 }

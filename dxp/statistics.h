@@ -16,7 +16,7 @@ void write_match_stats();
 
 // The results in the file and the number of games in it; 0 if they cannot be read, and then `results` is
 // untouched. What stands in front of the first colon plays no part.
-int32_t read_match_stats(MatchResults& results);
+int32_t read_match_stats(MatchCounters& results);
 
 // The same from the text of a file.
-int32_t parse_match_stats(std::string_view text, MatchResults& results);
+int32_t parse_match_stats(std::string_view text, MatchCounters& results);
