@@ -29,10 +29,13 @@ constexpr int DXP_CONNECT_MS = 10000;  // the longest wait for a host
 
 enum DxpConnectionState : int32_t { DXP_UNCONNECTED = 0, DXP_LISTENING = 1, DXP_CONNECTED = 2 };
 
+// Connections are numbered from 1 on, over and over.
+constexpr int32_t DXP_MAX_NUMBER = 0x7fffff;
+
 struct DxpLink {
     Socket socket;
     DxpRing ring;
-    int32_t number = 0;            // of the connections of this run, from 1
+    int32_t number = 0;            // of the connections of this run
     std::atomic<bool> open{true};  // false once it has ended, on purpose or not
     Event receiving;               // the receive thread may begin
 };
@@ -44,6 +47,10 @@ struct DxpConnection {
 
     // Makes a thread that runs `body` and is never joined; false if the system refuses. Tests let it fail.
     bool (*make_thread)(void (*body)(std::shared_ptr<DxpLink>), std::shared_ptr<DxpLink> link);
+    // The same for the connection thread; null for the usual way.
+    bool (*make_connection_thread)(void (*body)()) = nullptr;
+    bool connection_thread_runs = false;  // interface thread only
+
     // Called by the receive thread for each complete message, with its type, and with DXP_CONNECTIONLOST; and
     // with that by whoever else finds the connection lost. `number` is the connection's.
     void (*post_event)(int32_t type, int32_t number);
@@ -61,13 +68,14 @@ extern DxpConnection& dxp_connection;
 // port. Before other threads run.
 bool choose_dxp_port(const char* text);
 
-// Connects to the host, or, with null and while the state is DXP_LISTENING, waits once for a peer, who takes
-// the state to DXP_CONNECTED. 0 with a connection, whose receive thread waits for `dxp_begin_receiving`; 1
-// without. From the interface thread, and with null from the connection thread.
+// Connects to the host while the state is DXP_UNCONNECTED, or, with null and while it is DXP_LISTENING, waits
+// once for a peer. 0 with a connection, whose receive thread waits for `dxp_begin_receiving`; the state is
+// then DXP_CONNECTED. 1 without. From the interface thread, and with null from the connection thread.
 int dxp_connect(const char* hostname);
 // Messages may come in from now on.
 void dxp_begin_receiving();
-// Ends the connection, if there is one, without an event. Interface thread only.
+// Ends the connection, or the waiting for one, without an event: the state is then DXP_UNCONNECTED, which in
+// server mode wakes the connection thread. Safe when there is none. Interface thread only.
 void dxp_disconnect();
 // The number of the connection; 0 if there is none.
 int32_t dxp_connection_number();

@@ -23,9 +23,6 @@ DxpMenuState dxp_menu_state();
 // mode it begins to listen.
 void start_connection_thread();
 
-// Takes over the state; in server mode the connection thread listens again when it falls to DXP_UNCONNECTED.
-void set_connection_state(int32_t state);
-
 // Connects to the host in the settings, and tells how it goes. 0 with a connection.
 int connect_to_host();
 
@@ -34,8 +31,9 @@ int connect_to_host();
 void make_connection_command(const char* host);
 // "Wait for DXP connection".
 void wait_for_connection_command();
-// "Terminate connection": the engine's search is thrown away.
+// "Terminate connection". Nobody is told that the connection is lost.
 void terminate_connection_command();
 
-// The connection was lost: everything goes back to where another can come.
+// After DXP_CONNECTIONLOST: everything goes back to where another peer can come, and in server mode waits for
+// him.
 void dxp_connection_lost();

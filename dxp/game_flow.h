@@ -16,6 +16,8 @@
 
 // With increment, the moves after which a game ends; counted on the clock.
 constexpr int32_t DXP_INCREMENTAL_MOVES = 130;
+// The moves that the engine's clock reckons with in a game without a limit on its moves.
+constexpr int32_t DXP_UNLIMITED_CLOCK_MOVES = 130;
 
 // Fills in the hooks of game control, takes the port from the environment, puts the state back to its start
 // and starts the connection thread. `ui` and `program_paths` must have been filled in. Once, before a
