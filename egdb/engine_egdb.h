@@ -26,7 +26,8 @@ struct EgdbEngine {
     // 1 if a root move comes from the distances to conversion: its index, the number and a text; else 0.
     int (*mtc_choose_move)(const Position& position, int side, const MoveList& moves, int& best, int& mtc,
                            char* text);
-    // 1 if `better` is to replace the searched move `chosen`, else 0.
+    // 1 if `better` is to replace the searched move `chosen`, else 0. As long as none is filled in that of
+    // egdb/resolver.h, which needs nothing but the driver.
     int (*egdb_move_check)(int side, const Position& position, const MoveList& moves, int chosen,
                            int& better);
 };
@@ -49,6 +50,11 @@ inline bool egdb_covers(const NodeSummary& summary) {
 inline bool egdb_direct_ok(const NodeSummary& summary) {
     if (!egdb_engine.no_side_captures || summary.total < 7) return true;
     return summary.total < 9 && summary.black_kings + summary.white_kings < 2;
+}
+
+// The database can be asked about a position in which `side`, who is to move, has no capture.
+inline bool egdb_probe_ok(const Position& position, int side, const NodeSummary& summary) {
+    return egdb_covers(summary) && (egdb_direct_ok(summary) || !has_capture(position, side ^ 1));
 }
 
 // The score of a drawn position for black: small, by the difference in men, a king counting three.

@@ -3,8 +3,8 @@
 // in order, and what is learned for the table, the history and the killers.
 #include "search/node_search.h"
 
-#include "egdb/engine_egdb.h"
 #include "eval/evaluation.h"
+#include "search/database.h"
 #include "search/score.h"
 #include "search/split.h"
 #include "search/table.h"
@@ -113,9 +113,7 @@ bool database_cutoff(Node& node) {
     const int side = position.side;
     if (!egdb_direct_ok(node.summary) && has_capture(position, side ^ 1)) return false;
     const bool conditional = node.depth <= egdb_engine.lookup_depth * PLY_DEPTH && !node.pv_node;
-    search_state.egdb_lookups.store(search_state.egdb_lookups.load(std::memory_order_relaxed) + 1,
-                                    std::memory_order_relaxed);
-    const EgdbValue value = egdb_engine.wld->lookup(egdb_engine.wld->handle, position, side, conditional);
+    const EgdbValue value = ask_database(position, conditional);
     if (value == EGDB_DRAW) {
         // Here, unlike in quiescence, a draw has the sign of the side to move.
         const int32_t score = egdb_score(position, side, value, node.summary);

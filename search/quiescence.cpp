@@ -1,8 +1,8 @@
 // The end of the tree. Captures are compulsory, so they are followed without standing pat; a quiet position
 // is evaluated, unless the opponent threatens something, which gets one more full ply, or the side to move
 // could start an exchange or a sacrifice, which is followed through.
-#include "egdb/engine_egdb.h"
 #include "eval/evaluation.h"
+#include "search/database.h"
 #include "search/node_search.h"
 #include "search/score.h"
 
@@ -18,10 +18,7 @@ int32_t node_evaluation(const Position& position, NodeSummary& summary) {
 
 // The database's score, from blocks in memory only.
 int32_t database_score(const Position& position, NodeSummary& summary) {
-    search_state.egdb_lookups.store(search_state.egdb_lookups.load(std::memory_order_relaxed) + 1,
-                                    std::memory_order_relaxed);
-    const EgdbValue value = egdb_engine.wld->lookup(egdb_engine.wld->handle, position, position.side, true);
-    return egdb_score(position, position.side, value, summary);
+    return egdb_score(position, position.side, ask_database(position, true), summary);
 }
 
 int32_t search_all_captures(const Position& position, int ply, int32_t alpha, int32_t beta,
@@ -120,8 +117,6 @@ int32_t capture_search(const Position& position, int ply, int32_t alpha, int32_t
     }
     if (has_capture(position, side)) return search_all_captures(position, ply, alpha, beta, thread);
     count_leaf(thread, ply);
-    const bool eligible = egdb_covers(summary);
-    if (eligible && (egdb_direct_ok(summary) || !has_capture(position, side ^ 1)))
-        return database_score(position, summary);
-    return node_evaluation(position, summary);
+    return egdb_probe_ok(position, side, summary) ? database_score(position, summary)
+                                                  : node_evaluation(position, summary);
 }
