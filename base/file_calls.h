@@ -1,5 +1,5 @@
-// The system calls by which files are written, as a table: tests put calls in it that fail, or that end the
-// process at a moment of their choice. Nothing else changes it.
+// The system calls by which files are written and the endgame databases are read, as a table: tests put calls
+// in it that fail, or that end the process at a moment of their choice. Nothing else changes it.
 #pragma once
 
 #include <sys/types.h>
@@ -13,6 +13,8 @@ struct FileCalls {
     int (*close)(int descriptor);
     int (*rename)(const char* from, const char* to);
     int (*remove)(const char* path);
+    ssize_t (*read)(int descriptor, void* data, size_t bytes);
+    off_t (*seek)(int descriptor, off_t offset, int from);
 };
 extern FileCalls file_calls;
 

@@ -54,9 +54,14 @@ int open_aside(const std::string& path, std::string& aside) {
 }  // namespace
 
 FileCalls system_file_calls() {
-    return {
-        [](const char* path, int flags, mode_t mode) { return open(path, flags, mode); }, write, fsync, close,
-        [](const char* from, const char* to) { return std::rename(from, to); },           unlink};
+    return {[](const char* path, int flags, mode_t mode) { return open(path, flags, mode); },
+            write,
+            fsync,
+            close,
+            [](const char* from, const char* to) { return std::rename(from, to); },
+            unlink,
+            read,
+            lseek};
 }
 
 FileCalls file_calls = system_file_calls();
@@ -91,26 +96,26 @@ bool make_folders(const std::string& path) {
 int read_file(const std::string& path, std::string& text) {
     const int64_t size = file_size(path);
     if (size < 1) return 2;
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int descriptor = file_calls.open(path.c_str(), O_RDONLY | O_CLOEXEC, 0);
     if (descriptor < 0) return 1;
     std::string content;
     try {
         content.resize(static_cast<size_t>(size));
     } catch (const std::bad_alloc&) {
-        close(descriptor);
+        file_calls.close(descriptor);
         return 3;
     } catch (const std::length_error&) {
-        close(descriptor);
+        file_calls.close(descriptor);
         return 3;
     }
     size_t done = 0;
     ssize_t got = 1;
     while (done < content.size() && got != 0) {
-        got = read(descriptor, content.data() + done, content.size() - done);
+        got = file_calls.read(descriptor, content.data() + done, content.size() - done);
         if (got < 0 && errno != EINTR) break;
         if (got > 0) done += static_cast<size_t>(got);
     }
-    close(descriptor);
+    file_calls.close(descriptor);
     if (got < 0) return 1;
     content.resize(done);  // the file may have shrunk since its size was asked
     text = std::move(content);

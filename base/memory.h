@@ -10,6 +10,10 @@ struct LargeMemoryDeleter {
     void operator()(void* memory) const;
 };
 
+// The system call by which the memory is had: `bytes` zero bytes, or null. Tests put one in that fails;
+// nothing else changes it.
+extern void* (*map_memory)(size_t bytes);
+
 // Owns one large block; empty when the allocation failed.
 using LargeMemory = std::unique_ptr<void, LargeMemoryDeleter>;
 
