@@ -50,6 +50,8 @@ struct DxpConnection {
     // The same for the connection thread; null for the usual way.
     bool (*make_connection_thread)(void (*body)()) = nullptr;
     bool connection_thread_runs = false;  // interface thread only
+    // The connection thread waits for a peer, or has not yet posted what came of it.
+    std::atomic<bool> waits_for_peer{false};
 
     // Called by the receive thread for each complete message, with its type, and with DXP_CONNECTIONLOST; and
     // with that by whoever else finds the connection lost. `number` is the connection's.

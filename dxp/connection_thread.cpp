@@ -73,10 +73,11 @@ void connection_thread_body() {
     for (;;) {
         dxp_connection.connection_event.wait();
         const int32_t state = dxp_connection.connection_state.load(std::memory_order_acquire);
-        if (state == DXP_UNCONNECTED)
-            serve();
-        else if (state == DXP_LISTENING)
-            listen_for_peer();
+        if (state == DXP_UNCONNECTED) serve();
+        if (state != DXP_LISTENING) continue;
+        dxp_connection.waits_for_peer.store(true, std::memory_order_relaxed);
+        listen_for_peer();
+        dxp_connection.waits_for_peer.store(false, std::memory_order_release);
     }
 }
 

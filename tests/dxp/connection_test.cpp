@@ -1,0 +1,391 @@
+// The connection: how it comes about and ends, what goes over it, and what is told of it.
+#include "dxp/connection.h"
+
+#include <cstring>
+
+#include "base/log.h"
+#include "control/program_flags.h"
+#include "tests/dxp/flow_fixture.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+class ConnectionTest : public FlowTest {
+  protected:
+    // The peer is connected and nothing was said.
+    void connect_peer() {
+        serve({});
+        ASSERT_TRUE(run_until([] { return count_events("status Connection established") > 0; }));
+    }
+    static bool line_comes(const std::string& line) {
+        return run_until([&] { return count_lines(line) > 0; });
+    }
+    static void expect_lost_once() {
+        ASSERT_TRUE(run_until([] { return count_lines("< Connection lost") > 0; }));
+        EXPECT_EQ(count_lines("< Connection lost"), 1);
+        EXPECT_EQ(events_of("status").back(), "status DXP_CONNECTIONLOST");
+        EXPECT_EQ(dxp_state.dxp_follower, 1);
+        expect_ready();
+    }
+    void expect_server_serves() {
+        serve({sends(request_from_start('Z')), hears(ACCEPTED), closes()});
+        ASSERT_TRUE(run_until([] { return dxp_connection.connection_state == DXP_UNCONNECTED; }));
+    }
+};
+
+std::string logged;
+void keep_log(const char* text) { logged += text; }
+
+// Log lines of other threads come only between these two.
+struct LogListener {
+    LogListener() {
+        logged.clear();
+        log_listener = keep_log;
+    }
+    ~LogListener() { log_listener = nullptr; }
+};
+
+std::vector<std::string> lines_behind(int count) {
+    const std::vector<std::string> lines = protocol_lines();
+    return {lines.begin() + std::min<int>(count, static_cast<int>(lines.size())), lines.end()};
+}
+
+int boxes_with(const std::string& text) { return count_events("box " + text); }
+
+}  // namespace
+
+TEST_F(ConnectionTest, APeerThatComesIsTold) {
+    connect_peer();
+    EXPECT_EQ(protocol_lines(),
+              (std::vector<std::string>{"< Listening for Dxp connections", "< Connection established"}));
+    EXPECT_EQ(dxp_connection.connection_state, DXP_CONNECTED);
+    EXPECT_EQ(count_events("status Connection established"), 1);
+    EXPECT_EQ(game.gui_mode, NORMAL_MODE) << "until a game is asked for";
+}
+
+TEST_F(ConnectionTest, TheWaitingGoesOnUntilAPeerComes) {
+    wait_for_connection_command();
+    EXPECT_EQ(dxp_connection.connection_state, DXP_LISTENING);
+    run_for(1300);  // beyond the first wait
+    EXPECT_EQ(dxp_connection.connection_state, DXP_LISTENING);
+    EXPECT_EQ(count_lines("< Listening for Dxp connections"), 1);
+    run({connects_to(port())});
+    EXPECT_TRUE(run_until([] { return count_lines("< Connection established") == 1; }));
+}
+
+TEST_F(ConnectionTest, TheWaitingCanBeEnded) {
+    wait_for_connection_command();
+    run_for(50);
+    terminate_connection_command();
+    EXPECT_EQ(dxp_connection.connection_state, DXP_UNCONNECTED);
+    EXPECT_TRUE(run_until([] { return count_lines("< Listening terminated") == 1; }));
+    EXPECT_EQ(count_lines("< Connection lost"), 0);
+    expect_ready();
+    connect_peer();
+}
+
+TEST_F(ConnectionTest, NobodyWaitsTwice) {
+    wait_for_connection_command();
+    EXPECT_FALSE(dxp_menu_state().connect_enabled);
+    wait_for_connection_command();
+    make_connection_command("127.0.0.1");
+    EXPECT_EQ(dxp_connection.connection_state, DXP_LISTENING);
+    EXPECT_EQ(count_lines("< Attempting connection to 127.0.0.1"), 0);
+    run({connects_to(port()), sends("K0")});
+    EXPECT_TRUE(line_comes("> K0"));
+    EXPECT_EQ(count_lines("< Listening for Dxp connections"), 1);
+}
+
+// A second peer finds nobody at the port.
+TEST_F(ConnectionTest, ThereIsOneConnectionAtATime) {
+    connect_peer();
+    Peer second;
+    EXPECT_FALSE(peer_connect(second, port(), 50));
+    wait_for_connection_command();
+    make_connection_command("127.0.0.1");
+    EXPECT_EQ(dxp_connection.connection_state, DXP_CONNECTED);
+    run({sends("K0")});
+    EXPECT_TRUE(line_comes("> K0"));
+}
+
+TEST_F(ConnectionTest, MenusFollowTheStateAndTheMode) {
+    EXPECT_EQ(dxp_menu_state(DXP_UNCONNECTED, NORMAL_MODE), (DxpMenuState{true, false, false, true}));
+    EXPECT_EQ(dxp_menu_state(DXP_UNCONNECTED, DXP_MODE), (DxpMenuState{true, false, false, true}));
+    EXPECT_EQ(dxp_menu_state(DXP_LISTENING, NORMAL_MODE), (DxpMenuState{false, true, false, false}));
+    for (const int32_t mode : {NORMAL_MODE, TWO_PLAYERS_MODE, ANALYSIS_MODE, SETUP_MODE})
+        EXPECT_EQ(dxp_menu_state(DXP_CONNECTED, mode), (DxpMenuState{false, true, true, false}));
+    EXPECT_EQ(dxp_menu_state(DXP_CONNECTED, DXP_MODE), (DxpMenuState{false, true, false, false}));
+}
+
+TEST_F(ConnectionTest, MessagesInOnePieceAreTakenInTheirOrder) {
+    connect_peer();
+    run({sends_joined({"K1", "Chello", "K2"})});
+    EXPECT_TRUE(line_comes("> K2"));
+    EXPECT_EQ(lines_behind(2), (std::vector<std::string>{"> K1", "> Chello", "> K2"}));
+}
+
+TEST_F(ConnectionTest, AMessageInPiecesIsTakenWithItsNul) {
+    connect_peer();
+    run({sends_bytes("Cpie"), stays_silent(30), sends_bytes("ces"), stays_silent(30)});
+    EXPECT_EQ(protocol_lines().size(), 2u);
+    run({sends_bytes("\0"s)});
+    EXPECT_TRUE(line_comes("> Cpieces"));
+    EXPECT_EQ(protocol_lines().size(), 3u);
+}
+
+TEST_F(ConnectionTest, BytesMayComeOneByOne) {
+    connect_peer();
+    run({sends_in_pieces(request_from_start('Z') + "\0K3\0"s, 1, 2), hears(ACCEPTED)});
+    EXPECT_TRUE(line_comes("> K3"));
+    EXPECT_EQ(lines_behind(2),
+              (std::vector<std::string>{"> " + request_from_start('Z'), "< " + ACCEPTED, "> K3"}));
+    EXPECT_EQ(game.gui_mode, DXP_MODE);
+}
+
+TEST_F(ConnectionTest, ALoneNulIsNothing) {
+    connect_peer();
+    run({sends_bytes("\0\0K1\0\0\0\0K2\0\0"s)});
+    EXPECT_TRUE(line_comes("> K2"));
+    EXPECT_EQ(lines_behind(2), (std::vector<std::string>{"> K1", "> K2"}));
+}
+
+TEST_F(ConnectionTest, AnUnknownLetterEndsTheConnectionBehindWhatCameBefore) {
+    const LogListener listener;
+    connect_peer();
+    run({sends_joined({"K1", "Xyz", "K2"}), sees_end()});
+    expect_lost_once();
+    EXPECT_EQ(count_lines("> K1"), 1);
+    EXPECT_EQ(count_lines("> K2"), 0);
+    EXPECT_NE(logged.find("unknown type"), std::string::npos);
+    expect_server_serves();
+}
+
+TEST_F(ConnectionTest, ATextOf133BytesEndsTheConnection) {
+    connect_peer();
+    const std::string longest = "C" + std::string(131, 'c');
+    run({sends(longest)});
+    EXPECT_TRUE(line_comes("> " + longest));
+    run({sends("K1"), sends(longest + "c"), sees_end()});
+    expect_lost_once();
+    EXPECT_EQ(count_lines("> K1"), 1);
+    expect_server_serves();
+}
+
+TEST_F(ConnectionTest, BytesWithoutAnEndEndTheConnection) {
+    const LogListener listener;
+    connect_peer();
+    run({sends_bytes(std::string(132, 'x')), stays_silent(50)});
+    EXPECT_EQ(dxp_connection.connection_state, DXP_CONNECTED);
+    run({sends_bytes("x"), sees_end()});
+    expect_lost_once();
+    EXPECT_NE(logged.find("without an end"), std::string::npos);
+    expect_server_serves();
+}
+
+TEST_F(ConnectionTest, EveryWayToGoIsALoss) {
+    for (const PeerStep& going : {closes(), resets(), half_closes()}) {
+        connect_peer();
+        run({going});
+        ASSERT_TRUE(run_until([] { return count_lines("< Connection lost") > 0; }));
+        expect_ready();
+        FlowTest::TearDown();
+        FlowTest::SetUp();
+    }
+}
+
+TEST_F(ConnectionTest, AnEndOnThisSideIsNoLoss) {
+    connect_peer();
+    terminate_connection_command();
+    EXPECT_EQ(dxp_connection.connection_state, DXP_UNCONNECTED);
+    run({sees_end()});
+    expect_ready();
+    EXPECT_EQ(count_lines("< Connection lost"), 0);
+    EXPECT_EQ(count_events("status DXP_CONNECTIONLOST"), 0);
+    terminate_connection_command();
+    dxp_disconnect();
+    connect_peer();
+}
+
+// What was posted before the end tells of nothing that is there any more.
+TEST_F(ConnectionTest, EventsOfAnEndedConnectionAreDropped) {
+    connect_peer();
+    ASSERT_TRUE(peer_send_joined(peer, {request_from_start('Z'), "K7", "X"}));
+    EXPECT_TRUE(peer_sees_end(peer));
+    terminate_connection_command();
+    connect_peer();
+    EXPECT_EQ(count_lines("> K7"), 0);
+    EXPECT_EQ(count_lines("< Connection lost"), 0);
+    EXPECT_EQ(game.gui_mode, NORMAL_MODE);
+    run({sends("K8")});
+    EXPECT_TRUE(line_comes("> K8"));
+}
+
+TEST_F(ConnectionTest, AMatchThatCameBackKeepsItsScoreIfAFileProvesIt) {
+    dxp_state.match_games = 7;
+    dxp_state.match_wins = 3;
+    static int32_t games_on_file = 0;
+    match_hooks.read_match_stats = [](MatchCounters&) { return games_on_file; };
+    games_on_file = 7;
+    connect_peer();
+    EXPECT_EQ(dxp_state.match_games, 7);
+    EXPECT_EQ(dxp_state.match_wins, 3);
+    terminate_connection_command();
+    games_on_file = 0;
+    serve({});
+    EXPECT_TRUE(run_until([] { return count_lines("< Connection established") == 2; }));
+    EXPECT_EQ(dxp_state.match_games, 0);
+    EXPECT_EQ(dxp_state.match_wins, 0);
+}
+
+TEST_F(ConnectionTest, ConnectingToAHostIsTold) {
+    ASSERT_EQ(peer_listen(peer, port()), port());
+    make_connection_command("localhost");
+    EXPECT_EQ(setting_text(settings.dxp_host), "localhost");
+    EXPECT_EQ(protocol_lines(),
+              (std::vector<std::string>{"< Attempting connection to localhost", "< Connected"}));
+    EXPECT_EQ(dxp_connection.connection_state, DXP_CONNECTED);
+    run({accepts(), sends("K1")});
+    EXPECT_TRUE(line_comes("> K1"));
+    run({closes()});
+    expect_lost_once();
+}
+
+TEST_F(ConnectionTest, AFailedConnectionIsTold) {
+    set_gui_mode(TWO_PLAYERS_MODE);
+    for (const char* const host : {"127.0.0.1", "no.such.host.invalid", ""}) {
+        const int before = boxes_with("Unsuccessful: Cannot connect to remote host");
+        settings.dxp_host[0] = '\0';
+        store_setting_text(settings.dxp_host, host);
+        EXPECT_EQ(connect_to_host(), 1) << host;
+        EXPECT_EQ(boxes_with("Unsuccessful: Cannot connect to remote host"), before + 1);
+        EXPECT_EQ(protocol_lines().back(), "< Connection attempt failed");
+        expect_ready();
+    }
+}
+
+TEST_F(ConnectionTest, ALongHostIsCut) {
+    make_connection_command(std::string(60, 'h').c_str());
+    EXPECT_EQ(setting_text(settings.dxp_host), std::string(49, 'h'));
+}
+
+TEST_F(ConnectionTest, AServerListensByItself) {
+    program_flags.server_mode = true;
+    dxp_connection.connection_event.signal();
+    ASSERT_TRUE(run_until([] { return dxp_connection.connection_state == DXP_LISTENING; }));
+    for (int i = 1; i <= 2; ++i) {
+        run({connects_to(port()), sends("K1"), closes()});
+        ASSERT_TRUE(run_until([&] { return count_lines("< Connection lost") == i; }));
+        EXPECT_EQ(dxp_connection.connection_state, DXP_LISTENING) << "at once";
+    }
+    terminate_connection_command();
+    ASSERT_TRUE(run_until([] { return dxp_connection.connection_state == DXP_LISTENING; }))
+        << "also when the user ended it";
+    run({connects_to(port()), sends(request_from_start('Z')), hears(ACCEPTED)});
+}
+
+TEST_F(ConnectionTest, WithoutServerModeNobodyListens) {
+    connect_peer();
+    run({closes()});
+    expect_lost_once();
+    run_for(100);
+    EXPECT_EQ(dxp_connection.connection_state, DXP_UNCONNECTED);
+    EXPECT_EQ(count_lines("< Listening for Dxp connections"), 1);
+}
+
+TEST_F(ConnectionTest, WithoutAThreadThereIsNoConnection) {
+    const auto usual = dxp_connection.make_thread;
+    dxp_connection.make_thread = [](void (*)(std::shared_ptr<DxpLink>), std::shared_ptr<DxpLink>) {
+        return false;
+    };
+    ASSERT_EQ(peer_listen(peer, port()), port());
+    EXPECT_EQ(connect_to_host(), 1);
+    dxp_connection.make_thread = usual;
+    EXPECT_EQ(protocol_lines().back(), "< Connection attempt failed");
+    expect_ready();
+    run({accepts(), sees_end()});
+    connect_peer();
+}
+
+TEST_F(ConnectionTest, AMissingConnectionThreadIsTold) {
+    dxp_connection.connection_thread_runs = false;
+    dxp_connection.make_connection_thread = [](void (*)()) { return false; };
+    start_connection_thread();
+    EXPECT_EQ(boxes_with("Error: Cannot create connection thread"), 1);
+    EXPECT_FALSE(dxp_connection.connection_thread_runs);
+    dxp_connection.make_connection_thread = nullptr;
+    dxp_connection.connection_thread_runs = true;
+}
+
+TEST_F(ConnectionTest, SendingWithoutAConnectionDoesNothing) {
+    DxpMessage message;
+    message.type = DXP_BACKACC;
+    char text[DXP_TEXT_SIZE] = "";
+    EXPECT_EQ(dxp_send_message(message, text), 1);
+    EXPECT_STREQ(text, "K0") << "can be shown all the same";
+    message.type = DXP_MOVE;
+    dxp_get_message(message, text);
+    EXPECT_EQ(message.type, DXP_NO_MESSAGE);
+    EXPECT_STREQ(text, "");
+}
+
+// The sending side may be the first to find the connection lost; either tells, and only one of them.
+TEST_F(ConnectionTest, ALossIsToldOnceWhoeverFindsIt) {
+    connect_peer();
+    peer_reset(peer);
+    DxpMessage message;
+    message.type = DXP_BACKACC;
+    char text[DXP_TEXT_SIZE];
+    int failed = 0;
+    for (int i = 0; i < 1000 && !failed; ++i) failed = dxp_send_message(message, text);
+    EXPECT_EQ(failed, 1);
+    expect_lost_once();
+}
+
+// While the user reads of an error nothing is taken out, and more comes in than the ring holds.
+TEST_F(ConnectionTest, AFullRingEndsTheConnectionAndLosesNothingThatWasIn) {
+    const LogListener listener;
+    connect_peer();
+    run({sends(request_from_start('Z')), hears(ACCEPTED)});
+    in_message_box = [&] {
+        in_message_box = nullptr;
+        for (int i = 0; i < 1000 && peer_send(peer, "Cwords"); ++i) continue;
+        EXPECT_TRUE(peer_sees_end(peer));
+    };
+    ASSERT_TRUE(peer_send(peer, move_message_text(1, 50)));
+    expect_lost_once();
+    EXPECT_EQ(count_lines("> Cwords"), 1023 / 7);
+    EXPECT_NE(logged.find("more messages than can be held"), std::string::npos);
+    expect_server_serves();
+}
+
+TEST_F(ConnectionTest, AThousandMessagesAtOnceDoNoHarm) {
+    connect_peer();
+    std::vector<std::string> many;
+    for (int i = 0; i < 1000; ++i) many.push_back(i % 3 ? "K0" : "Chello");
+    run({[&](Peer& p) { peer_send_joined(p, many); }});
+    // They are all taken, or the connection is closed when the ring is full.
+    EXPECT_TRUE(
+        run_until([] { return count_lines("< Connection lost") + (count_lines("> Chello") == 334) > 0; }));
+    if (count_lines("< Connection lost") == 0) {
+        EXPECT_EQ(count_lines("> K0"), 666);
+    }
+    terminate_connection_command();
+    expect_ready();
+    expect_server_serves();
+}
+
+TEST_F(ConnectionTest, PortsAreNumbers) {
+    const std::string port_text = dxp_connection.port_text;
+    for (const char* const text : {"", "0", "65536", "-1", "12x", " 12", "99999999999", "port"})
+        EXPECT_FALSE(choose_dxp_port(text)) << text;
+    EXPECT_FALSE(choose_dxp_port(nullptr));
+    EXPECT_EQ(dxp_connection.port_text, port_text);
+    EXPECT_TRUE(choose_dxp_port("1"));
+    EXPECT_STREQ(dxp_connection.port_text, "1");
+    EXPECT_TRUE(choose_dxp_port("65535"));
+    EXPECT_STREQ(dxp_connection.port_text, "65535");
+    EXPECT_STREQ(DxpConnection().port_text, "27531");
+    EXPECT_STREQ(DXP_PORT, "27531");
+    EXPECT_TRUE(choose_dxp_port(port_text.c_str()));
+}
