@@ -4,8 +4,11 @@
 
 #include "base/files.h"
 #include "base/log.h"
+#include "control/mode_hooks.h"
+#include "egdb/egdb_state.h"
 #include "eval/weights.h"
 #include "records/fen.h"
+#include "search/database_opening.h"
 #include "search/engine_settings.h"
 
 namespace {
@@ -23,6 +26,8 @@ void empty_log() {
 
 EngineStartStatus start_engine() {
     empty_log();
+    use_databases();
+    mode_hooks.egdb_state = [] { return egdb_state.load(std::memory_order_acquire); };
     engine_settings.position_line = write_position_line;
     return load_weights() == 0 ? ENGINE_STARTED : ENGINE_NO_WEIGHTS;
 }

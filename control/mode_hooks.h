@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "core/capture_lines.h"
+#include "egdb/egdb_state.h"
 
 // The move that the engine has just made.
 struct EngineMove {
@@ -16,16 +17,6 @@ struct EngineMove {
     int index = 0;                        // of the capture in `lines`
     const CaptureLines* lines = nullptr;  // of the position before the move; null without a capture
     int side = 0;                         // that made it
-};
-
-// The state of the endgame databases.
-enum EgdbState : int32_t {
-    EGDB_NOT_OPENED = 0,
-    EGDB_OPENING = 1,
-    EGDB_OPENED = 2,  // not yet taken over by the engine
-    EGDB_IN_USE = 3,
-    EGDB_SWITCHED_OFF = 4,
-    EGDB_FAILED = 5,
 };
 
 struct ModeHooks {
@@ -42,6 +33,7 @@ struct ModeHooks {
     // In the modes that analyse games: a search has ended.
     void (*analysis_step)();
 
+    // Of the endgame databases, as `EgdbState`.
     int32_t (*egdb_state)();
 };
 extern ModeHooks mode_hooks;

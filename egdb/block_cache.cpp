@@ -9,46 +9,42 @@
 
 namespace {
 
-constexpr size_t READ_CHUNK = 1048576;
 constexpr int32_t BLOCKS_OF_A_GROUP = 512;
 
-// Reads up to `bytes` bytes from an offset on; fewer at the file's end. False if it cannot be read.
+// Reads the bytes from an offset on, all of which are in the file unless it has been cut. False if they
+// cannot be had.
 bool read_region(const EgdbDatabase& database, const DbFile& file, int64_t offset, uint8_t* data,
                  size_t bytes, const char* seek_failure) {
-    if (std::fseek(file.file_handle.get(), static_cast<long>(offset), SEEK_SET) != 0) {
-        egdb_log(database, "%s", seek_failure);
-        return false;
+    size_t got = 0;
+    switch (read_input(file.file_handle, offset, data, bytes, got)) {
+        case INPUT_READ:
+            if (got == bytes) return true;
+            egdb_log(database, "%s%s.cpr1 has become shorter\n", database.folder.c_str(), file.name.data());
+            return false;
+        case INPUT_NO_SEEK:
+            egdb_log(database, "%s", seek_failure);
+            return false;
+        default:
+            egdb_log(database, "Error reading file\n");
+            return false;
     }
-    for (size_t done = 0; done < bytes;) {
-        const size_t wanted = std::min(bytes - done, READ_CHUNK);
-        const size_t got = std::fread(data + done, 1, wanted, file.file_handle.get());
-        done += got;
-        if (got == wanted) continue;
-        if (!std::ferror(file.file_handle.get())) return true;
-        std::clearerr(file.file_handle.get());
-        egdb_log(database, "Error reading file\n");
-        return false;
-    }
-    return true;
 }
 
 bool open_data_file(const EgdbDatabase& database, DbFile& file) {
     const std::string path = database.folder + file.name.data() + ".cpr1";
-    file.file_handle.reset(std::fopen(path.c_str(), "rb"));
-    if (!file.file_handle) {
-        egdb_log(database, "Cannot open %s\n", path.c_str());
-        return false;
-    }
-    // Whole blocks are read; a buffer of the library's would only copy them once more.
-    std::setvbuf(file.file_handle.get(), nullptr, _IONBF, 0);
-    return true;
+    if (open_input(path, file.file_handle)) return true;
+    egdb_log(database, "Cannot open %s\n", path.c_str());
+    return false;
 }
 
 int32_t bytes_in_block(const DbFile& file, uint32_t block) {
     return static_cast<int32_t>(std::min(WLD_BLOCK_BYTES, file.data_bytes - block * WLD_BLOCK_BYTES));
 }
 
-void log_unsound(const EgdbDatabase& database, const DbFile& file, uint32_t block) {
+// Once for each file: a set of other catalogues disagrees in every block.
+void log_unsound(const EgdbDatabase& database, DbFile& file, uint32_t block) {
+    if (file.told_unsound) return;
+    file.told_unsound = true;
     egdb_log(database,
              "%s%s.cpr1: block %u does not agree with the index: damaged, or written with other catalogues\n",
              database.folder.c_str(), file.name.data(), block);
@@ -94,7 +90,6 @@ void number_block(const EgdbDatabase& database, CacheBlock& cache_block) {
     while (subslice->first_idx_block == block && subslice->startbyte > 0 && subslice->prev)
         subslice = subslice->prev;
     cache_block.subindices.fill(0);
-    cache_block.is_sound = true;
     do {
         const BlockPart part = block_part(*subslice, block, bytes_in_block(*subslice->file, block));
         if (!is_part_sound(part, cache_block.data)) {
@@ -119,8 +114,9 @@ int autoload_file(EgdbDatabase& database, DbFile& file, int64_t& memory_counter)
     }
     memory_counter += static_cast<int64_t>(bytes);
     auto* const data = static_cast<uint8_t*>(file.autoload_data.get());
-    const bool read = read_region(database, file, 0, data, bytes, "autoload seek failed\n");
-    file.file_handle.reset();
+    const bool read =
+        read_region(database, file, 0, data, static_cast<size_t>(file.data_bytes), "autoload seek failed\n");
+    file.file_handle.close();
     if (!read) return 1;
     file.autoload = 1;
     try {
@@ -186,9 +182,9 @@ int32_t get_block_for(EgdbDatabase& database, const Subslice& subslice, uint32_t
     file.cache_bufferi[block] = victim;
     cache_block.subdb = &subslice;
     cache_block.blocknum = static_cast<int32_t>(block);
-    read_region(database, file, block * WLD_BLOCK_BYTES, cache_block.data,
-                static_cast<size_t>(bytes_in_block(file, block)), "seek failed\n");
-    number_block(database, cache_block);
+    cache_block.is_sound = read_region(database, file, block * WLD_BLOCK_BYTES, cache_block.data,
+                                       static_cast<size_t>(bytes_in_block(file, block)), "seek failed\n");
+    if (cache_block.is_sound) number_block(database, cache_block);
     database.lru_head = cache_block.next;
     return victim;
 }

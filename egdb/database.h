@@ -5,28 +5,23 @@
 #pragma once
 
 #include <array>
-#include <atomic>
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "base/input_file.h"
 #include "base/memory.h"
 #include "base/spin_lock.h"
 #include "egdb/driver.h"
 #include "egdb/file_list.h"
 #include "egdb/numbering.h"
+#include "egdb/statistics.h"
 
 constexpr int64_t WLD_BLOCK_BYTES = 4096;
 constexpr int64_t SUBBLOCK_BYTES = 64;
 constexpr int SUBBLOCKS = 64;  // of a block
 constexpr uint8_t NO_SINGLE_VALUE = 127;
-
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using FileHandle = std::unique_ptr<std::FILE, CloseFile>;
 
 // One for each name of the list.
 struct DbFile {
@@ -37,10 +32,11 @@ struct DbFile {
     std::array<char, EGDB_NAME_SIZE> name{};
     int32_t num_cache_blocks = 0;  // size of the data file in blocks, rounded up
     LargeMemory autoload_data;     // the file's bytes if it is autoloaded
-    FileHandle file_handle;        // open if it is not
+    InputFile file_handle;         // open if it is not
     std::vector<int32_t>
-        cache_bufferi;       // for each block the cache block that holds it, or -1; if not autoloaded
-    int64_t data_bytes = 0;  // size of the data file
+        cache_bufferi;          // for each block the cache block that holds it, or -1; if not autoloaded
+    int64_t data_bytes = 0;     // size of the data file
+    bool told_unsound = false;  // the log has been told that a block disagrees with the index
 };
 
 // Up to 2^31 positions of a Slice. Zero is what a record holds that no file tells about.
@@ -80,17 +76,6 @@ struct CacheBlock {
     bool is_sound = false;                         // the codes agree with the index
 };
 
-// Plain counters: with several threads they are approximate.
-struct EgdbStatistics {
-    std::atomic<uint32_t> lru_cache_hits = 0;
-    std::atomic<uint32_t> lru_cache_loads = 0;
-    std::atomic<uint32_t> autoload_hits = 0;
-    std::atomic<uint32_t> db_requests = 0;
-    std::atomic<uint32_t> db_returns = 0;
-    std::atomic<uint32_t> db_not_present_requests = 0;
-    std::atomic<float> avg_ht_list_length = 0;
-};
-
 struct EgdbDatabase {
     EgdbType type = EGDB_WLD;
     std::string folder;  // empty or ending in "/"
@@ -100,6 +85,7 @@ struct EgdbDatabase {
     std::unique_ptr<Cprsubdatabase> cprsubdatabase;
     int32_t file_count = 0;
     std::array<DbFile, MAX_EGDB_FILES> files;
+    std::vector<DbFile*> autoload_order;  // files that are present, those to be in memory before others first
 
     int32_t numcacheblocks = 0;
     int32_t lru_head = 0;  // least recently used; the one before it was used last

@@ -2,8 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "core/board.h"
+#include "egdb/file_list.h"
+#include "egdb/statistics.h"
 
 // Always from the point of view of the side to move.
 enum EgdbValue : int32_t {
@@ -17,10 +20,26 @@ enum EgdbValue : int32_t {
     EGDB_WIN_OR_DRAW = 5,   // at worst a draw
 };
 
-// An open database, whatever its type.
+// An open database, whatever its type. The first two members are all that a search needs.
 struct EgdbDriver {
     // The value of a position for `side`. A conditional lookup answers from blocks that are in memory and
     // never reads the disk. Any search thread may call it.
     EgdbValue (*lookup)(void* handle, const Position& position, int side, bool conditional);
     void* handle;
+
+    void (*reset_stats)(void* handle) = nullptr;
+    EgdbStatistics* (*get_stats)(void* handle) = nullptr;
+    // Frees all that the database owns, the driver too. While no lookup runs.
+    int (*close)(void* handle) = nullptr;
+    // The material that the files which are there hold: most pieces, most of one side, most kings of both
+    // sides with nine pieces, and of each side with eight, which is left as it was below eight pieces.
+    int (*get_pieces)(void* handle, int32_t* maxpieces, int32_t* maxpieces_1side, int32_t* maxkings_9pcs,
+                      int32_t* maxkings_1side_8pcs) = nullptr;
+    EgdbType type = EGDB_WLD;
 };
+
+// Closes the database that it owns.
+struct CloseEgdbDriver {
+    void operator()(EgdbDriver* driver) const { driver->close(driver->handle); }
+};
+using OpenEgdb = std::unique_ptr<EgdbDriver, CloseEgdbDriver>;

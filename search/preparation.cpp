@@ -62,11 +62,12 @@ EngineTurn::EngineTurn(std::atomic<int32_t>& stop_flag, char* text) {
 EngineTurn::~EngineTurn() { search_state.busy.store(false, std::memory_order_release); }
 
 bool start_turn(const Position& position, char* text) {
-    if (is_legal_setup(position)) {
+    const bool legal = is_legal_setup(position);
+    if (legal) {
         egdb_engine.egdb_prepare(text);
-        return true;
+        if (transposition_table.slots_start) return true;
     }
-    std::snprintf(text, SEARCH_TEXT_SIZE, "Illegal position");
+    std::snprintf(text, SEARCH_TEXT_SIZE, legal ? "Cannot allocate hashtable" : "Illegal position");
     tell_search_text(text);
     return false;
 }

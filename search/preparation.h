@@ -44,7 +44,8 @@ struct EngineTurn {
     EngineTurn& operator=(const EngineTurn&) = delete;
 };
 
-// Lets the databases apply what changed. False if the position is illegal, which `text` then says.
+// Lets the databases apply what changed. False if the position is illegal or there is no memory to search
+// with, which `text` then says.
 bool start_turn(const Position& position, char* text);
 
 // Fetches the labels, logs the position, ages the table and resets what belongs to one search.

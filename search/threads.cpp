@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "base/system_info.h"
+#include "egdb/egdb_state.h"
 #include "search/engine_settings.h"
 
 // The numbers are those of the places.
@@ -41,7 +42,11 @@ int threads_init(int wanted) {
 
 int created_threads() { return created; }
 
-int wanted_threads() { return std::clamp(engine_settings.search_threads, 1, created); }
+int wanted_threads() {
+    const int usable = std::min(engine_settings.search_threads, created);
+    const bool opening = egdb_state.load(std::memory_order_relaxed) == EGDB_OPENING;
+    return std::max(opening ? usable - 1 : usable, 1);
+}
 
 void wake_workers() {
     const int active = wanted_threads();

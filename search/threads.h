@@ -17,7 +17,7 @@ int threads_init(int wanted = 0);
 // How many there are, thread 0 included.
 int created_threads();
 
-// How many the next search uses.
+// How many the next search uses: one fewer while a database is being opened, which needs a processor.
 int wanted_threads();
 
 // Before a search, on thread 0: fixes how many threads it uses and wakes them.

@@ -8,6 +8,7 @@
 #include "base/program_paths.h"
 #include "control/apply_settings.h"
 #include "control/program_flags.h"
+#include "egdb/egdb_log.h"
 #include "search/table.h"
 #include "search/threads.h"
 #include "shell/settings_store.h"
@@ -38,6 +39,7 @@ void make_paths(const std::string& program_folder) {
     program_paths.program_file = executable_file();
     program_paths.settings_folder = program_folder_below(user_settings_folder());
     log_path = program_paths.log_path;
+    set_egdb_log_path(program_paths.egdb_log_path);
 }
 
 }  // namespace
@@ -75,4 +77,5 @@ void reset_startup() {
     program_paths = ProgramPaths{};
     program_flags = ProgramFlags{};
     log_path.clear();
+    set_egdb_log_path("");
 }

@@ -1,0 +1,163 @@
+#include "egdb/egdb_state.h"
+
+#include <chrono>
+#include <system_error>
+#include <thread>
+
+#include "egdb/egdb_log.h"
+#include "egdb/egdb_open.h"
+#include "egdb/engine_egdb.h"
+#include "egdb/identify.h"
+#include "egdb/open_options.h"
+
+std::atomic<int32_t> egdb_state = EGDB_NOT_OPENED;
+
+namespace {
+
+constexpr const char* WAIT_FOR_WLD = "Wait for WLD database init...";
+constexpr const char* WAIT_FOR_MTC = "Wait for MTC database init...";
+constexpr int32_t MTC_CACHE_MB = 1;
+
+struct OpenDatabases {
+    OpenEgdb wld;
+    OpenEgdb mtc;
+};
+
+// Never destroyed: an opening or a search may run while the process ends.
+OpenDatabases& in_use = *new OpenDatabases;  // the search thread's
+OpenDatabases& opened = *new OpenDatabases;  // the opening's, until the state is EGDB_OPENED
+
+// Tells the user what the search waits for; nothing of an opening that runs beside searches.
+void show(const EgdbSurroundings* surroundings, const char* text) {
+    if (surroundings) surroundings->show_message(surroundings->message, text);
+}
+
+void log_missing(const char* kind, const std::string& folder) {
+    egdb_log_text(("No " + std::string(kind) + " database found in '" + folder + "'\n").c_str());
+}
+
+OpenEgdb open_mtc(const DatabaseOptions& options, int32_t maxpieces, const EgdbSurroundings* surroundings) {
+    show(surroundings, WAIT_FOR_MTC);
+    OpenEgdb mtc =
+        egdb_open(options_text({maxpieces, -1}).c_str(), MTC_CACHE_MB, options.mtc_folder, egdb_log_text);
+    if (mtc && mtc->type != EGDB_MTC) {
+        log_missing("MTC", options.mtc_folder);
+        return nullptr;
+    }
+    return mtc;
+}
+
+OpenEgdb open_wld_folder(const DatabaseOptions& options, const EgdbSurroundings* surroundings) {
+    show(surroundings, WAIT_FOR_WLD);
+    // What gives distances instead of values is no database for this folder.
+    EgdbType type{};
+    int32_t pieces = 0;
+    if (identify_egdb(options.wld_folder, type, pieces) != 0 || type == EGDB_MTC) {
+        log_missing("WLD", options.wld_folder);
+        return nullptr;
+    }
+    const std::string text = options_text({options.wld_max_pieces, options.wld_max_kings_8});
+    return egdb_open(text.c_str(), options.wld_cache_mb, options.wld_folder, egdb_log_text);
+}
+
+// `maxpieces` is what the engine has open; 0 for none. The state tells the outcome.
+void init_wld_and_mtc(const DatabaseOptions& options, int32_t maxpieces,
+                      const EgdbSurroundings* surroundings) {
+    opened.wld = open_wld_folder(options, surroundings);
+    if (!opened.wld) {
+        egdb_state.store(EGDB_FAILED, std::memory_order_release);
+        return;
+    }
+    if (options.mtc_enable) opened.mtc = open_mtc(options, maxpieces, surroundings);
+    egdb_state.store(EGDB_OPENED, std::memory_order_release);
+}
+
+// The log is that of this opening alone.
+void init_with_new_log(const DatabaseOptions& options, int32_t maxpieces,
+                       const EgdbSurroundings* surroundings) {
+    try {
+        empty_egdb_log();
+        init_wld_and_mtc(options, maxpieces, surroundings);
+    } catch (const std::bad_alloc&) {
+        egdb_state.store(EGDB_FAILED, std::memory_order_release);
+    }
+}
+
+bool init_on_its_own_thread(const DatabaseOptions& options, int32_t maxpieces) {
+    try {
+        std::thread([options, maxpieces] { init_with_new_log(options, maxpieces, nullptr); }).detach();
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
+}
+
+void take_over() {
+    in_use = std::move(opened);
+    EgdbEngine& engine = egdb_engine;
+    const EgdbDriver& wld = *in_use.wld;
+    wld.get_pieces(wld.handle, &engine.maxpieces, &engine.maxpieces_1side, &engine.maxkings_9pcs,
+                   &engine.maxkings_1side_8pcs);
+    engine.no_side_captures = wld.type == EGDB_WLD;
+    engine.wld = &wld;
+    egdb_state.store(EGDB_IN_USE, std::memory_order_release);
+}
+
+void close_all() {
+    EgdbEngine& engine = egdb_engine;
+    engine.wld = nullptr;
+    engine.maxpieces = engine.maxpieces_1side = 0;
+    engine.maxkings_9pcs = engine.maxkings_1side_8pcs = 0;
+    engine.no_side_captures = false;
+    in_use = OpenDatabases{};
+}
+
+void take_over_if_opened() {
+    if (egdb_state.load(std::memory_order_acquire) == EGDB_OPENED) take_over();
+}
+
+void reopen(const DatabaseOptions& options, const EgdbSurroundings& surroundings) {
+    surroundings.release_table();
+    close_all();
+    surroundings.allocate_table();
+    if (!options.wld_enable) {
+        egdb_state.store(EGDB_SWITCHED_OFF, std::memory_order_release);
+        return;
+    }
+    egdb_state.store(EGDB_OPENING, std::memory_order_release);
+    if (options.wld_parallel_init && init_on_its_own_thread(options, egdb_engine.maxpieces)) return;
+    init_with_new_log(options, egdb_engine.maxpieces, &surroundings);
+    take_over_if_opened();
+}
+
+}  // namespace
+
+void egdb_prepare_search(const DatabaseOptions& options, bool& reopen_wld, bool& reopen_mtc,
+                         const EgdbSurroundings& surroundings) {
+    take_over_if_opened();
+    if (egdb_state.load(std::memory_order_acquire) == EGDB_OPENING) return;
+    if (reopen_wld) {
+        reopen_wld = reopen_mtc = false;
+        reopen(options, surroundings);
+    } else if (reopen_mtc) {
+        reopen_mtc = false;
+        in_use.mtc.reset();
+        if (options.mtc_enable) in_use.mtc = open_mtc(options, egdb_engine.maxpieces, &surroundings);
+    }
+}
+
+bool wait_for_egdb_opening(int milliseconds) {
+    for (int i = 0; egdb_state.load(std::memory_order_acquire) == EGDB_OPENING; ++i) {
+        if (i >= milliseconds) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+void reset_egdb() {
+    while (!wait_for_egdb_opening(1000)) {
+    }
+    close_all();
+    opened = OpenDatabases{};
+    egdb_state.store(EGDB_NOT_OPENED, std::memory_order_release);
+}

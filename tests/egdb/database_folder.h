@@ -1,0 +1,27 @@
+// Folders with database files: those that come with the program, copied so that a test may damage them, and
+// files that are made to have a wanted checksum.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "tests/base/scratch_folder.h"
+
+// The folder that comes with the program; only to be read.
+std::string shipped_database();
+
+// A copy of it.
+struct DatabaseFolder : ScratchFolder {
+    DatabaseFolder();
+
+    void remove(const std::string& name) const;
+    void write(const std::string& name, const std::string& bytes) const;
+    std::string read(const std::string& name) const;
+};
+
+// `text` with four bytes behind it that give the whole the checksum.
+std::string with_crc(const std::string& text, uint32_t crc);
+
+// Everything that was logged since it was cleared.
+extern std::string database_log;
+void keep_log(const char* text);
