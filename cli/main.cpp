@@ -28,6 +28,8 @@ int run(int argc, char** argv) {
     add_match_command(program);
     add_player_command(program);
     add_egdb_command(program);
+    add_book_command(program);
+    add_book_worker_command(program);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

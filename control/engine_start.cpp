@@ -4,6 +4,7 @@
 
 #include "base/files.h"
 #include "base/log.h"
+#include "book/opening_book.h"
 #include "control/mode_hooks.h"
 #include "egdb/egdb_state.h"
 #include "eval/weights.h"
@@ -29,5 +30,7 @@ EngineStartStatus start_engine() {
     use_databases();
     mode_hooks.egdb_state = [] { return egdb_state.load(std::memory_order_acquire); };
     engine_settings.position_line = write_position_line;
-    return load_weights() == 0 ? ENGINE_STARTED : ENGINE_NO_WEIGHTS;
+    if (load_weights() != 0) return ENGINE_NO_WEIGHTS;
+    load_book();  // without one the engine searches
+    return ENGINE_STARTED;
 }

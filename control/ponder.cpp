@@ -4,7 +4,6 @@
 
 #include "base/clock.h"
 #include "base/log.h"
-#include "book/engine_book.h"
 #include "control/game.h"
 #include "control/game_clock.h"
 #include "control/search_thread.h"
@@ -13,7 +12,7 @@
 #include "control/time_control_limits.h"
 #include "control/ui.h"
 #include "egdb/engine_egdb.h"
-#include "search/engine_settings.h"
+#include "search/ask_book.h"
 #include "search/search_state.h"
 #include "search/table.h"
 
@@ -28,8 +27,7 @@ bool known_reply(const MoveList& list, int& index) {
     char text[SEARCH_TEXT_SIZE] = "";
     const Position& board = game.board;
     const int side = game.board_side;
-    const bool from_book = engine_settings.book_mode != 0 && engine_book.loaded &&
-                           engine_book.book_move(board, side, list, index, value, text) != 0;
+    const bool from_book = ask_book(board, side, list, index, value, text);
     if (!from_book && !egdb_engine.mtc_choose_move(board, side, list, index, value, text)) return false;
     log_printf("Getting ponder pos: %s\n", text);
     return true;

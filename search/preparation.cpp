@@ -6,9 +6,9 @@
 
 #include "base/log.h"
 #include "base/text.h"
-#include "book/engine_book.h"
 #include "core/board_text.h"
 #include "egdb/engine_egdb.h"
+#include "search/ask_book.h"
 #include "search/engine_settings.h"
 #include "search/getmove.h"
 #include "search/root_search.h"
@@ -38,8 +38,7 @@ bool answer_without_search(const RootTask& task, Move& best_move, int32_t& value
     const Position& root = task.root;
     int index = 0;
     int answer = 0;
-    const bool from_book = engine_settings.book_mode != 0 && engine_book.loaded &&
-                           engine_book.book_move(root, root.side, task.list, index, answer, task.text) != 0;
+    const bool from_book = ask_book(root, root.side, task.list, index, answer, task.text);
     if (!from_book && !egdb_engine.mtc_choose_move(root, root.side, task.list, index, answer, task.text))
         return false;
     log_printf("%s\n", task.text);

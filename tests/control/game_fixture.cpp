@@ -95,8 +95,8 @@ void hold_search() {
     script.within = false;
 }
 
-int scripted_book(const Position& position, int side, const MoveList& list, int& index, int& value,
-                  char* text) {
+int scripted_book(const Position& position, int side, const MoveList& list, const BookTerms&, int& index,
+                  int& value, char* text) {
     if (list.count == 0) return 0;
     const bool predicts = std::this_thread::get_id() == interface_thread;
     if (!predicts) {

@@ -199,7 +199,8 @@ TEST_F(AllScoresTest, WithoutAMoveTheSideHasLost) {
 
 TEST_F(AllScoresTest, TheBookAndTheDatabaseAnswerBefore) {
     engine_settings.book_mode = 1;
-    engine_book = {true, [](const Position&, int, const MoveList&, int& index, int& value, char* text) {
+    engine_book = {true, [](const Position&, int, const MoveList&, const BookTerms&, int& index, int& value,
+                            char* text) {
                        index = 1;
                        value = -17;
                        std::snprintf(text, SEARCH_TEXT_SIZE, "from the book");

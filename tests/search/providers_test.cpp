@@ -37,7 +37,8 @@ void fake_prepare(char* text) {
     fakes.asked.push_back("prepare");
     fakes.prepared_text = text;
 }
-int fake_book(const Position& position, int side, const MoveList& list, int& index, int& value, char* text) {
+int fake_book(const Position& position, int side, const MoveList& list, const BookTerms&, int& index,
+              int& value, char* text) {
     note("book", position, side, list);
     if (!fakes.book) return 0;
     index = fakes.index;

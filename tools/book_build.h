@@ -1,0 +1,37 @@
+// Builds an opening book from the start position and the two-move ballots on: the positions that
+// tools/book_graph.h finds worth it are analysed, batch after batch. Which these are depends on the analyses
+// alone and not on who makes them or when, so a build can be stopped and gone on with at any time.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "tools/book_analysis.h"
+#include "tools/book_file.h"
+#include "tools/book_graph.h"
+
+constexpr int64_t BOOK_LEAST_BATCH = 64;
+constexpr int64_t BOOK_BATCH_SHARE = 50;  // a batch is at most this fraction of what stands
+
+struct BookBuildOptions {
+    int64_t positions = 20000;  // to analyse
+    BookCosts costs;
+    int32_t ballot_cost = 8;    // of the ballots as roots; that of the start position is 0
+    int32_t second_margin = 4;  // points that a second-best move may give away
+};
+
+// Analyses positions, each of which has a legal move. False if it failed or was told to stop.
+struct BookAnalyst {
+    void* context;
+    bool (*analyse)(void* context, std::span<const Position> positions, std::vector<BookAnalysis>& analyses);
+};
+
+// Lets the graph grow until so many of its nodes are analysed or none is left that is worth it. False if the
+// analyst failed; the graph is good for nothing then.
+bool grow_book(BookGraph& graph, const BookBuildOptions& options, const BookAnalyst& analyst);
+
+// The book's positions, in the order of their analysis: each analysed node with its minimax value, its best
+// move, and its second-best if it is near.
+std::vector<BookPosition> book_positions(const BookGraph& graph, int32_t second_margin);

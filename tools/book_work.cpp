@@ -1,0 +1,59 @@
+#include "tools/book_work.h"
+
+#include <cerrno>
+#include <sstream>
+
+namespace {
+
+BookKey key_of(const Position& position) {
+    return {position.black, position.white, position.king << 1 | static_cast<uint64_t>(position.side)};
+}
+
+void remember(BookWork& work, const Position& position, const BookAnalysis& analysis) {
+    const auto [place, is_new] = work.known.try_emplace(key_of(position), analysis);
+    if (!is_new && place->second.nodes < analysis.nodes) place->second = analysis;
+}
+
+// False if the first line is not that of the terms. Lines that were cut short are passed over.
+bool read_work(const std::string& content, const std::string& terms, BookWork& work) {
+    std::istringstream lines(content);
+    std::string line;
+    if (!std::getline(lines, line) || line != terms) return false;
+    Position position;
+    BookAnalysis analysis;
+    while (std::getline(lines, line))
+        if (read_book_analysis_line(line, position, analysis)) remember(work, position, analysis);
+    return true;
+}
+
+int write_line(std::FILE* file, const std::string& line) {
+    return std::fputs(line.c_str(), file) < 0 || std::fputc('\n', file) == EOF || std::fflush(file) != 0;
+}
+
+}  // namespace
+
+BookWorkStatus open_book_work(const std::string& path, const std::string& terms, BookWork& work) {
+    work = BookWork{};
+    std::string content;
+    if (file_size(path) > 0) {
+        if (read_file(path, content) != 0) return BOOK_WORK_CANNOT_OPEN;
+        if (!read_work(content, terms, work)) return BOOK_WORK_OTHER_TERMS;
+    }
+    work.file.reset(std::fopen(path.c_str(), "ab"));
+    if (!work.file) return BOOK_WORK_CANNOT_OPEN;
+    // What follows a line that was cut short begins a line of its own.
+    if (!content.empty() && content.back() != '\n' && std::fputc('\n', work.file.get()) == EOF)
+        return BOOK_WORK_CANNOT_OPEN;
+    if (content.empty() && write_line(work.file.get(), terms) != 0) return BOOK_WORK_CANNOT_OPEN;
+    return BOOK_WORK_OPEN;
+}
+
+const BookAnalysis* find_book_work(const BookWork& work, const Position& position) {
+    const auto found = work.known.find(key_of(position));
+    return found == work.known.end() ? nullptr : &found->second;
+}
+
+int keep_book_work(BookWork& work, const Position& position, const BookAnalysis& analysis) {
+    remember(work, position, analysis);
+    return write_line(work.file.get(), book_analysis_line(position, analysis));
+}
