@@ -9,6 +9,7 @@
 #include "base/paths.h"
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/egdb_options.h"
 #include "cli/game_console.h"
 #include "cli/options.h"
 #include "control/analyze_games.h"
@@ -24,6 +25,7 @@ struct AnalyzeOptions {
     double time = 1.0;
     int threads = 1;
     bool all_scores = false;
+    EgdbChoice egdb;
 };
 
 struct AnalyzeRun {
@@ -93,13 +95,15 @@ Ui analyze_screen() {
     return screen;
 }
 
-void run_analyze(const AnalyzeOptions& options) {
+void run_analyze(AnalyzeOptions& options) {
     catch_interrupt();
     run = AnalyzeRun{};
     run.file = absolute_path(options.file);
     if (!options.output.empty()) run.output_path = absolute_path(options.output);
+    if (!check_egdb_choice(options.egdb)) return;
     set_search_threads(options.threads);
     if (!start_game_console(analyze_screen())) return;
+    use_egdb_in_game(options.egdb, false);
     set_time_per_move(options.time);
     analysis_output = {begin_output, print_finished_game, [] {}};
     analyze_pdn_command(options.all_scores);
@@ -130,5 +134,6 @@ void add_analyze_command(CLI::App& program) {
     command->add_option("--output", options->output, "Write here instead of to standard output");
     add_threads_option(*command, options->threads);
     command->add_flag("--all-scores", options->all_scores, "Give every move its value");
+    add_egdb_options(*command, options->egdb, false);
     command->callback([options] { run_analyze(*options); });
 }

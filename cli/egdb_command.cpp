@@ -9,6 +9,8 @@
 #include "base/system_info.h"
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/egdb_open_command.h"
+#include "cli/egdb_text.h"
 #include "egdb/catalogues.h"
 #include "egdb/wld_lookup.h"
 #include "tools/egdb_build.h"
@@ -139,32 +141,13 @@ void run_stats(const std::string& folder) {
                 static_cast<long long>(bytes), static_cast<double>(bytes) / static_cast<double>(positions));
 }
 
-const char* value_text(EgdbValue value) {
-    switch (value) {
-        case EGDB_WIN:
-            return "win";
-        case EGDB_LOSS:
-            return "loss";
-        case EGDB_DRAW:
-            return "draw";
-        case EGDB_DRAW_OR_LOSS:
-            return "draw_or_loss";
-        case EGDB_WIN_OR_DRAW:
-            return "win_or_draw";
-        case EGDB_UNKNOWN:
-            return "unknown";
-        default:
-            return "unavailable";
-    }
-}
-
 void probe_line(EgdbDatabase& database, const std::string& fen) {
     Position position;
     if (!read_position(fen, position)) return;
     if (!is_legal_setup(position)) return fail("not a legal position: %.200s", fen.c_str());
     const char* const text = has_capture(position, position.side)
                                  ? "capture"
-                                 : value_text(wld_lookup(database, position, position.side, false));
+                                 : egdb_value_text(wld_lookup(database, position, position.side, false));
     std::printf("%s %s\n", fen.c_str(), text);
 }
 
@@ -265,5 +248,6 @@ void add_egdb_command(CLI::App& program) {
     probe->add_option("FEN", *fen, "Position, or - for one position on each line of standard input")
         ->required();
     probe->callback([folder, fen] { run_probe(*folder, *fen); });
+    add_egdb_open_command(*egdb);
     add_catalogues(*egdb);
 }

@@ -5,7 +5,11 @@
 
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/egdb_options.h"
+#include "cli/egdb_text.h"
 #include "core/notation.h"
+#include "egdb/egdb_log.h"
+#include "egdb/egdb_open.h"
 #include "eval/evaluation.h"
 #include "records/fen.h"
 #include "search/forced.h"
@@ -57,17 +61,56 @@ Json describe_position(const Position& position) {
             {"moves", moves}};
 }
 
-void inspect_line(const std::string& fen) {
-    Position position;
-    if (read_position(fen, position)) std::printf("%s\n", describe_position(position).dump().c_str());
+bool can_be_in_database(const Position& position) {
+    const Material m = material_of(position);
+    return is_legal_setup(position) && black_count(m) >= 1 && white_count(m) >= 1 &&
+           black_count(m) <= EGDB_MAX_SIDE && white_count(m) <= EGDB_MAX_SIDE &&
+           piece_count(m) <= EGDB_MAX_PIECES;
 }
 
-void run_inspect(const std::string& fen) {
-    if (!start_console_engine()) return;
-    if (fen != "-") return inspect_line(fen);
+// Where the position stands in the databases, and what the open one says of it.
+void describe_in_database(const Position& position, const EgdbDriver* driver, Json& description) {
+    const CanonicalPosition canonical = canonical_position(position, position.side);
+    const int64_t index = position_to_index(canonical.position, canonical.material);
+    char fen[FEN_TEXT_SIZE];
+    position_to_fen(canonical.position, canonical.side, fen);
+    description["canonical_fen"] = fen;
+    description["slot"] = egdb_slot(canonical.material, canonical.side);
+    description["subslice"] = index / SUBSLICE_POSITIONS;
+    description["index"] = index % SUBSLICE_POSITIONS;
+    description["file"] = egdb_file_of(canonical.material);
+    description["value"] = nullptr;
+    if (!driver) return;
+    description["value"] =
+        has_capture(position, position.side)
+            ? "capture"
+            : egdb_value_text(driver->lookup(driver->handle, position, position.side, false));
+}
+
+void inspect_line(const std::string& fen, const EgdbDriver* driver) {
+    Position position;
+    if (!read_position(fen, position)) return;
+    Json description = describe_position(position);
+    if (can_be_in_database(position)) describe_in_database(position, driver, description);
+    std::printf("%s\n", description.dump().c_str());
+}
+
+// Null if there is none; a folder that the user has named must hold one, or the command fails.
+OpenEgdb open_chosen(const EgdbChoice& choice) {
+    const std::string folder = chosen_egdb_folder(choice, true);
+    if (folder.empty()) return nullptr;
+    OpenEgdb driver = egdb_open("", choice.cache_mb, folder, egdb_log_text);
+    if (!driver) fail("the database in %s cannot be opened", folder.c_str());
+    return driver;
+}
+
+void run_inspect(const std::string& fen, EgdbChoice& choice) {
+    if (!check_egdb_choice(choice) || !start_console_engine()) return;
+    const OpenEgdb driver = open_chosen(choice);
+    if (fen != "-") return inspect_line(fen, driver.get());
     std::string line;
     while (!interrupted && std::getline(std::cin, line))
-        if (line.find_first_not_of(" \t\r") != std::string::npos) inspect_line(line);
+        if (line.find_first_not_of(" \t\r") != std::string::npos) inspect_line(line, driver.get());
 }
 
 }  // namespace
@@ -78,5 +121,7 @@ void add_inspect_command(CLI::App& program) {
     const auto fen = std::make_shared<std::string>();
     command->add_option("FEN", *fen, "Position, or - for one position on each line of standard input")
         ->required();
-    command->callback([fen] { run_inspect(*fen); });
+    const auto choice = std::make_shared<EgdbChoice>();
+    add_egdb_options(*command, *choice, true);
+    command->callback([fen, choice] { run_inspect(*fen, *choice); });
 }

@@ -10,6 +10,7 @@
 #include "base/paths.h"
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/egdb_options.h"
 #include "cli/game_console.h"
 #include "cli/options.h"
 #include "cli/play_commands.h"
@@ -31,6 +32,7 @@ struct PlayOptions {
     std::string book = "off";
     bool ponder = false;
     bool quiet = false;
+    EgdbChoice egdb;
 };
 
 // A search runs, or has ended without its result having been seen; a ponder search is none.
@@ -126,7 +128,7 @@ void run_loop() {
     print_changed_board();
 }
 
-void run_play(const PlayOptions& options) {
+void run_play(PlayOptions& options) {
     catch_interrupt();
     play_screen = PlayScreen{};
     play_commands = PlayCommands{};
@@ -134,8 +136,10 @@ void run_play(const PlayOptions& options) {
     play_screen.terminal = input_is_terminal();
     play_screen.quiet = options.quiet;
     engine_settings.hash_size_mb = options.hash_mb;
+    if (!check_egdb_choice(options.egdb)) return;
     set_search_threads(options.threads);
     if (!start_game_console(make_play_screen())) return;
+    use_egdb_in_game(options.egdb, true);
     set_time_per_move(options.time);
     settings.pondering_on = options.ponder;
     set_book_by_name(options.book);
@@ -167,5 +171,6 @@ void add_play_command(CLI::App& program) {
     add_threads_option(*command, options->threads);
     command->add_flag("--ponder", options->ponder, "Have the engine think in your time");
     command->add_flag("--quiet", options->quiet, "Print no boards");
+    add_egdb_options(*command, options->egdb, true);
     command->callback([options] { run_play(*options); });
 }

@@ -5,8 +5,11 @@
 #include "base/log.h"
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/egdb_options.h"
 #include "cli/options.h"
 #include "core/notation.h"
+#include "egdb/egdb_state.h"
+#include "search/engine_settings.h"
 #include "search/getmove.h"
 #include "search/search_state.h"
 
@@ -18,6 +21,7 @@ struct SearchOptions {
     int depth = 0;
     int threads = 1;
     bool all_scores = false;
+    EgdbChoice egdb;
 };
 
 void print_log(const char* text) {
@@ -25,21 +29,25 @@ void print_log(const char* text) {
     std::fflush(stdout);
 }
 
-void run_search(const SearchOptions& options) {
+void run_search(SearchOptions& options) {
     catch_interrupt();
     Position position;
     if (!read_position(options.fen, position)) return;
     if (!is_legal_setup(position)) return fail("Illegal position");
+    if (!check_egdb_choice(options.egdb)) return;
     set_search_threads(options.threads);
     if (!start_console_engine()) return;
     set_fixed_time(options.depth > 0 ? NO_TIME_LIMIT : options.time);
     if (options.depth > 0) search_state.depth_limit = options.depth;
+    use_egdb_in_engine(options.egdb, false);
     log_listener = print_log;
     char text[SEARCH_TEXT_SIZE];
     Move best{};
     int32_t searched = 0;
     const int32_t value = getmove(position, position.side, text, stop_flag,
                                   options.all_scores ? SEARCH_ALL_SCORES : 0u, best, searched);
+    if (engine_settings.database.wld_enable && egdb_state != EGDB_IN_USE)
+        return fail("the database in %s cannot be opened", options.egdb.folder.c_str());
     char move[MOVE_TEXT_SIZE];
     const bool has_move = full_move_text(position, best, position.side, move) > 0;
     std::printf("best %s value %d depth %d nodes %" PRIu64 "\n", has_move ? move : "none", value,
@@ -60,5 +68,6 @@ void add_search_command(CLI::App& program) {
     add_depth_option(*command, options->depth, "Search to this depth, whatever the time")->excludes(time);
     add_threads_option(*command, options->threads);
     command->add_flag("--all-scores", options->all_scores, "Give every move its value");
+    add_egdb_options(*command, options->egdb, false);
     command->callback([options] { run_search(*options); });
 }

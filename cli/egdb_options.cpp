@@ -1,0 +1,61 @@
+#include "cli/egdb_options.h"
+
+#include "base/files.h"
+#include "base/paths.h"
+#include "base/program_paths.h"
+#include "cli/console.h"
+#include "control/database_settings.h"
+#include "control/settings.h"
+#include "egdb/identify.h"
+#include "search/engine_settings.h"
+
+namespace {
+constexpr int MOST_CACHE_MB = 1 << 20;
+}
+
+void add_egdb_options(CLI::App& command, EgdbChoice& choice, bool default_folder) {
+    CLI::Option* const folder = command.add_option(
+        "--egdb", choice.folder,
+        default_folder ? "Folder of the endgame database, in place of the one that came with the program"
+                       : "Folder of an endgame database to use");
+    command.add_option("--egdb-cache", choice.cache_mb, "Megabytes of memory for it")
+        ->check(CLI::Range(0, MOST_CACHE_MB))
+        ->capture_default_str();
+    if (default_folder)
+        command.add_flag("--no-egdb", choice.none, "Use no endgame database")->excludes(folder);
+}
+
+bool check_egdb_choice(EgdbChoice& choice) {
+    if (choice.folder.empty()) return true;
+    choice.folder = absolute_path(choice.folder);
+    EgdbType type{};
+    int32_t pieces = 0;
+    if (identify_egdb(choice.folder, type, pieces) == 0 && type != EGDB_MTC) return true;
+    fail("no win/loss/draw database in %s", choice.folder.c_str());
+    return false;
+}
+
+std::string chosen_egdb_folder(const EgdbChoice& choice, bool default_folder) {
+    if (choice.none) return "";
+    if (!choice.folder.empty() || !default_folder) return choice.folder;
+    const std::string folder = program_paths.program_folder + WLD_DEFAULT_FOLDER;
+    return folder_exists(folder) ? folder : "";
+}
+
+void use_egdb_in_engine(const EgdbChoice& choice, bool default_folder) {
+    DatabaseOptions& options = engine_settings.database;
+    options.wld_folder = chosen_egdb_folder(choice, default_folder);
+    options.wld_enable = !options.wld_folder.empty();
+    options.wld_parallel_init = false;
+    options.wld_cache_mb = choice.cache_mb;
+    engine_settings.reopen_wld = options.wld_enable;
+}
+
+void use_egdb_in_game(const EgdbChoice& choice, bool default_folder) {
+    const std::string folder = chosen_egdb_folder(choice, default_folder);
+    // Before the search, so that the same input gives the same game.
+    set_wld_parallel_init(false);
+    set_wld_folder(folder);
+    set_wld_cache_mb(choice.cache_mb);
+    set_wld_enable(!folder.empty());
+}
