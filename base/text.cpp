@@ -11,6 +11,12 @@ const char* built_in_text(int id) {
     return entry != text_table.end() && entry->id == id ? entry->text : "";
 }
 
+int id_of_built_in_text(std::string_view text) {
+    const auto entry = std::find_if(text_table.begin(), text_table.end(),
+                                    [text](const TextEntry& e) { return e.text == text; });
+    return entry != text_table.end() ? entry->id : 0;
+}
+
 void get_text(int id, char* buffer, size_t size) {
     if (text_source)
         text_source(id, buffer, size);

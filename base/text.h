@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <span>
+#include <string_view>
 
 struct TextEntry {
     int id;
@@ -15,6 +16,9 @@ extern const std::span<const TextEntry> text_table;
 
 // The built-in text of an id, or an empty text if there is none.
 const char* built_in_text(int id);
+
+// The id of the built-in text that reads so; 0 if there is none.
+int id_of_built_in_text(std::string_view text);
 
 // Gives the text of `id` in the current language; null for the built-in texts. Set before other threads run.
 extern void (*text_source)(int id, char* buffer, size_t size);

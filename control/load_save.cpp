@@ -4,11 +4,13 @@
 #include <cstdio>
 #include <vector>
 
+#include "base/text.h"
 #include "control/analyze_games.h"
 #include "control/game.h"
 #include "control/game_commands.h"
 #include "control/panes.h"
 #include "control/search_thread.h"
+#include "control/text_ids.h"
 #include "control/ui.h"
 #include "records/game_file.h"
 #include "records/pdn_replay.h"
@@ -28,8 +30,10 @@ void tell_load_failure(GameFileStatus status) {
 // The number of the game that the user wants, or -1.
 int choose_game(const std::string& text, const PdnOffsets& offsets) {
     const int count = std::min(pdn_game_count(offsets), GAME_LIST_LIMIT);
-    char status[32];
-    std::snprintf(status, sizeof status, "%d %s", count, "games read");
+    char games_read[CONTROL_TEXT_SIZE];
+    get_text(TEXT_GAMES_READ, games_read, sizeof games_read);
+    char status[CONTROL_TEXT_SIZE + 16];
+    std::snprintf(status, sizeof status, "%d %s", count, games_read);
     show_status(status);
     const int selected = load_state.selected_game < count ? load_state.selected_game : 0;
     const int chosen = ui.choose_game(text.c_str(), offsets, count, selected);

@@ -36,6 +36,7 @@ enum ControlTextId {
     TEXT_PONDER_PANE = 243,
     TEXT_DXP_PANE = 244,
     TEXT_CLOCK_PANE = 245,
+    TEXT_GAMES_READ = 312,
 };
 
 // Room for any of them in any language.

@@ -33,8 +33,9 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 if(TARGET tessarin)
   # What Qt loads at run time only: without it there is no window.
   set(CPACK_DEBIAN_PACKAGE_DEPENDS qt6-qpa-plugins)
-  # What opens the manual and the annotated games; Wayland without the X server beside it.
-  set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "xdg-utils, qt6-wayland")
+  # What opens the manual and the annotated games; Wayland without the X server beside it; the dialog for files in
+  # the user's language.
+  set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "xdg-utils, qt6-wayland, qt6-translations-l10n")
   set(CPACK_DEBIAN_PACKAGE_SUGGESTS "www-browser")
 endif()
 include(CPack)

@@ -32,8 +32,9 @@ void about_box(QWidget* parent) {
     large.setBold(true);
     large.setPointSizeF(large.pointSizeF() * 1.25);
     form.program->setFont(large);
-    form.build->setText(form.build->text().arg(build_date()));
+    form.build->setText(program_text(TEXT_BUILD, build_date()));
     form.icon->setPixmap(program_icon().pixmap(QSize(ICON_SIZE, ICON_SIZE), dialog.devicePixelRatio()));
     take_command_title(dialog, COMMAND_ABOUT);
+    name_buttons(dialog);
     dialog.exec();
 }

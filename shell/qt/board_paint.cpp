@@ -1,6 +1,7 @@
 #include "shell/qt/board_paint.h"
 
 #include <QPaintDevice>
+#include <array>
 
 #include "shell/board_geometry.h"
 
@@ -11,6 +12,9 @@ const QColor LAST_MOVE_EDGE(255, 226, 120, 120);
 const QColor NUMBER_SHADOW(0, 0, 0, 170);
 const QColor CURSOR(120, 200, 255);
 constexpr int FRAME_LINES = 2;
+
+// On smaller squares the numbers lie on the pieces.
+constexpr int CROWDED_BELOW = 40;
 
 bool is_dark(int column, int row) { return (column + row) % 2 != 0; }
 
@@ -56,16 +60,27 @@ void draw_pieces(QPainter& painter, const BoardScene& scene, double scale) {
     }
 }
 
+// White pieces reach into the corner; the shadow sets the number off from them. Where the number lies on the
+// piece it needs one all around.
+void draw_number_shadow(QPainter& painter, const QRect& place, const QString& number, bool on_white_piece) {
+    constexpr std::array<QPoint, 4> AROUND = {QPoint(-1, 0), QPoint(1, 0), QPoint(0, -1), QPoint(0, 1)};
+    painter.setPen(NUMBER_SHADOW);
+    painter.drawText(place.translated(1, 1), Qt::AlignRight | Qt::AlignBottom, number);
+    if (!on_white_piece) return;
+    for (const QPoint& way : AROUND)
+        painter.drawText(place.translated(way), Qt::AlignRight | Qt::AlignBottom, number);
+}
+
 void draw_numbers(QPainter& painter, const BoardScene& scene) {
     QFont font(QStringLiteral("Times New Roman"));
     font.setPixelSize(number_height(scene.square_size));
     painter.setFont(font);
+    const bool crowded = scene.square_size < CROWDED_BELOW;
     for (int square = 0; square < SQUARES; ++square) {
         const QRect place = square_rect(scene, square).adjusted(0, 0, -2, 0);
         const QString number = QString::number(square + 1);
-        // White pieces reach into the corner; the shadow sets the number off from them.
-        painter.setPen(NUMBER_SHADOW);
-        painter.drawText(place.translated(1, 1), Qt::AlignRight | Qt::AlignBottom, number);
+        const bool white_piece = (scene.position.white & ~scene.lifted & mask_of(square)) != 0;
+        draw_number_shadow(painter, place, number, crowded && white_piece);
         painter.setPen(Qt::white);
         painter.drawText(place, Qt::AlignRight | Qt::AlignBottom, number);
     }

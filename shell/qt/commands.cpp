@@ -19,6 +19,7 @@
 #include "shell/qt/interface_thread.h"
 #include "shell/qt/main_window.h"
 #include "shell/qt/menu_state.h"
+#include "shell/qt/toolkit_texts.h"
 #include "shell/settings_store.h"
 
 namespace {
@@ -136,6 +137,7 @@ void before_close() {
 
 void follow_language() {
     translate_menu(main_menu);
+    follow_toolkit_language();
     main_window->follow_language();
     update_menu();
 }

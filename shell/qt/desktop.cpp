@@ -19,6 +19,7 @@
 #include "shell/qt/main_window.h"
 #include "shell/qt/qt_ui.h"
 #include "shell/qt/sound.h"
+#include "shell/qt/toolkit_texts.h"
 #include "shell/settings_store.h"
 #include "shell/startup.h"
 
@@ -90,6 +91,7 @@ bool close_desktop() {
     if (!wait_for_search()) return false;
     end_interface_thread();
     end_sound();
+    end_toolkit_language();
     delete main_window;
     ui = no_ui();
     settings_hooks.read_windows = no_settings_hooks().read_windows;

@@ -64,11 +64,15 @@ void show_as_read_only(QLineEdit& edit) {
 
 }  // namespace
 
+void name_buttons(QDialog& dialog) {
+    const QDialogButtonBox* const box = dialog.findChild<QDialogButtonBox*>();
+    if (!box) return;
+    name_button(*box, QDialogButtonBox::Ok, QStringLiteral("id_1"), program_text(TEXT_OK));
+    name_button(*box, QDialogButtonBox::Cancel, QStringLiteral("id_2"), program_text(TEXT_CANCEL));
+}
+
 void prepare_dialog(QDialog& dialog, int32_t number) {
-    if (const QDialogButtonBox* const box = dialog.findChild<QDialogButtonBox*>()) {
-        name_button(*box, QDialogButtonBox::Ok, QStringLiteral("id_1"), QStringLiteral("OK"));
-        name_button(*box, QDialogButtonBox::Cancel, QStringLiteral("id_2"), QStringLiteral("Cancel"));
-    }
+    name_buttons(dialog);
     for (QLineEdit* const edit : dialog.findChildren<QLineEdit*>())
         if (edit->isReadOnly()) show_as_read_only(*edit);
     translate_dialog(dialog, number);

@@ -14,8 +14,11 @@
 
 #include "shell/qt/text.h"
 
-// Readies a dialog that was set up from its form: names its OK and Cancel buttons "id_1" and "id_2", shows
-// edits that are read-only as such, and gives it the texts of the language.
+// Names the OK and Cancel buttons of a dialog "id_1" and "id_2" and gives them their texts.
+void name_buttons(QDialog& dialog);
+
+// Readies a dialog that was set up from its form: its buttons, edits that are read-only, which are shown as
+// such, and the texts that the language's file has for the dialog.
 void prepare_dialog(QDialog& dialog, int32_t number);
 
 // Titles a dialog that language files say nothing of by the menu's text for the command that opens it.

@@ -46,6 +46,9 @@ void about_box(QWidget* parent);
 // started the user is told.
 void open_help(QWidget* parent);
 
+// Tells the user that a file cannot be opened in another program.
+void tell_cannot_open(const std::string& path);
+
 // Opens a file in the program that the system has for its kind. False if there is none. Tests put their own
 // in its place.
 extern bool (*open_document)(const std::string& path);

@@ -7,7 +7,9 @@
 #include <QSplitter>
 #include <QStandardPaths>
 
+#include "base/text.h"
 #include "shell/qt/text.h"
+#include "shell/qt/toolkit_texts.h"
 
 namespace {
 
@@ -29,9 +31,19 @@ void widen(QFileDialog& dialog) {
     if (auto* const splitter = dialog.findChild<QSplitter*>()) splitter->setSizes({150, 600});
 }
 
+// Most of the dialog is Qt's own: where that is English, all of it is, rather than half of it.
+QString dialog_text(int id) {
+    return toolkit_speaks_language() ? program_text(id) : shown_text(built_in_text(id));
+}
+
+QString dialog_title(const char* title) {
+    return toolkit_speaks_language() ? text_in_language(title) : shown_text(title);
+}
+
 bool choose_file(QFileDialog& dialog, std::string& path) {
     widen(dialog);
-    dialog.setNameFilters({QStringLiteral("PDN Files (*.pdn)"), QStringLiteral("All Files (*)")});
+    dialog.setNameFilters({dialog_text(TEXT_PDN_FILES) + QStringLiteral(" (*.pdn)"),
+                           dialog_text(TEXT_ALL_FILES) + QStringLiteral(" (*)")});
     const bool known = !chosen_file.folder.isEmpty() && QFileInfo(chosen_file.folder).isDir();
     dialog.setDirectory(known ? chosen_file.folder : first_folder());
     if (!chosen_file.name.isEmpty()) dialog.selectFile(chosen_file.name);
@@ -45,13 +57,13 @@ bool choose_file(QFileDialog& dialog, std::string& path) {
 }  // namespace
 
 bool choose_file_to_load(QWidget* parent, const char* title, std::string& path) {
-    QFileDialog dialog(parent, shown_text(title));
+    QFileDialog dialog(parent, dialog_title(title));
     dialog.setFileMode(QFileDialog::ExistingFile);
     return choose_file(dialog, path);
 }
 
 bool choose_file_to_save(QWidget* parent, const char* title, std::string& path) {
-    QFileDialog dialog(parent, shown_text(title));
+    QFileDialog dialog(parent, dialog_title(title));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);

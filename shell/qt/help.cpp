@@ -12,6 +12,7 @@
 #include "control/ui.h"
 #include "shell/languages.h"
 #include "shell/qt/dialogs.h"
+#include "shell/qt/text.h"
 
 namespace {
 
@@ -48,6 +49,11 @@ bool open_in_system(const std::string& path) {
 
 bool (*open_document)(const std::string& path) = open_in_system;
 
+void tell_cannot_open(const std::string& path) {
+    const QString text = program_text(TEXT_CANNOT_OPEN, shown_text(path));
+    ui.message_box(text.toUtf8().constData(), DEFAULT_BOX_TITLE, ICON_WARNING);
+}
+
 void open_help(QWidget*) {
     const std::string_view language = language_name();
     const std::string candidates[] = {help_file(language), help_file(ENGLISH), manual_page(language),
@@ -56,5 +62,5 @@ void open_help(QWidget*) {
     const std::string* chosen = candidates;
     while (chosen + 1 < std::end(candidates) && !can_read_file(*chosen)) ++chosen;
     if (can_read_file(*chosen) && open_document(*chosen)) return;
-    ui.message_box(("Cannot open " + *chosen).c_str(), DEFAULT_BOX_TITLE, ICON_WARNING);
+    tell_cannot_open(*chosen);
 }

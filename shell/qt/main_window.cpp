@@ -89,6 +89,7 @@ MainWindow::MainWindow()
     mdi_area->addSubWindow(board_child);
     for (size_t i = 0; i < CHILD_WINDOWS; ++i) {
         panes[i] = new PaneWindow(static_cast<ChildWindow>(i));
+        panes[i]->setStyle(&child_style);
         mdi_area->addSubWindow(panes[i]);
         panes[i]->hide();
         connect(panes[i], &PaneWindow::closed, this,
@@ -110,6 +111,11 @@ void MainWindow::follow_colours() {
 void MainWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::PaletteChange && panes.back()) follow_colours();
+}
+
+void MainWindow::moveEvent(QMoveEvent* event) {
+    QMainWindow::moveEvent(event);
+    if (!isMaximized()) decoration = geometry().topLeft() - pos();
 }
 
 MainWindow::~MainWindow() { main_window = nullptr; }
@@ -170,10 +176,12 @@ void MainWindow::show_panes_of_settings() {
 void MainWindow::place_windows() {
     const WindowRecord& record = settings.main_window;
     const QRect frame = place_in_view(place_of_record(record), screen_rooms());
+    const bool maximized = record.visible == FRAME_MAXIMIZED;
     resize(frame.size().boundedTo(screen_room().size()));
     if (!has_default_place(record)) move(frame.topLeft());
     layout()->activate();
-    const QList<QRect> inside{QRect(QPoint(0, 0), mdi_area->size())};
+    const QSize room = maximized ? screen_room().size() - chrome() : mdi_area->size();
+    const QList<QRect> inside{QRect(QPoint(0, 0), room)};
     board_child->follow_square_size();
     board_child->move(WINDOW_GAP, WINDOW_GAP);
     for (size_t i = 0; i < CHILD_WINDOWS; ++i) {
@@ -183,6 +191,7 @@ void MainWindow::place_windows() {
         panes[i]->setGeometry(child.visible ? place_in_view(place, inside) : place);
     }
     show_panes_of_settings();
+    if (maximized) setWindowState(windowState() | Qt::WindowMaximized);
 }
 
 void MainWindow::arrange() {
@@ -199,8 +208,16 @@ void MainWindow::arrange() {
     if (isVisible()) keep_frame_on_screen();
 }
 
+// Where the frame is, or was before it was maximized.
+QRect MainWindow::normal_place() const {
+    const QRect normal = normalGeometry();
+    if (!isMaximized() || !normal.isValid()) return {pos(), size()};
+    return normal.translated(-decoration);
+}
+
 void MainWindow::read_windows(Settings& record) {
-    store_place(record.main_window, QRect(pos(), size()));
+    record.main_window.visible = isMaximized() ? FRAME_MAXIMIZED : FRAME_SHOWN;
+    store_place(record.main_window, normal_place());
     const QPoint offset = scroll_offset();
     for (size_t i = 0; i < CHILD_WINDOWS; ++i)
         store_place(record.child_windows[i], panes[i]->geometry().translated(offset));
@@ -243,6 +260,8 @@ void MainWindow::show_pane(ChildWindow which, bool visible) {
 
 // Once its decoration is known the frame may turn out too large or too far out.
 void MainWindow::keep_frame_on_screen() {
+    if (isMaximized() || isFullScreen()) return;
+    decoration = geometry().topLeft() - pos();
     const QRect outside = frameGeometry();
     const QRect fitted = place_in_view(outside, screen_rooms());
     if (fitted.size() != outside.size()) resize(size() - (outside.size() - fitted.size()));

@@ -10,6 +10,7 @@
 #include "control/modes.h"
 #include "control/settings.h"
 #include "shell/qt/board_window.h"
+#include "shell/qt/child_style.h"
 #include "shell/qt/menu_bar.h"
 #include "shell/qt/pane_window.h"
 #include "shell/qt/status_line.h"
@@ -51,17 +52,20 @@ class MainWindow : public QMainWindow {
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
 
   private:
     QSize chrome();
     QRect screen_room();
     void set_inside(const QSize& inside);
     void keep_frame_on_screen();
+    QRect normal_place() const;
     QPoint scroll_offset() const;
     void show_panes_of_settings();
     void follow_colours();
     void bring_into_view(PaneWindow& child);
 
+    ChildStyle child_style;
     QMdiArea* mdi_area;
     QToolBar* buttons;
     StatusLine* line;
@@ -69,6 +73,7 @@ class MainWindow : public QMainWindow {
     std::array<PaneWindow*, CHILD_WINDOWS> panes{};
     MenuBinding binding;
     MenuState menu_now;
+    QPoint decoration;  // from the frame's corner to that of its inside, while it is not maximized
 };
 
 // The one main window, while it is there.

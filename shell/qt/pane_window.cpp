@@ -93,9 +93,9 @@ bool PaneEdit::event(QEvent* event) {
 
 void PaneEdit::contextMenuEvent(QContextMenuEvent* event) {
     QMenu menu(this);
-    QAction* const copy_action = menu.addAction(QStringLiteral("Copy"), this, &QPlainTextEdit::copy);
+    QAction* const copy_action = menu.addAction(program_text(TEXT_COPY), this, &QPlainTextEdit::copy);
     copy_action->setEnabled(textCursor().hasSelection());
-    menu.addAction(QStringLiteral("Select All"), this, &QPlainTextEdit::selectAll);
+    menu.addAction(program_text(TEXT_SELECT_ALL), this, &QPlainTextEdit::selectAll);
     menu.exec(event->globalPos());
 }
 

@@ -1,5 +1,6 @@
 #include "shell/qt/qt_ui.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QClipboard>
 #include <QGridLayout>
@@ -82,20 +83,33 @@ void make_room_for_title(QMessageBox& box) {
     grid->addItem(new QSpacerItem(width, 0), grid->rowCount(), 0, 1, grid->columnCount());
 }
 
-void message_box(const char* text, const char* title, MessageIcon icon) {
-    QMessageBox box(box_icon(icon), shown_text(title), shown_text(text), QMessageBox::Ok, box_parent());
+void name_buttons(const QMessageBox& box) {
+    if (QAbstractButton* const ok = box.button(QMessageBox::Ok)) ok->setText(program_text(TEXT_OK));
+    if (QAbstractButton* const cancel = box.button(QMessageBox::Cancel))
+        cancel->setText(program_text(TEXT_CANCEL));
+}
+
+int show_box(QMessageBox& box, const char* text, const char* title, QMessageBox::StandardButtons buttons) {
+    box.setWindowTitle(text_in_language(title));
     box.setTextFormat(Qt::PlainText);
-    box.setTextInteractionFlags(Qt::TextSelectableByMouse);
+    box.setText(text_in_language(text));
+    box.setStandardButtons(buttons);
+    name_buttons(box);
     make_room_for_title(box);
-    box.exec();
+    return box.exec();
+}
+
+void message_box(const char* text, const char* title, MessageIcon icon) {
+    QMessageBox box(box_parent());
+    box.setIcon(box_icon(icon));
+    box.setTextInteractionFlags(Qt::TextSelectableByMouse);
+    show_box(box, text, title, QMessageBox::Ok);
 }
 
 bool ask(const char* text, const char* title) {
-    QMessageBox box(QMessageBox::Question, shown_text(title), shown_text(text),
-                    QMessageBox::Ok | QMessageBox::Cancel, box_parent());
-    box.setTextFormat(Qt::PlainText);
-    make_room_for_title(box);
-    return box.exec() == QMessageBox::Ok;
+    QMessageBox box(box_parent());
+    box.setIcon(QMessageBox::Question);
+    return show_box(box, text, title, QMessageBox::Ok | QMessageBox::Cancel) == QMessageBox::Ok;
 }
 
 bool choose_load_file(const char* title, std::string& path) {
@@ -127,7 +141,7 @@ bool write_clipboard(const char* text) {
 
 void open_file(const char* path) {
     const std::string file = absolute_path(path);
-    if (!open_document(file)) message_box(("Cannot open " + file).c_str(), DEFAULT_BOX_TITLE, ICON_WARNING);
+    if (!open_document(file)) tell_cannot_open(file);
 }
 
 void show_posted_picture(int32_t picture) {

@@ -7,6 +7,9 @@
 
 namespace {
 
+// Room for any of them in any language.
+constexpr size_t PROGRAM_TEXT_SIZE = 1000;
+
 bool is_ascii(std::string_view text) {
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
@@ -26,7 +29,17 @@ QString shown_text(std::string_view text) {
 }
 
 QString program_text(int id) {
-    char text[512];
+    char text[PROGRAM_TEXT_SIZE];
     get_text(id, text, sizeof text);
     return shown_text(text);
+}
+
+QString program_text(int id, const QString& inserted) {
+    QString text = program_text(id);
+    return text.replace(QStringLiteral("%s"), inserted);
+}
+
+QString text_in_language(std::string_view text) {
+    const int id = id_of_built_in_text(text);
+    return id ? program_text(id) : shown_text(text);
 }

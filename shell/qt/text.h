@@ -11,3 +11,22 @@ QString shown_text(std::string_view text);
 
 // A text of the program by its id, in the current language.
 QString program_text(int id);
+
+// The ids of the texts that are the windows' own.
+enum WindowTextId {
+    TEXT_CANNOT_OPEN = 303,
+    TEXT_PDN_FILES = 320,
+    TEXT_ALL_FILES = 321,
+    TEXT_COPY = 322,
+    TEXT_SELECT_ALL = 323,
+    TEXT_BUILD = 324,
+    TEXT_OK = 325,
+    TEXT_CANCEL = 326,
+};
+
+// The same with `inserted` in place of its "%s".
+QString program_text(int id, const QString& inserted);
+
+// A text that is named by its English words, as game control names its messages: in the current language if
+// the program has it as a text of its own, otherwise as it is.
+QString text_in_language(std::string_view text);

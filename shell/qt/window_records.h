@@ -7,6 +7,11 @@
 
 #include "control/settings.h"
 
+// What the frame's record has as `visible`: shown in its place, or over the whole screen with its place kept
+// for the time when it no longer is.
+constexpr int32_t FRAME_SHOWN = 1;
+constexpr int32_t FRAME_MAXIMIZED = 3;
+
 // A record's place and size with numbers that a window can have. DEFAULT_PLACE becomes 0.
 QRect place_of_record(const WindowRecord& record);
 

@@ -250,7 +250,11 @@ TEST(Text, TableIsSortedAndFound) {
         EXPECT_TRUE(i == 0 || text_table[i - 1].id < text_table[i].id) << i;
         EXPECT_STREQ(built_in_text(text_table[i].id), text_table[i].text);
         EXPECT_STRNE(text_table[i].text, "");
+        EXPECT_STREQ(built_in_text(id_of_built_in_text(text_table[i].text)), text_table[i].text);
     }
+    EXPECT_EQ(id_of_built_in_text("File is too big!"), 310);
+    EXPECT_EQ(id_of_built_in_text("File is too big"), 0);
+    EXPECT_EQ(id_of_built_in_text(""), 0);
     EXPECT_STREQ(built_in_text(235), "depth");
     EXPECT_STREQ(built_in_text(236), "kN/s");
     for (const int id : {-1, 0, 1 << 30}) EXPECT_STREQ(built_in_text(id), "");

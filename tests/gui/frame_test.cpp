@@ -10,6 +10,7 @@
 #include "shell/qt/arrangement.h"
 #include "shell/qt/menu_state.h"
 #include "shell/qt/text.h"
+#include "shell/qt/window_records.h"
 #include "tests/gui/desktop_fixture.h"
 
 namespace {
@@ -153,6 +154,41 @@ TEST_F(Frame, RemembersAllPlaces) {
     open_small();
     main_window->close();
     EXPECT_EQ(saved(), first);
+}
+
+TEST_F(Frame, StaysMaximizedWithItsOldPlaceKept) {
+    Image image = small_image();
+    image.put_window(668, 1, 40, 50, 640, 560);
+    // Beside what the frame shows in its own size.
+    image.put_window(688 + 20 * STATUS_WINDOW, 1, 650, 30, 140, 90);
+    save_images(image.sealed(), default_image2().sealed());
+    open_small();
+    const QRect place(main_window->pos(), main_window->size());
+    EXPECT_EQ(place.topLeft(), QPoint(40, 50));
+    main_window->setWindowState(Qt::WindowMaximized);
+    settle();
+    main_window->pane(STATUS_WINDOW).setGeometry(650, 30, 140, 90);
+    const QSize large = main_window->size();
+    ASSERT_GT(large.width(), place.width());
+    main_window->close();
+    ASSERT_TRUE(close_desktop());
+    EXPECT_EQ(settings.main_window.visible, FRAME_MAXIMIZED);
+    open_small();
+    EXPECT_TRUE(main_window->isMaximized());
+    EXPECT_EQ(main_window->size(), large);
+    EXPECT_EQ(main_window->pane(STATUS_WINDOW).geometry(), QRect(650, 30, 140, 90));
+    main_window->showNormal();
+    settle();
+    EXPECT_EQ(QRect(main_window->pos(), main_window->size()), place);
+    main_window->close();
+    EXPECT_EQ(settings.main_window.visible, FRAME_SHOWN);
+    // The windows' default places are in a frame of its own size.
+    main_window->showMaximized();
+    settle();
+    run_command(COMMAND_RESET_WINDOWS);
+    settle();
+    EXPECT_FALSE(main_window->isMaximized());
+    expect_tidy("reset while maximized");
 }
 
 TEST_F(Frame, WindowsOffTheScreenComeBack) {

@@ -233,6 +233,31 @@ TEST_F(PaneWindows, BackgroundsStayReadableInDarkDesktops) {
     EXPECT_EQ(mark().format.foreground().color(), QColor(200, 80, 0));
 }
 
+// The light and the dark desktop, and the pane in use and another.
+TEST_F(PaneWindows, TheCrossThatClosesStandsOut) {
+    const QPalette usual = QApplication::palette();
+    for (const QColor& window : {QColor(240, 240, 240), QColor(42, 46, 50)}) {
+        QApplication::setPalette(QPalette(window, window));
+        settle();
+        for (const bool active : {true, false}) {
+            PaneWindow& pane = main_window->pane(STATUS_WINDOW);
+            main_window->area().setActiveSubWindow(active ? &pane : &main_window->pane(GAME_WINDOW));
+            settle();
+            const QImage bar = pane.grab(QRect(0, 2, pane.width(), 18)).toImage();
+            int darkest = 255, brightest = 0;
+            // The button is at the right, inside the frame.
+            for (int x = bar.width() - 18; x < bar.width() - 8; ++x)
+                for (int y = 5; y < bar.height() - 4; ++y) {
+                    darkest = std::min(darkest, qGray(bar.pixel(x, y)));
+                    brightest = std::max(brightest, qGray(bar.pixel(x, y)));
+                }
+            EXPECT_GT(brightest - darkest, 90) << window.name().toStdString() << active;
+        }
+    }
+    QApplication::setPalette(usual);
+    settle();
+}
+
 TEST_F(PaneWindows, StatusFollowsTheMode) {
     ASSERT_TRUE(wait_until(
         [] { return pane_shows(STATUS_WINDOW).find("Search mode: Normal") != std::string::npos; }));

@@ -106,6 +106,7 @@ TEST(Manual, PagesAreWellFormed) {
     for (const fs::path& path : files_with(MANUAL, ".html")) {
         SCOPED_TRACE(path);
         EXPECT_TRUE(is_valid_utf8(file_text(path)));
+        EXPECT_EQ(file_text(path).find("**"), std::string::npos) << "marks of another form of text";
         const Page page = page_of(path);
         for (const std::string& error : page.errors) ADD_FAILURE() << error;
         EXPECT_EQ(page.doctype, "html");
