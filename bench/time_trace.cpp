@@ -30,6 +30,7 @@
 #include "search/getmove.h"
 #include "search/search_state.h"
 #include "search/table.h"
+#include "search/threads.h"
 
 namespace {
 
@@ -76,7 +77,7 @@ MoveTime prepare_time(const Position& position) {
     if (settings.use_game_clock) return compute_move_time(bit_count(position.black | position.white));
     const MoveTime time = fixed_move_time(settings.time_per_move, false);
     set_move_time(time);
-    tune_hash_size(time.search_target_time, engine_settings.search_threads);
+    tune_hash_size(time.search_target_time, wanted_threads());
     return time;
 }
 

@@ -11,6 +11,7 @@
 #include "control/settings.h"
 #include "search/engine_settings.h"
 #include "search/table.h"
+#include "search/threads.h"
 
 ClockState clock_state;
 
@@ -174,8 +175,7 @@ MoveTime compute_move_time(int pieces) {
     pass_on_operator_time();
     set_move_time(time);
     const bool tuned = moves <= LAST_EARLY_MOVE || moves == LATE_TUNED_MOVE;
-    if (tuned && !control_run_out(control, moves))
-        tune_hash_size(time.search_target_time, engine_settings.search_threads);
+    if (tuned && !control_run_out(control, moves)) tune_hash_size(time.search_target_time, wanted_threads());
     return time;
 }
 

@@ -12,6 +12,7 @@
 #include "search/engine_settings.h"
 #include "search/search_state.h"
 #include "search/table.h"
+#include "search/threads.h"
 
 namespace {
 
@@ -46,7 +47,7 @@ uint32_t flags_for_mode(int32_t mode) {
 // A fixed time to which the table in use is fitted.
 void use_tuned_time(bool analysis) {
     const MoveTime time = use_fixed_time(analysis);
-    tune_hash_size(time.search_target_time, engine_settings.search_threads);
+    tune_hash_size(time.search_target_time, wanted_threads());
 }
 
 void use_mode_time(int32_t mode) {

@@ -71,10 +71,12 @@ void iterate(const RootTask& task, RootMoves& moves, int iteration_limit) {
     do {
         if (!run_iteration(task, moves, depth)) return;
         report_iteration(task, moves, depth);
-        if (depth >= depth_limit || (depth > FIRST_STOPPABLE_ITERATION && depth > iteration_limit)) return;
-        depth = next_iteration(depth);
+        if (depth > FIRST_STOPPABLE_ITERATION && depth > iteration_limit) return;
         // Only a limit that was asked for is met exactly.
-        if (depth_limit < MAX_DEPTH) depth = std::min(depth, depth_limit);
+        const bool exact = depth_limit < MAX_DEPTH;
+        if (exact && depth >= depth_limit) return;
+        depth = next_iteration(depth);
+        if (exact) depth = std::min(depth, depth_limit);
     } while (depth > 0);
 }
 

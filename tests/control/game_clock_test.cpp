@@ -16,6 +16,7 @@
 #include "search/engine_settings.h"
 #include "search/search_state.h"
 #include "search/table.h"
+#include "search/threads.h"
 #include "tests/control/settings_fixture.h"
 
 namespace {
@@ -439,6 +440,11 @@ TEST_F(MoveTimeTest, TheTableIsFittedToTheTargetAndTheThreads) {
     ASSERT_NEAR(compute_move_time(40).search_target_time, 450, 1);
     EXPECT_EQ(transposition_table.effective_mb, 16);
     engine_settings.search_threads = 8;
+    if (created_threads() == 1) {
+        compute_move_time(40);
+        EXPECT_EQ(transposition_table.effective_mb, 16) << "threads that are not there search nothing";
+    }
+    ASSERT_EQ(threads_init(8), 8);
     compute_move_time(40);
     EXPECT_EQ(transposition_table.effective_mb, 32);
 }

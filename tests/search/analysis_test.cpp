@@ -179,6 +179,17 @@ TEST_F(AllScoresTest, OneMoveRunsAtLeastFiveIterations) {
     EXPECT_EQ(search_state.completed_depth, 6);
 }
 
+TEST_F(AllScoresTest, TheIterationBeyondTheSixtiethIsTheLast) {
+    // One way only, so that none of them takes any time.
+    const Position p = position_of("W:W46:B36");
+    for (const bool by_one : {false, true}) {
+        const Searched found = search_to(p, MAX_DEPTH, ALL, by_one);
+        EXPECT_EQ(search_state.completed_depth, 61);
+        EXPECT_EQ(found.value, MATE_SCORE - 2);
+        EXPECT_EQ(found.text.substr(0, 9), "depth 61,");
+    }
+}
+
 TEST_F(AllScoresTest, SearchedTellsWhetherItWentBeyondDepthSeven) {
     EXPECT_EQ(search_to(ending, 7, ALL).searched, 0);
     EXPECT_EQ(search_to(ending, 8, ALL).searched, 1);
@@ -524,14 +535,16 @@ TEST_F(NearBestTest, TheTimeGrowsWithTheCandidates) {
         EXPECT_NEAR(search_state.step_time, 8 * LONG_TIME, 1);
         EXPECT_NEAR(search_state.max_time, 8 * LONG_TIME, 1);
         // Near it the time is that of a search without one.
-        logged.clear();
-        search(p, msd, 7);
-        EXPECT_EQ(search_state.completed_depth, 7);
-        EXPECT_LE(search_state.Mintime, 2 * LONG_TIME);
-        char long_time[40];
-        std::snprintf(long_time, sizeof long_time, "Mintime %.2f,", 8 * LONG_TIME);
-        EXPECT_EQ(count_of(logged, "Mintime "), 4) << "iterations 1, 3, 5 and 7";
-        EXPECT_EQ(count_of(logged, long_time), 3);
+        for (const int limit : {7, 8}) {
+            logged.clear();
+            search(p, msd, limit);
+            EXPECT_EQ(search_state.completed_depth, 7);
+            EXPECT_LE(search_state.Mintime, 2 * LONG_TIME);
+            char long_time[40];
+            std::snprintf(long_time, sizeof long_time, "Mintime %.2f,", 8 * LONG_TIME);
+            EXPECT_EQ(count_of(logged, "Mintime "), 4) << "iterations 1, 3, 5 and 7";
+            EXPECT_EQ(count_of(logged, long_time), 3);
+        }
     }
     // No time at all: the first iterations run nevertheless.
     search(p, 5, 0, 0);
