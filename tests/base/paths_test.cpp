@@ -79,6 +79,20 @@ TEST(UserFolders, RuntimeFolderIsOursAlone) {
     }
 }
 
+// Whoever owns the folder could take all numbers away, or let two copies have the same.
+TEST(UserFolders, RuntimeFolderIsNotAnotherUsers) {
+    if (geteuid() != 0) GTEST_SKIP() << "only the system's own user can give a folder away";
+    const ScratchFolder folder;
+    ScratchEnvironment environment;
+    const std::string foreign = folder.file("foreign") + "/";
+    std::filesystem::create_directory(foreign);
+    chmod(foreign.c_str(), 0700);
+    environment.set("XDG_RUNTIME_DIR", foreign);
+    EXPECT_EQ(user_runtime_folder(), foreign);
+    ASSERT_EQ(chown(foreign.c_str(), 65534, 65534), 0);
+    EXPECT_NE(user_runtime_folder(), foreign);
+}
+
 TEST(BuildFolders, TheNamesAreCaseSensitive) {
     for (const char* path : {"/a/Debug/", "/a/Release/x/", "/MyDebugFolder/", "Release", "/a/b/xReleasey/"})
         EXPECT_TRUE(is_build_folder(path)) << path;

@@ -141,6 +141,8 @@ TEST_F(GameCommands, TheButtonEndsAPonderSearchAndSearchesTheBoard) {
     start_ponder_search();
     wait_until_held();
     const int count = game.history_count;
+    EXPECT_EQ(game.history_last, count)
+        << "Forward reaches neither the predicted position nor what it replaced";
     search_button_command();
     wait_until_held();
     EXPECT_EQ(search_thread.searching, 1);
@@ -308,7 +310,8 @@ TEST_F(GameCommands, TheBoardIsClearedForSetup) {
         SCOPED_TRACE(mode);
         prepare(mode);
         if (has_engine(mode)) hold_real_search();
-        const int side = game.board_side;
+        const int side = mode % 2;
+        game.board_side = side;
         clear_board_command();
         EXPECT_EQ(game.gui_mode, SETUP_MODE);
         EXPECT_EQ(game.board.black | game.board.white | game.board.king, 0u);

@@ -172,6 +172,8 @@ TEST_F(PonderTest, PonderingHasTheTimeOfANormalSearch) {
 TEST_F(PonderTest, AHitWhileRunningGoesOnAsTheRealSearch) {
     ponder_on_31_27();
     clock_state.clock_side = WHITE;
+    const int64_t before = clock_ms();
+    clock_state.engine_lap_start = before - 500000;
     play("31-27");
     EXPECT_EQ(script.searches, 2) << "no further search";
     EXPECT_EQ(search_thread.searching, 1);
@@ -181,8 +183,7 @@ TEST_F(PonderTest, AHitWhileRunningGoesOnAsTheRealSearch) {
     EXPECT_EQ(events_of("picture"), Events{"picture 7"});
     EXPECT_EQ(count_events("pause"), 0);
     const int answered = index_of_move("14-20");
-    const int64_t started = clock_state.engine_lap_start;
-    EXPECT_LE(clock_ms() - started, 5000);
+    EXPECT_GE(clock_state.engine_lap_start, before);
     release_search();
     finish_search();
     EXPECT_EQ(entries(), 5);

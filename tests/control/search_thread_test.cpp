@@ -1,8 +1,10 @@
 // The hand-over to the search thread: what each mode's search is given, the flags, and pondering.
 #include "control/search_thread.h"
 
+#include <chrono>
 #include <thread>
 
+#include "base/clock.h"
 #include "control/game_clock.h"
 #include "control/time_control.h"
 #include "search/engine_settings.h"
@@ -110,6 +112,32 @@ TEST_F(SearchThreadTest, AVeryShortMoveOfAMatchIsQuiet) {
     settings.time_per_move = 0.01;
     start_in(NORMAL_MODE);
     EXPECT_EQ(search_thread.search_flags, 0u);
+}
+
+TEST_F(SearchThreadTest, TheEnginesLapBeginsWithItsSearch) {
+    clock_state.clock_running = true;
+    clock_state.user_lap_start = clock_ms();
+    clock_state.engine_lap_start = clock_ms() - 500000;
+    start_search();
+    ASSERT_TRUE(wait_for_search());
+    EXPECT_LT(clock_used(WHITE), 400);
+}
+
+TEST_F(SearchThreadTest, ASearchTellsWhenItBeganAndWhatItTook) {
+    search_thread.search_started_ms = -1;
+    script.hold = true;
+    const int64_t before = clock_ms();
+    start_search();
+    wait_until_held();
+    const int64_t held = clock_ms();
+    EXPECT_GE(search_thread.search_started_ms, before);
+    EXPECT_LE(search_thread.search_started_ms, held);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    const int64_t released = clock_ms();
+    release_search();
+    ASSERT_TRUE(wait_for_search());
+    EXPECT_GE(search_thread.search_elapsed, static_cast<double>(released - held) / 1000.0);
+    EXPECT_LE(search_thread.search_elapsed, static_cast<double>(clock_ms() - before) / 1000.0);
 }
 
 TEST_F(SearchThreadTest, AModeWithoutAnEngineIsReported) {

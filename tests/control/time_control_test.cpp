@@ -132,6 +132,7 @@ TEST_F(TimeControlTest, TooLittleTimeForAMoveIsRefusedWhole) {
 TEST_F(TimeControlTest, TheLeastAverageIsHalfOfWhatIsSaid) {
     EXPECT_EQ(set_game_clock({120, 0.12, 0, 1, 0.1}), 0);
     EXPECT_EQ(set_game_clock({120, 0.1001, 0, 1, 0.1}), 0);
+    EXPECT_EQ(set_game_clock({60, 0.05, 0, 1, 0.1}), 0) << "just so much";
     expect_refused({120, 0.0999, 0, 1, 0.1});
     EXPECT_EQ(set_game_clock({60, 5.0625, 5, 1, 0.1}), 0);
     expect_refused({60, 5.0375, 5, 1, 0.1});

@@ -90,6 +90,10 @@ TEST(LineForm, ASetStart) {
     std::vector<ReplayState> black_first = {state_of("B:W31-50:B1-20", 1)};
     EXPECT_NE(line_form(black_first).find("[FEN \"B:"), std::string::npos)
         << "the side alone asks for the tag";
+    black_first[0].setup_flag = 0;
+    EXPECT_NE(line_form(black_first).find("[FEN \"B:"), std::string::npos) << "whatever the flag says";
+    EXPECT_NE(column_form(game_to_pdn_list(black_first, some_headers())).find("[FEN \"B:"),
+              std::string::npos);
 }
 
 TEST(LineForm, ASetPositionWithin) {

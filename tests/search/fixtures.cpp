@@ -59,6 +59,11 @@ void SearchTest::TearDown() {
     search_state.depth_limit = MAX_DEPTH;
 }
 
+std::vector<uint64_t> table_words() {
+    const TranspositionTable& table = transposition_table;
+    return {table.slots_start, table.slots_start + table.slots};
+}
+
 void randomize_weights(uint64_t seed) {
     Random random(seed);
     init_eval_tables();

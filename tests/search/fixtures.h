@@ -59,6 +59,9 @@ extern std::function<EgdbValue(const Position&, int side, bool conditional)> dat
 void open_database(int maxpieces, int maxpieces_1side, int maxkings_9pcs, int maxkings_1side_8pcs,
                    bool no_side_captures);
 
+// What the transposition table holds, word for word.
+std::vector<uint64_t> table_words();
+
 // A search of `getmove` and what it gave.
 struct Searched {
     int32_t value = 0;

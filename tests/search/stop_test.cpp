@@ -58,15 +58,20 @@ TEST_F(StopTest, TheLastWholeIterationIsLogged) {
     EXPECT_EQ(logged.find(", depth 5/"), std::string::npos);
 }
 
-// The flag goes up in the middle of an iteration: nothing of that iteration may be used.
+// The flag goes up in the middle of an iteration: nothing of that iteration may be used, and from then on
+// nothing is stored.
 TEST_F(StopTest, APartialIterationIsThrownAway) {
     const Position p = position_of("W:W31,37,41,K48:B6,12,K5");
     open_database(40, 20, 9, 8, false);
     std::atomic<int32_t> stop{0};
     int until = 1 << 30;
     int asked_deep = 0;
+    std::vector<uint64_t> table_at_stop;
     database_answer = [&](const Position&, int, bool) {
-        if (search_state.iteration == 9 && ++asked_deep == until) stop = 1;
+        if (search_state.iteration == 9 && ++asked_deep == until) {
+            stop = 1;
+            table_at_stop = table_words();
+        }
         return EGDB_UNKNOWN;
     };
     const Searched whole = alone_to(p, 9, false);
@@ -83,6 +88,7 @@ TEST_F(StopTest, APartialIterationIsThrownAway) {
         EXPECT_EQ(found.move, before.move);
         EXPECT_EQ(found.value, before.value);
         EXPECT_LE(asked_deep, until + 20);  // captures that had begun are followed to their end
+        EXPECT_TRUE(table_words() == table_at_stop);
         EXPECT_EQ(stop, 0);
     }
 }

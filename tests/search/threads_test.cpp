@@ -103,6 +103,17 @@ TEST_F(ThreadsTest, TheOthersStayAsleep) {
     }
 }
 
+TEST_F(ThreadsTest, OnlyTheThreadsOfASearchAreWoken) {
+    for (const int threads : {1, 2, 5, 8}) {
+        engine_settings.search_threads = threads;
+        wake_workers();
+        for (const ThreadRecord& record : thread_records)
+            EXPECT_EQ(record.sleeping, record.number >= threads) << record.number;
+        sleep_workers();
+        expect_rest();
+    }
+}
+
 TEST_F(ThreadsTest, TheWorkersTakePart) {
     for (const int threads : {2, 4, 8}) {
         engine_settings.search_threads = threads;
