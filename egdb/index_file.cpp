@@ -206,6 +206,10 @@ int read_blocks(IndexReader& reader, Subslice& subslice) {
         if (!rises || !block_in_file || !is_block_code(line[1], line[2])) return reader.fail("Bad line in");
         if (!push_block(reader, subslice, static_cast<uint32_t>(line[0]), line[1], line[2])) return 1;
     }
+    // Most Subslices are small: without this they would take more memory than the data.
+    subslice.indices.shrink_to_fit();
+    subslice.catalogidx.shrink_to_fit();
+    subslice.vmap.shrink_to_fit();
     reader.memory_counter += static_cast<int64_t>(subslice.indices.capacity() * sizeof(uint32_t) +
                                                   subslice.catalogidx.capacity() + subslice.vmap.capacity());
     return 0;
