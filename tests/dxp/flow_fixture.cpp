@@ -43,6 +43,7 @@ void FlowTest::TearDown() {
 
 void FlowTest::run(PeerScript steps) {
     std::atomic<bool> done{false};
+    peer.complaint.clear();
     std::jthread thread([&] {
         run_script(peer, steps);
         done = true;
