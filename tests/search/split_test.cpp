@@ -352,20 +352,25 @@ TEST_F(SplitTest, OneThreadAtASplitPointFindsWhatALoopFinds) {
         node.alpha = below(random, 200) - 100;
         node.beta = node.alpha + 1 + below(random, 60);
         node.next = below(random, node.list.count);
-        int32_t value, index;
-        forget_all();
-        const uint64_t before = me().nodes;
-        node.search_alone(value, index);
-        const uint64_t nodes = me().nodes - before;
-        forget_all();
-        SplitPoint& split = node.open(0);
-        split_worker(split, me());
-        EXPECT_EQ(me().nodes - before, 2 * nodes);
-        EXPECT_EQ(split.best, value);
-        EXPECT_EQ(split.best_index, index);
-        EXPECT_EQ(split.active, 0);
-        EXPECT_EQ(split.cut_off, value >= node.beta);
-        EXPECT_EQ(split.alpha, std::max(node.alpha, value));
+        // The second time some move is worth just alpha.
+        for (int round = 0; round < 2; ++round) {
+            int32_t value, index;
+            forget_all();
+            const uint64_t before = me().nodes;
+            node.search_alone(value, index);
+            const uint64_t nodes = me().nodes - before;
+            forget_all();
+            SplitPoint& split = node.open(0);
+            split_worker(split, me());
+            EXPECT_EQ(me().nodes - before, 2 * nodes);
+            EXPECT_EQ(split.best, value);
+            EXPECT_EQ(split.best_index, index);
+            EXPECT_EQ(split.active, 0);
+            EXPECT_EQ(split.cut_off, value >= node.beta);
+            EXPECT_EQ(split.alpha, std::max(node.alpha, value));
+            node.alpha = value;
+            node.beta = value + 60;
+        }
     }
 }
 
