@@ -18,5 +18,6 @@ void add_ballots_command(CLI::App& program);
 void add_match_command(CLI::App& program);
 void add_player_command(CLI::App& program);
 void add_egdb_command(CLI::App& program);
+void add_dxp_command(CLI::App& program);
 void add_book_command(CLI::App& program);
 void add_book_worker_command(CLI::App& program);

@@ -28,6 +28,7 @@ int run(int argc, char** argv) {
     add_match_command(program);
     add_player_command(program);
     add_egdb_command(program);
+    add_dxp_command(program);
     add_book_command(program);
     add_book_worker_command(program);
     try {

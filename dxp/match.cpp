@@ -7,7 +7,6 @@
 #include "control/game.h"
 #include "control/game_commands.h"
 #include "control/program_flags.h"
-#include "control/search_thread.h"
 #include "control/settings.h"
 #include "control/time_control.h"
 #include "control/ui.h"
@@ -21,7 +20,7 @@ MatchPlan match_plan;
 
 namespace {
 
-constexpr double WHOLE_MINUTES = 0.1;
+constexpr double WHOLE_MINUTES = 0.1 - 1e-9;  // a tenth that was entered is shown
 constexpr int TWO_MOVES = 2;
 constexpr int THREE_MOVES = 3;
 
@@ -67,7 +66,7 @@ int begin_at_file_position(int index) {
 
 // What every match begins with: this side is the initiator of a game by the clock, and nothing is counted.
 void prepare_match() {
-    discard_search();
+    dxp_drop_search();
     set_gui_mode(DXP_MODE);
     settings.operator_time = 0;
     // The engine plays by the same time that the other side is told.

@@ -27,6 +27,11 @@ class StatisticsTest : public MatchTest {
     }
 };
 
+// In the order of the file.
+MatchCounters counters(int32_t wins, int32_t losses, int32_t draws, int32_t unknowns) {
+    return {.wins = wins, .draws = draws, .losses = losses, .unknowns = unknowns};
+}
+
 void expect_results(const MatchCounters& results, const MatchCounters& wanted) {
     EXPECT_EQ(results.wins, wanted.wins);
     EXPECT_EQ(results.losses, wanted.losses);
@@ -38,7 +43,7 @@ void expect_results(const MatchCounters& results, const MatchCounters& wanted) {
 
 TEST_F(StatisticsTest, TheLineIsThatOfTheTitle) {
     set_names("Tessarin", "Some Other 2.0");
-    set_results({12, 3, 45, 1});
+    set_results(counters(12, 3, 45, 1));
     write_match_stats();
     EXPECT_EQ(content_of(stats_file()),
               "Tessarin vs Some Other 2.0:  12 wins, 3 losses, 45 draws, 1 unknowns\n");
@@ -64,7 +69,7 @@ TEST_F(StatisticsTest, WhatIsWrittenIsRead) {
 }
 
 TEST_F(StatisticsTest, NothingToReadIsNoMatch) {
-    MatchCounters results{1, 2, 3, 4};
+    MatchCounters results = counters(1, 2, 3, 4);
     EXPECT_EQ(read_match_stats(results), 0) << "no file";
     write_content(stats_file(), "");
     EXPECT_EQ(read_match_stats(results), 0);
@@ -76,23 +81,23 @@ TEST_F(StatisticsTest, NothingToReadIsNoMatch) {
           "A: 99999999999 wins, 2 losses, 3 draws, 4 unknowns",
           "A: 1 wins, 2 losses, 3 draws, 4294967296000 unknowns"}) {
         EXPECT_EQ(parse_match_stats(text, results), 0) << text;
-        expect_results(results, {1, 2, 3, 4});
+        expect_results(results, counters(1, 2, 3, 4));
     }
 }
 
 TEST_F(StatisticsTest, BlanksMayBeAnyAndTheEndMayBeMissing) {
     MatchCounters results;
     EXPECT_EQ(parse_match_stats("A vs B:1 wins,2 losses,3 draws,4", results), 10);
-    expect_results(results, {1, 2, 3, 4});
+    expect_results(results, counters(1, 2, 3, 4));
     EXPECT_EQ(
         parse_match_stats("A vs B:\n\t 5 \r\n wins, 6   losses,\n7 draws, 8 unknowns and more", results), 26);
-    expect_results(results, {5, 6, 7, 8});
+    expect_results(results, counters(5, 6, 7, 8));
 }
 
 // Names are taken as they come, and what is behind the first colon is the results.
 TEST_F(StatisticsTest, ANameWithAColonHidesTheResults) {
     set_names("Tessarin", "Engine: the second");
-    set_results({1, 1, 1, 1});
+    set_results(counters(1, 1, 1, 1));
     write_match_stats();
     MatchCounters results;
     EXPECT_EQ(read_match_stats(results), 0);
@@ -101,10 +106,10 @@ TEST_F(StatisticsTest, ANameWithAColonHidesTheResults) {
 // Whatever goes wrong, the results of the game before are still there.
 TEST_F(StatisticsTest, AFailedWriteLeavesTheOldFile) {
     set_names("Tessarin", "Other");
-    set_results({1, 0, 0, 0});
+    set_results(counters(1, 0, 0, 0));
     write_match_stats();
     const std::string before = content_of(stats_file());
-    set_results({2, 0, 0, 0});
+    set_results(counters(2, 0, 0, 0));
     file_calls.write = [](int, const void*, size_t) { return ssize_t{-1}; };
     write_match_stats();
     EXPECT_EQ(content_of(stats_file()), before);

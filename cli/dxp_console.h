@@ -1,0 +1,47 @@
+// DamExchange on a console: game control and the network play without a window, told in lines of text.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "cli/match_report.h"
+#include "dxp/match.h"
+
+struct DxpConsoleOptions {
+    int port = 0;  // 0 for the usual one
+    int threads = 1;
+    int hash_mb = 64;
+    std::string book = "off";
+    bool ponder = false;
+    bool server = false;   // listens again behind each connection, and sends its thoughts
+    bool verbose = false;  // the messages too
+    bool quiet = false;    // no line for each game
+    bool json = false;     // the summary as one line of JSON
+};
+
+// What has been seen of the games.
+struct DxpConsole {
+    DxpConsoleOptions options;
+    bool match = false;  // this side asks for the games
+    bool over = false;   // the match has come to its end
+    int64_t total_games = 0;
+    GamePoints points;
+    int32_t seen_state = 0;  // of the connection
+
+    int32_t games = 0;           // finished since the start
+    int64_t first_game_ms = -1;  // readings of `clock_ms`: the first game began, the last one ended
+    int64_t last_end_ms = -1;
+    double thought = 0;  // seconds of the engine in all games but the one on the board,
+    double used = 0;     // and in that one
+};
+extern DxpConsole dxp_console;
+
+// Starts game control and the network play. False if it cannot run, which has been told.
+bool start_dxp_console(const DxpConsoleOptions& options);
+
+// Runs until the interrupt key, the end of the match, or, without a server's patience, the end of the
+// connection. Afterwards there is no connection and no search.
+void run_dxp_console();
+
+// The last lines.
+void print_dxp_summary();

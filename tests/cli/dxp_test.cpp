@@ -1,0 +1,245 @@
+// Games over the network on the console: two copies of the program play each other on this machine, each with
+// a data folder of its own, and are ended at moments of their lives.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <map>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <vector>
+
+#include "records/pdn_replay.h"
+#include "tests/base/scratch_folder.h"
+#include "tests/cli/program.h"
+#include "tests/dxp/scripted_player.h"
+
+namespace {
+
+constexpr const char* STARTS =
+    "[Event \"one\"]\n1. 32-28 19-23 *\n\n[Event \"two\"]\n[FEN \"B:W28,32,33,37,38:B8,9,13,14,19\"]\n*\n";
+
+class CliDxp : public testing::Test {
+  protected:
+    CliDxp() { folder.write("starts.pdn", STARTS); }
+
+    // A copy with a data folder of the name below the test's.
+    std::unique_ptr<RunningProgram> start(const std::string& name, const std::string& arguments) {
+        environment.set("XDG_DATA_HOME", (folder.path / name).string());
+        return std::make_unique<RunningProgram>(
+            "dxp " + arguments + " --hash 1 --port " + std::to_string(port), folder.path);
+    }
+    std::string match_arguments() const {
+        return "match 127.0.0.1 --ballots starts.pdn --repeat 3 --minutes 0.1 --moves 100 --json";
+    }
+    std::filesystem::path data(const std::string& name) const {
+        return folder.path / name / "Quillorn/Tessarin International";
+    }
+    // Waits for that file of the first or of any later running copy.
+    static std::string text_of(const std::filesystem::path& data_folder, const std::string& name,
+                               const std::string& kind) {
+        for (int copy = 0; copy < 20; ++copy) {
+            const std::string suffix = copy == 0 ? "" : "[" + std::to_string(copy) + "]";
+            const std::filesystem::path path = data_folder / (name + suffix + kind);
+            if (std::filesystem::exists(path)) return read_text(path);
+        }
+        return "";
+    }
+
+    TemporaryFolder folder;
+    ScratchEnvironment environment;
+    int port = free_port();
+};
+
+struct FiledGame {
+    std::string event, white, result;
+    ReplayState first;
+    bool replays = false;
+};
+
+std::vector<FiledGame> games_of(const std::string& text) {
+    std::vector<FiledGame> games;
+    PdnTable table;
+    EXPECT_EQ(pdn_parse_games(text.c_str(), table), 0);
+    for (const PdnGame& list : table) {
+        if (!list) continue;
+        GameHeaders headers;
+        pdn_game_headers(list.get(), headers);
+        FiledGame filed;
+        filed.event = headers.event.data();
+        filed.white = headers.white.data();
+        filed.result = result_string(headers.result);
+        int moves = 0, made = 0;
+        for (const PdnNode* node = list.get(); node; node = node->next) moves += node->kind == PDN_MOVE;
+        ReplayState state;
+        PdnNode* node = pdn_start_position(list.get(), state);
+        filed.first = state;
+        while (node && made < moves) {
+            const Position before = state.position;
+            node = pdn_next_move(node, state);
+            made += !same_pieces(before, state.position);
+        }
+        filed.replays = made == moves && moves > 0;
+        games.push_back(filed);
+    }
+    return games;
+}
+
+// All games replay, and each start position came twice in a row with colours swapped.
+void expect_match(const std::string& text, size_t games, const std::string& own_name) {
+    const std::vector<FiledGame> filed = games_of(text);
+    ASSERT_EQ(filed.size(), games);
+    for (size_t i = 0; i < games; ++i) {
+        EXPECT_TRUE(filed[i].replays) << filed[i].event;
+        EXPECT_TRUE(filed[i].event.starts_with("Game " + std::to_string(i + 1))) << filed[i].event;
+        EXPECT_TRUE(same_pieces(filed[i].first.position, filed[i / 2 * 2].first.position)) << i;
+        EXPECT_EQ(filed[i].first.side, filed[i / 2 * 2].first.side);
+    }
+    EXPECT_FALSE(own_name.empty());
+}
+
+// What is behind the colon of a line of statistics: wins, losses, draws, unknowns.
+std::vector<int> counters_of(const std::string& text) {
+    std::vector<int> counters(4, -1);
+    const size_t colon = text.find(':');
+    if (colon != std::string::npos)
+        std::sscanf(text.c_str() + colon + 1, "%d wins, %d losses, %d draws, %d unknowns", &counters[0],
+                    &counters[1], &counters[2], &counters[3]);
+    return counters;
+}
+
+int sum(const std::vector<int>& numbers) { return numbers[0] + numbers[1] + numbers[2] + numbers[3]; }
+
+}  // namespace
+
+TEST_F(CliDxp, TwoCopiesPlayAMatch) {
+    const auto listener = start("follower", "listen");
+    ASSERT_TRUE(listener->read_until("listening on port " + std::to_string(port)));
+    const auto initiator = start("initiator", match_arguments());
+    const ProgramResult ours = initiator->finish(), theirs = listener->finish();
+    EXPECT_EQ(ours.status, 0) << ours.output << ours.errors;
+    EXPECT_EQ(ours.errors, "");
+    EXPECT_EQ(theirs.status, 0) << theirs.output << theirs.errors;
+    EXPECT_NE(ours.output.find("game 12 of 12: "), std::string::npos) << ours.output;
+    EXPECT_NE(theirs.output.find("12 games: "), std::string::npos) << theirs.output;
+
+    const nlohmann::json summary = nlohmann::json::parse(last_line(ours.output));
+    EXPECT_EQ(summary["games"], 12);
+    EXPECT_EQ(summary["whole"], true);
+    EXPECT_GT(summary["seconds"], 0.0);
+    const std::string games = text_of(data("initiator"), "dxpgames", ".pdn");
+    expect_match(games, 12, "Tessarin");
+    EXPECT_NE(games.find("Game 3, opening start position 2"), std::string::npos);
+    expect_match(text_of(data("follower"), "dxpgames", ".pdn"), 12, "Tessarin");
+    // What the one has won the other has lost.
+    const std::vector<int> a = counters_of(text_of(data("initiator"), "dxpstats", ".txt"));
+    const std::vector<int> b = counters_of(text_of(data("follower"), "dxpstats", ".txt"));
+    EXPECT_EQ(sum(a), 12);
+    EXPECT_EQ(a, (std::vector<int>{b[1], b[0], b[2], b[3]}));
+    EXPECT_EQ(summary["wins"], a[0]);
+}
+
+// Whenever it is ended, a match that is resumed has the games that it would have had.
+TEST_F(CliDxp, AKilledMatchIsResumed) {
+    const auto listener = start("follower", "listen -s");
+    ASSERT_TRUE(listener->read_until("listening"));
+    for (const int games : {2, 5}) {
+        const auto initiator = start("initiator", match_arguments() + (games > 2 ? " --resume" : ""));
+        ASSERT_TRUE(initiator->read_until("game " + std::to_string(games) + " of 12"));
+        kill(initiator->child.pid, SIGKILL);
+        initiator->finish();
+        ASSERT_TRUE(listener->read_until("listening")) << "a server waits for the next";
+    }
+    const auto initiator = start("initiator", match_arguments() + " --resume");
+    const ProgramResult result = initiator->finish();
+    EXPECT_EQ(result.status, 0) << result.output << result.errors;
+    EXPECT_EQ(nlohmann::json::parse(last_line(result.output))["games"], 12);
+    expect_match(text_of(data("initiator"), "dxpgames", ".pdn"), 12, "Tessarin");
+    EXPECT_EQ(sum(counters_of(text_of(data("initiator"), "dxpstats", ".txt"))), 12);
+    ASSERT_TRUE(listener->read_until("listening"));
+    listener->interrupt();
+    const ProgramResult theirs = listener->finish();
+    EXPECT_EQ(theirs.status, 0) << theirs.errors;
+}
+
+TEST_F(CliDxp, TheInterruptKeyEndsAMatchWithAllWritten) {
+    const auto listener = start("follower", "listen");
+    ASSERT_TRUE(listener->read_until("listening"));
+    const auto initiator = start("initiator", match_arguments());
+    ASSERT_TRUE(initiator->read_until("game 3 of 12"));
+    initiator->interrupt();
+    const ProgramResult ours = initiator->finish(), theirs = listener->finish();
+    EXPECT_EQ(ours.status, 1) << "it is not whole";
+    EXPECT_NE(ours.errors.find("--resume"), std::string::npos) << ours.errors;
+    EXPECT_EQ(theirs.status, 0);
+    const nlohmann::json summary = nlohmann::json::parse(last_line(ours.output));
+    const int games = summary["games"];
+    EXPECT_GE(games, 3);
+    expect_match(text_of(data("initiator"), "dxpgames", ".pdn"), static_cast<size_t>(games), "Tessarin");
+    EXPECT_EQ(sum(counters_of(text_of(data("initiator"), "dxpstats", ".txt"))), games);
+}
+
+// Who connects may also be the one that follows.
+TEST_F(CliDxp, ConnectPlaysWhatItIsAskedFor) {
+    Peer peer;
+    ASSERT_EQ(peer_listen(peer, port), port);
+    const auto program = start("follower", "connect 127.0.0.1 --verbose");
+    ASSERT_TRUE(peer_accept(peer));
+    PlayerOptions options;
+    options.claim_at_ply = 6;
+    options.claim = '1';
+    PlayerReport report;
+    initiate_game(peer, game_request_text("The \"Peer\"", 'Z', "0.1", "050"), options, report);
+    EXPECT_EQ(peer.complaint, "");
+    peer_close(peer);
+    const ProgramResult result = program->finish();
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_NE(result.output.find("< R01The \"Peer\""), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("> ATessarin"), std::string::npos);
+    EXPECT_NE(result.output.find("game 1: The \"Peer\" - Tessarin 0-2 in 3 moves"), std::string::npos)
+        << result.output;
+    EXPECT_NE(result.output.find("1 wins"), std::string::npos);
+    EXPECT_NE(text_of(data("follower"), "dxpgames", ".pdn").find("[White \"The 'Peer'\"]"),
+              std::string::npos);
+}
+
+TEST_F(CliDxp, TellsWhatGoesWrong) {
+    ProgramResult result = start("one", "match 127.0.0.1")->finish();
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.errors.find("Cannot connect to remote host"), std::string::npos) << result.errors;
+    result = start("one", "connect no.such.host.invalid")->finish();
+    EXPECT_EQ(result.status, 1);
+
+    Peer peer;
+    ASSERT_EQ(peer_listen(peer, port), port);
+    result = start("one", "match 127.0.0.1 --ballots missing.pdn")->finish();
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.errors.find("Error reading ballots file"), std::string::npos) << result.errors;
+
+    for (const char* const arguments : {"match 127.0.0.1 --minutes x", "match", "listen --port 70000", "",
+                                        "match h --initial 1 --minutes 2", "match h --increment 1"})
+        EXPECT_EQ(run_program("dxp " + std::string(arguments), "", folder.path).status, 2) << arguments;
+}
+
+TEST_F(CliDxp, ARefusedGameEndsTheMatch) {
+    Peer peer;
+    ASSERT_EQ(peer_listen(peer, port), port);
+    const auto program = start("one", "match 127.0.0.1");
+    ASSERT_EQ(run_script(peer, {accepts(), hears("R01Tessarin*"), sends(game_acceptance_text("Proud", '1')),
+                                sees_end()}),
+              "");
+    const ProgramResult result = program->finish();
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.errors.find("Proud does not accept the game"), std::string::npos) << result.errors;
+}
+
+TEST_F(CliDxp, ALostConnectionEndsTheMatch) {
+    Peer peer;
+    ASSERT_EQ(peer_listen(peer, port), port);
+    const auto program = start("one", "match 127.0.0.1");
+    ASSERT_EQ(run_script(peer, {accepts(), hears("R01Tessarin*"), resets()}), "");
+    const ProgramResult result = program->finish();
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.output.find("connection ended"), std::string::npos) << result.output;
+    EXPECT_NE(result.errors.find("broken off"), std::string::npos) << result.errors;
+}
