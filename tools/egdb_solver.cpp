@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "core/movegen.h"
-#include "core/rays.h"
 #include "egdb/position_walk.h"
+#include "tools/egdb_back_moves.h"
 #include "tools/parallel_chunks.h"
 
 namespace {
@@ -96,67 +96,6 @@ void tell(Work& work, Stack& stack, int side, int64_t index, EgdbValue reached) 
         work.left_over.store(true, std::memory_order_relaxed);
 }
 
-// The numbers of positions that differ from one in the place of a piece, with what they have in common.
-struct Numbers {
-    const Material& m;
-    int64_t men;
-    int64_t black_sets;
-    int64_t white_sets;
-    int64_t men_and_black_kings;
-
-    Numbers(const Position& position, const Material& material)
-        : m(material),
-          men(m.bm + m.wm ? men_number(position, m) : 0),
-          black_sets(choose(50 - m.bm - m.wm, m.bk)),
-          white_sets(choose(50 - m.bm - m.bk - m.wm, m.wk)),
-          men_and_black_kings(men * black_sets + black_kings_number(position)) {}
-
-    int64_t after_king_move(const Position& position, int side) const {
-        const int64_t front =
-            side == WHITE ? men_and_black_kings : men * black_sets + black_kings_number(position);
-        return m.wk ? front * white_sets + white_kings_number(position) : front;
-    }
-};
-
-template <int DIRECTION, typename Visit>
-void slide_king(const Position& position, uint64_t from, int side, const Visit& visit) {
-    const uint64_t empty = ~(position.black | position.white) & BOARD_MASK;
-    for (uint64_t to = step<DIRECTION>(from); to & empty; to = step<DIRECTION>(to)) {
-        Position before = position;
-        (side == BLACK ? before.black : before.white) ^= from | to;
-        before.king ^= from | to;
-        visit(before);
-    }
-}
-
-// Goes through all positions from which `side` reaches this one by a quiet move of the same material. Whether
-// they had to capture instead is for the visitor to find out.
-template <typename VisitKing, typename VisitMan>
-void quiet_moves_back(const Position& position, int side, const VisitKing& visit_king,
-                      const VisitMan& visit_man) {
-    const uint64_t own = pieces_of(position, side);
-    for (uint64_t kings = own & position.king; kings; kings &= kings - 1) {
-        const uint64_t from = lowest_set(kings);
-        slide_king<0>(position, from, side, visit_king);
-        slide_king<1>(position, from, side, visit_king);
-        slide_king<2>(position, from, side, visit_king);
-        slide_king<3>(position, from, side, visit_king);
-    }
-    const uint64_t empty = ~(position.black | position.white) & BOARD_MASK;
-    for (uint64_t men = own & ~position.king; men; men &= men - 1) {
-        const uint64_t from = lowest_set(men);
-        const std::array<uint64_t, 2> squares = side == BLACK
-                                                    ? std::array<uint64_t, 2>{step<2>(from), step<3>(from)}
-                                                    : std::array<uint64_t, 2>{step<0>(from), step<1>(from)};
-        for (const uint64_t to : squares) {
-            if (!(to & empty)) continue;
-            Position before = position;
-            (side == BLACK ? before.black : before.white) ^= from | to;
-            visit_man(before);
-        }
-    }
-}
-
 // Tells all that lead to a decided position, once: who clears the mark does it.
 void tell_on(Work& work, Stack& stack, int side, int64_t index) {
     std::atomic<uint8_t>& state = work.states[static_cast<size_t>(side)][static_cast<size_t>(index)];
@@ -168,10 +107,12 @@ void tell_on(Work& work, Stack& stack, int side, int64_t index) {
     if (work.tables == 1) position = mirror_position(position);
     const int mover = work.tables == 1 ? BLACK : side ^ 1;
     const Numbers numbers(position, work.material);
-    quiet_moves_back(
-        position, mover,
-        [&](const Position& p) { tell(work, stack, mover, numbers.after_king_move(p, mover), value); },
-        [&](const Position& p) { tell(work, stack, mover, position_to_index(p, work.material), value); });
+    king_moves_back(position, mover, [&](const Position& p) {
+        tell(work, stack, mover, numbers.after_king_move(p, mover), value);
+    });
+    man_moves_back(position, mover, [&](const Position& p) {
+        tell(work, stack, mover, position_to_index(p, work.material), value);
+    });
 }
 
 void spread_chunk(Work& work, int64_t first, int64_t last) {
