@@ -264,6 +264,24 @@ TEST_F(AnalyzeGames, AResultThatNobodyHasSeenIsForgotten) {
     EXPECT_EQ(game.history_last, 1);
 }
 
+TEST_F(AnalyzeGames, TheClockIsResetAndTheMarksGo) {
+    load("32-28 *");
+    answers.load_path = folder + "load.pdn";
+    script.hold = true;
+    for (void (*const command)(bool) : {analyze_game_command, analyze_pdn_command}) {
+        clock_state.clock_running = true;
+        clock_state.white_used = 7;
+        clock_state.clock_moves = 3;
+        add_highlight(5);
+        command(false);
+        EXPECT_FALSE(clock_state.clock_running);
+        EXPECT_EQ(clock_state.white_used, 0.0);
+        EXPECT_EQ(clock_state.clock_moves, 0);
+        EXPECT_EQ(game.highlight_count, 0);
+        cancel_analyze_command();
+    }
+}
+
 TEST_F(AnalyzeGames, ATimeThatIsNotFixedIsRefused) {
     load("32-28 *");
     write_file("analysis.txt", "old");

@@ -477,47 +477,6 @@ TEST_F(SplitTest, AStopOfTheSearchEndsTheWorkUnused) {
 
 // The node search.
 
-TEST_F(SplitTest, AStoppedThreadLeavesTheNodeAtItsNextMove) {
-    const Position p = position_of(MIDDLE_GAME);
-    me().stop = true;
-    for (const int active : {2, 4}) {
-        search_state.active_threads = active;
-        Answer answer = node(p, 1, 40, -50, 50, false);
-        EXPECT_EQ(answer.value, 0);
-        EXPECT_EQ(answer.nodes, 1u);
-        answer = node(p, 1, 64, -50, 50, false);
-        EXPECT_EQ(answer.nodes, 2u) << "the shallower search for a first move is left too";
-        EXPECT_TRUE(entry_of(p).free());
-    }
-}
-
-// The flag goes up deep in the tree: all levels return, and none of them stores what it has.
-TEST_F(SplitTest, AThreadThatIsStoppedDeepStoresNothing) {
-    const Position p = position_of("W:W31,37,41,K48:B6,12,K5");
-    open_database(40, 20, 9, 8, false);
-    search_state.active_threads = 2;
-    int asked = 0, until = 1 << 30;
-    std::vector<uint64_t> table_at_stop;
-    database_answer = [&](const Position&, int, bool) {
-        if (++asked == until) {
-            me().stop = true;
-            table_at_stop = table_words();
-        }
-        return EGDB_UNKNOWN;
-    };
-    node(p, 1, 72, -50, 50, false);
-    const int questions = asked;
-    ASSERT_GT(questions, 100);
-    for (until = 1; until < questions; until += 1 + questions / 40) {
-        forget_all();
-        me().stop = false;
-        asked = 0;
-        EXPECT_EQ(node(p, 1, 72, -50, 50, false).value, 0);
-        EXPECT_TRUE(table_words() == table_at_stop);
-        EXPECT_LE(asked, until + 50);
-    }
-}
-
 TEST_F(SplitTest, OneThreadNeverSplits) {
     HandWorker worker(1, nullptr);
     node(position_of(MIDDLE_GAME), 1, 64, -50, 50);
