@@ -67,7 +67,7 @@ struct CommandRow {
     int32_t id;
     void (*run)();
 };
-constexpr std::array<CommandRow, 15> WINDOW_COMMANDS{{
+constexpr std::array<CommandRow, 16> WINDOW_COMMANDS{{
     {COMMAND_EXIT, exit_command},
     {COMMAND_INVERT_BOARD,
      [] {
@@ -80,6 +80,7 @@ constexpr std::array<CommandRow, 15> WINDOW_COMMANDS{{
     {COMMAND_SOUND, [] { settings.sound_on = !settings.sound_on; }},
     {TIME_GAME_CLOCK, game_time_command},
     {COMMAND_PARALLEL_SEARCH, [] { parallel_search_dialog(main_window); }},
+    {COMMAND_DATABASE_OPTIONS, [] { databases_dialog(main_window); }},
     {COMMAND_RESET_WINDOWS, reset_windows_command},
     {COMMAND_SAVE_SETTINGS, save_settings_command},
     {COMMAND_SAVE_ON_EXIT, [] { settings.save_on_exit = !settings.save_on_exit; }},

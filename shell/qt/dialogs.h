@@ -12,6 +12,7 @@
 
 // Their numbers in language files.
 enum DialogNumber : int32_t {
+    DIALOG_DATABASES = 119,
     DIALOG_GAME_TIME = 125,
     DIALOG_PARALLEL_SEARCH = 126,
     DIALOG_GAME_INFORMATION = 127,
@@ -28,6 +29,9 @@ void translate_dialog(QWidget& window, int32_t dialog);
 // The game clock's dialog; it chooses the game clock when its values are taken over. `settings` follow.
 void game_time_dialog(QWidget* parent);
 void parallel_search_dialog(QWidget* parent);
+// The endgame databases and the size of the transposition table. `settings` follow, the next search follows
+// them.
+void databases_dialog(QWidget* parent);
 
 // True if the user agreed; otherwise the headers stay as they were.
 bool game_information_dialog(QWidget* parent, GameHeaders& headers);

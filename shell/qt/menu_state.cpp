@@ -39,12 +39,9 @@ constexpr std::array<int32_t, 5> MODE_COMMANDS = {
     COMMAND_NORMAL, COMMAND_ANALYSIS, COMMAND_ANALYSIS_ALLSCORES, COMMAND_TWO_PLAYERS, COMMAND_AUTOPLAY};
 
 // What their parts of the program are still missing for.
-constexpr std::array<int32_t, 6> COMMANDS_TO_COME = {COMMAND_DXP_CONNECT,
-                                                     COMMAND_DXP_WAIT,
-                                                     COMMAND_DXP_TERMINATE,
-                                                     COMMAND_START_MATCH,
-                                                     COMMAND_START_MATCH_AUTOCONNECT,
-                                                     COMMAND_DATABASE_OPTIONS};
+constexpr std::array<int32_t, 5> COMMANDS_TO_COME = {COMMAND_DXP_CONNECT, COMMAND_DXP_WAIT,
+                                                     COMMAND_DXP_TERMINATE, COMMAND_START_MATCH,
+                                                     COMMAND_START_MATCH_AUTOCONNECT};
 
 template <size_t N>
 bool is_one_of(const std::array<int32_t, N>& ids, int32_t id) {

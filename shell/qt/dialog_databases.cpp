@@ -1,0 +1,129 @@
+// The dialog of the endgame databases and the transposition table. What is changed is followed by the next
+// search. A folder that has been looked at or chosen is stored at once, also if the user cancels.
+#include <ui_dialog_databases.h>
+
+#include <QFileDialog>
+#include <array>
+#include <cstdio>
+
+#include "control/database_settings.h"
+#include "control/settings.h"
+#include "control/ui.h"
+#include "egdb/identify.h"
+#include "shell/qt/dialog_fields.h"
+#include "shell/qt/dialogs.h"
+#include "shell/qt/text.h"
+
+namespace {
+
+constexpr int MOST_BYTES_READ = 310;  // of an edit
+constexpr size_t BOX_TEXT_SIZE = 400;
+constexpr const char* FOLDER_TITLE = "Choose the WLD database directory";  // for both folders
+constexpr std::array<const char*, 2> INITIALIZATIONS = {"before search", "in parallel with search"};
+
+// What is asked of a folder, and what the user is told of it.
+struct FolderKind {
+    bool mtc;
+    const char* name;
+    const char* box_title;
+};
+constexpr FolderKind WLD_KIND{false, "WLD", "WLD Endgame Database Check"};
+constexpr FolderKind MTC_KIND{true, "MTC", "MTC Endgame Database Check"};
+
+std::string stored_folder(const FolderKind& kind) {
+    return std::string(setting_text(kind.mtc ? settings.mtc_folder : settings.wld_folder));
+}
+
+// What the user left alone stays to the byte, also where it cannot be shown as it is.
+void store_folder(const FolderKind& kind, const QLineEdit& edit) {
+    if (edit.text() == shown_text(stored_folder(kind))) return;
+    std::array<char, MOST_BYTES_READ + 1> text{};
+    read_field(edit, text.data(), text.size());
+    (kind.mtc ? set_mtc_folder : set_wld_folder)(text.data());
+}
+
+void check_folder(const FolderKind& kind, const QLineEdit& edit) {
+    store_folder(kind, edit);
+    const std::string folder = stored_folder(kind);
+    EgdbType type{};
+    int32_t pieces = 0;
+    const bool found = identify_egdb(folder, type, pieces) == 0 && (type == EGDB_MTC) == kind.mtc;
+    char text[BOX_TEXT_SIZE];
+    if (found)
+        std::snprintf(text, sizeof text, "%s database found with %d pieces.", kind.name, pieces);
+    else
+        std::snprintf(text, sizeof text, "No %s database found in '%s'", kind.name, folder.c_str());
+    ui.message_box(text, kind.box_title, found ? ICON_INFO : ICON_WARNING);
+}
+
+void browse(QWidget* parent, const FolderKind& kind, QLineEdit& edit) {
+    QFileDialog dialog(parent, text_in_language(FOLDER_TITLE), edit.text());
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
+    edit.setText(dialog.selectedFiles().constFirst());
+    store_folder(kind, edit);
+}
+
+// The entry of no limit has a text, the others are numbers.
+template <size_t N>
+void add_limits(QComboBox& box, const std::array<int32_t, N>& limits) {
+    for (const int32_t limit : limits)
+        add_entry(box, limit, limit < 0 ? QStringLiteral("No limit") : QString::number(limit));
+}
+
+void show_fields(const forms::Ui::Databases& form) {
+    for (const int32_t megabytes : OFFERED_HASH_MB)
+        add_entry(*form.id_1005, megabytes, QString::number(megabytes));
+    add_limits(*form.id_1009, OFFERED_MAX_PIECES);
+    add_limits(*form.id_1010, OFFERED_MAX_KINGS);
+    for (int32_t parallel = 0; parallel < 2; ++parallel)
+        add_entry(*form.id_1014, parallel, shown_text(INITIALIZATIONS[static_cast<size_t>(parallel)]));
+    choose_entry(*form.id_1005, settings.hash_mb);
+    choose_entry(*form.id_1009, settings.wld_max_pieces);
+    choose_entry(*form.id_1010, settings.wld_max_kings_8);
+    choose_entry(*form.id_1014, settings.wld_parallel_init != 0);
+    form.id_1008->setChecked(settings.wld_enable != 0);
+    form.id_1012->setChecked(settings.mtc_enable != 0);
+    form.id_1006->setText(QString::number(settings.wld_cache_mb));
+    form.id_1007->setText(shown_text(stored_folder(WLD_KIND)));
+    form.id_1016->setText(shown_text(stored_folder(MTC_KIND)));
+    form.id_1005->setFocus();
+}
+
+// A setting without an entry of its own is left alone.
+void store_entry(const QComboBox& box, int32_t stored, void (*set)(int32_t number)) {
+    read_entry(box, stored);
+    set(stored);
+}
+
+void store_fields(const forms::Ui::Databases& form) {
+    store_entry(*form.id_1005, settings.hash_mb, set_hash_mb);
+    set_wld_enable(form.id_1008->isChecked());
+    store_folder(WLD_KIND, *form.id_1007);
+    set_wld_cache_mb(read_integer(*form.id_1006));
+    store_entry(*form.id_1009, settings.wld_max_pieces, set_wld_max_pieces);
+    store_entry(*form.id_1010, settings.wld_max_kings_8, set_wld_max_kings_8);
+    set_wld_parallel_init(form.id_1014->currentIndex() == 1);
+    set_mtc_enable(form.id_1012->isChecked());
+    store_folder(MTC_KIND, *form.id_1016);
+}
+
+void connect_folder(QDialog& dialog, const FolderKind& kind, QLineEdit& edit, const QPushButton& check,
+                    const QPushButton& choose) {
+    QObject::connect(&check, &QPushButton::clicked, &dialog, [&] { check_folder(kind, edit); });
+    QObject::connect(&choose, &QPushButton::clicked, &dialog, [&] { browse(&dialog, kind, edit); });
+}
+
+}  // namespace
+
+void databases_dialog(QWidget* parent) {
+    QDialog dialog(parent);
+    forms::Ui::Databases form;
+    form.setupUi(&dialog);
+    show_fields(form);
+    prepare_dialog(dialog, DIALOG_DATABASES);
+    connect_folder(dialog, WLD_KIND, *form.id_1007, *form.id_1013, *form.id_1017);
+    connect_folder(dialog, MTC_KIND, *form.id_1016, *form.id_1015, *form.id_1018);
+    if (dialog.exec() == QDialog::Accepted) store_fields(form);
+}
