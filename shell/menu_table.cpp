@@ -113,7 +113,7 @@ Items language_items() {
 
 Items options_items() {
     return {
-        popup("Book Moves", book_items()),
+        popup("Opening book", book_items()),
         {COMMAND_DATABASE_OPTIONS, "Endgame db and Hashtable...", {}},
         {COMMAND_PARALLEL_SEARCH, "Parallel search...", {}},
         {COMMAND_PONDERING, "Pondering", {}},

@@ -85,7 +85,7 @@ TEST(Menu, CountsItsPopupsDepthFirst) {
     EXPECT_EQ(
         popup_texts(built_in_menu()),
         (std::vector<std::string>{"&Game", "Search Mode", "Analyze", "DamExchange", "Edit", "Time", "Options",
-                                  "Book Moves", "Language", "Window", "Background", "Help"}));
+                                  "Opening book", "Language", "Window", "Background", "Help"}));
 }
 
 TEST(Menu, IsTidy) {
