@@ -1,7 +1,8 @@
 // The connection: how it comes about and ends, what goes over it, and what is told of it.
 #include "dxp/connection.h"
 
-#include <cstring>
+#include <algorithm>
+#include <mutex>
 
 #include "base/log.h"
 #include "control/program_flags.h"
@@ -34,10 +35,17 @@ class ConnectionTest : public FlowTest {
     }
 };
 
+std::mutex log_mutex;  // the search and the receive thread log too
 std::string logged;
-void keep_log(const char* text) { logged += text; }
+void keep_log(const char* text) {
+    const std::lock_guard lock(log_mutex);
+    logged += text;
+}
+bool log_has(const char* text) {
+    const std::lock_guard lock(log_mutex);
+    return logged.find(text) != std::string::npos;
+}
 
-// Log lines of other threads come only between these two.
 struct LogListener {
     LogListener() {
         logged.clear();
@@ -157,7 +165,7 @@ TEST_F(ConnectionTest, AnUnknownLetterEndsTheConnectionBehindWhatCameBefore) {
     expect_lost_once();
     EXPECT_EQ(count_lines("> K1"), 1);
     EXPECT_EQ(count_lines("> K2"), 0);
-    EXPECT_NE(logged.find("unknown type"), std::string::npos);
+    EXPECT_TRUE(log_has("unknown type"));
     expect_server_serves();
 }
 
@@ -179,7 +187,7 @@ TEST_F(ConnectionTest, BytesWithoutAnEndEndTheConnection) {
     EXPECT_EQ(dxp_connection.connection_state, DXP_CONNECTED);
     run({sends_bytes("x"), sees_end()});
     expect_lost_once();
-    EXPECT_NE(logged.find("without an end"), std::string::npos);
+    EXPECT_TRUE(log_has("without an end"));
     expect_server_serves();
 }
 
@@ -355,7 +363,7 @@ TEST_F(ConnectionTest, AFullRingEndsTheConnectionAndLosesNothingThatWasIn) {
     ASSERT_TRUE(peer_send(peer, move_message_text(1, 50)));
     expect_lost_once();
     EXPECT_EQ(count_lines("> Cwords"), 1023 / 7);
-    EXPECT_NE(logged.find("more messages than can be held"), std::string::npos);
+    EXPECT_TRUE(log_has("more messages than can be held"));
     expect_server_serves();
 }
 
