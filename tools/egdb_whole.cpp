@@ -63,6 +63,22 @@ std::unique_ptr<EgdbDatabase> open_whole_database(const std::string& folder, int
     return database->file_count ? std::move(database) : nullptr;
 }
 
+void use_in_engine(EgdbDatabase& database, EgdbDriver& driver) {
+    driver.handle = &database;
+    driver.lookup = [](void* handle, const Position& position, int side, bool conditional) {
+        return wld_lookup(*static_cast<EgdbDatabase*>(handle), position, side, conditional);
+    };
+    EgdbEngine engine = no_egdb();
+    engine.wld = &driver;
+    engine.no_side_captures = true;
+    for (int32_t i = 0; i < database.file_count; ++i) {
+        const DbFile& file = database.files[static_cast<size_t>(i)];
+        engine.maxpieces = std::max<int32_t>(engine.maxpieces, file.pieces);
+        engine.maxpieces_1side = std::max<int32_t>(engine.maxpieces_1side, file.max_one_side);
+    }
+    egdb_engine = engine;
+}
+
 int values_from_database(EgdbDatabase& database, const SolvedSet& set, const Material& m, int threads,
                          SolvedMaterial& solved) {
     try {

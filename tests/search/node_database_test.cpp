@@ -116,6 +116,18 @@ TEST_F(NodeTest, OtherAnswersLeaveTheSearchAsItIs) {
     }
 }
 
+TEST_F(NodeTest, UnknownAnswersAreCounted) {
+    const Position p = position_of("W:W31,32,33,40:B1,2,9,14");
+    for (const EgdbValue value : {EGDB_UNKNOWN, EGDB_NOT_IN_CACHE, EGDB_SUBDB_UNAVAILABLE, EGDB_DRAW}) {
+        reset_search_state();
+        answer_with(value, value);
+        node(p, 4, 16, -20, -19, false);
+        quiet(p, 4, 0, -20, -19);
+        EXPECT_GT(search_state.egdb_lookups, 1u);
+        EXPECT_EQ(search_state.egdb_unknowns, value == EGDB_UNKNOWN ? search_state.egdb_lookups.load() : 0u);
+    }
+}
+
 TEST_F(NodeTest, HalfKnownValuesCapTheEvaluationInQuiescence) {
     const Position p = position_of("W:W31,32,33,40:B1,2,9,14");
     const int evaluation = evaluation_of(p);
