@@ -71,6 +71,32 @@ Position new_continuation(Random& random, const Position& ballot, std::set<Sets>
     }
 }
 
+// An empty square of the rows in which men of both colours can stand.
+uint64_t random_square(Random& random, const Position& position) {
+    for (;;) {
+        const uint64_t mask = mask_of_square[5 + random_below(random, SQUARES - 10)];
+        if (!((position.black | position.white) & mask)) return mask;
+    }
+}
+
+Position random_ending(Random& random, int pieces) {
+    Position position{0, 0, 0, static_cast<int>(random_below(random, 2)), 0, nullptr};
+    const bool kings = random_below(random, 2) == 1;
+    for (int i = 0; i < pieces / 2; ++i) {
+        for (uint64_t* const set : {&position.black, &position.white}) {
+            const uint64_t mask = random_square(random, position);
+            *set |= mask;
+            if (i == 0 && kings) position.king |= mask;
+        }
+    }
+    return position;
+}
+
+bool can_move(const Position& position) {
+    MoveList list;
+    return generate_moves(position, list, position.side) > 0;
+}
+
 void add_work(PlayerWork& work, const PlayerAnswer& answer) {
     ++work.moves;
     work.depth += answer.depth;
@@ -115,6 +141,18 @@ std::vector<Position> match_starts(int ballot_moves, uint64_t seed, int64_t pair
     for (size_t pair = 0; starts.size() < static_cast<size_t>(pairs); ++pair) {
         const Position& ballot = ballots[pair % ballots.size()];
         starts.push_back(pair < ballots.size() ? ballot : new_continuation(random, ballot, seen));
+    }
+    return starts;
+}
+
+std::vector<Position> ending_starts(int pieces, uint64_t seed, int64_t pairs) {
+    Random random(seed);
+    std::set<Sets> seen;
+    std::vector<Position> starts;
+    while (starts.size() < static_cast<size_t>(pairs)) {
+        const Position start = random_ending(random, pieces);
+        const bool quiet = !has_capture(start, BLACK) && !has_capture(start, WHITE);
+        if (quiet && can_move(start) && seen.insert(sets_of(start)).second) starts.push_back(start);
     }
     return starts;
 }

@@ -22,6 +22,10 @@ constexpr int PLAYER_B = 1;
 // The start positions of so many pairs.
 std::vector<Position> match_starts(int ballot_moves, uint64_t seed, int64_t pairs);
 
+// The same from random endings with so many pieces, as many of each side and at least two. Half of them have
+// a king on both sides. Neither side can capture, and none is reached twice.
+std::vector<Position> ending_starts(int pieces, uint64_t seed, int64_t pairs);
+
 // True if neither side is a piece ahead when all captures that must be made have been made.
 bool is_even(const Position& position);
 

@@ -73,6 +73,33 @@ TEST(MatchStarts, TheSeedDecidesThem) {
     EXPECT_TRUE(match_starts(3, 5, 0).empty());
 }
 
+TEST(MatchStarts, EndingsAreEvenAndQuietAndAllDifferent) {
+    for (const int pieces : {4, 6, 8}) {
+        const std::vector<Position> starts = ending_starts(pieces, 3, 500);
+        ASSERT_EQ(starts.size(), 500u);
+        std::set<Sets> seen;
+        int black_to_move = 0, with_kings = 0;
+        for (const Position& p : starts) {
+            EXPECT_TRUE(is_legal_setup(p) && is_even(p));
+            EXPECT_TRUE(!has_capture(p, BLACK) && !has_capture(p, WHITE));
+            EXPECT_EQ(bit_count(p.black), pieces / 2);
+            EXPECT_EQ(bit_count(p.white), pieces / 2);
+            EXPECT_EQ(bit_count(p.black & p.king), bit_count(p.white & p.king));
+            MoveList list;
+            EXPECT_GT(generate_moves(p, list, p.side), 0);
+            EXPECT_TRUE(seen.insert(sets_of(p)).second);
+            black_to_move += p.side == BLACK;
+            with_kings += p.king != 0;
+        }
+        EXPECT_GT(black_to_move, 150);
+        EXPECT_LT(black_to_move, 350);
+        EXPECT_GT(with_kings, 100);
+        EXPECT_LT(with_kings, 400);
+        EXPECT_EQ(sets_of(ending_starts(pieces, 3, 500)), sets_of(starts));
+        EXPECT_NE(sets_of(ending_starts(pieces, 4, 500)), sets_of(starts));
+    }
+}
+
 TEST(MatchStarts, EvenMeansAfterTheCaptures) {
     EXPECT_TRUE(is_even(START_POSITION));
     Position position;
