@@ -14,6 +14,10 @@ namespace {
 
 EgdbDriver driver;
 
+constexpr int WIN_LIMIT = 400;  // plies
+constexpr int DRAW_LIMIT = 40;
+constexpr int MOST_TRIES = 5000;
+
 void take_values(SolvedSet& set, const Material& m) {
     if (find_solved(set, m)) return;
     for (const Material& next : next_materials(m)) take_values(set, next);
@@ -159,10 +163,9 @@ PlayedGame play_ending(const Position& start, const Thinking& thinking, int limi
     return game;
 }
 
-void add_game(Trials& t, const Position& start, const Thinking& thinking, int limit, Random& random) {
-    const EgdbValue value = value_of(start);
-    if (value == EGDB_LOSS || has_capture(start, start.side)) return;
-    const PlayedGame game = play_ending(start, thinking, value == EGDB_WIN ? limit : 40, random);
+static void add_game(Trials& t, const Position& start, EgdbValue value, const Thinking& thinking,
+                     Random& random) {
+    const PlayedGame game = play_ending(start, thinking, value == EGDB_WIN ? WIN_LIMIT : DRAW_LIMIT, random);
     t.slips += game.slipped;
     if (game.slipped) ADD_FAILURE() << "slipped at " << fen_of(game.slip) << " from " << fen_of(start);
     if (value == EGDB_DRAW) {
@@ -179,6 +182,16 @@ void add_game(Trials& t, const Position& start, const Thinking& thinking, int li
     t.win_plies += game.plies;
     t.longest_win = std::max(t.longest_win, game.plies);
     t.longest_wait = std::max(t.longest_wait, game.longest_wait);
+}
+
+void add_games(Trials& trials, const Material& m, EgdbValue value, int games, const Thinking& thinking,
+               Random& random) {
+    for (int tries = 0; games > 0 && tries < MOST_TRIES; ++tries) {
+        const Position start = random_ending(random, m);
+        if (has_capture(start, start.side) || value_of(start) != value) continue;
+        add_game(trials, start, value, thinking, random);
+        --games;
+    }
 }
 
 void add_trials(Trials& sum, const Trials& t) {

@@ -58,9 +58,11 @@ struct Trials {
     int longest_wait = 0;
 };
 
-// Plays from the position unless it is lost or a capture must be made: a won one at most `limit` plies, a
-// drawn one 40. A move that changes the value of the game is a failure of the test.
-void add_game(Trials& trials, const Position& start, const Thinking& thinking, int limit, Random& random);
+// Plays from so many random positions of the material that have the value for the side to move, which is not
+// to capture; fewer where there are hardly any. Won ones at most 400 plies, drawn ones 40. A move that
+// changes the value of the game is a failure of the test.
+void add_games(Trials& trials, const Material& m, EgdbValue value, int games, const Thinking& thinking,
+               Random& random);
 
 void add_trials(Trials& sum, const Trials& trials);
 void print_trials(const char* name, const Trials& trials);

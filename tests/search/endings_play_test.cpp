@@ -6,23 +6,13 @@ namespace {
 
 class EndingsPlayTest : public EndingsTest {};
 
-// As many positions of the material with that value as asked for, none of which begins with a capture.
-void add_games(Trials& trials, const Material& m, EgdbValue value, int games, Random& random) {
-    for (int tries = 0; games > 0 && tries < 5000; ++tries) {
-        const Position start = random_ending(random, m);
-        if (value_of(start) != value || has_capture(start, start.side)) continue;
-        add_game(trials, start, {2000, MAX_DEPTH, tries % 2 == 0}, 200, random);
-        --games;
-    }
-}
-
 TEST_F(EndingsPlayTest, UpToThreePieces) {
     Random random(21);
     Trials trials;
     for (int pieces = 2; pieces <= 3; ++pieces) {
         for (const Material& m : solving_order(pieces)) {
-            add_games(trials, m, EGDB_WIN, 8, random);
-            add_games(trials, m, EGDB_DRAW, 3, random);
+            add_games(trials, m, EGDB_WIN, 8, {2000}, random);
+            add_games(trials, m, EGDB_DRAW, 3, {2000}, random);
         }
     }
     print_trials("2 and 3 pieces", trials);
@@ -35,8 +25,8 @@ TEST_F(EndingsPlayTest, FourKings) {
     Random random(22);
     Trials trials;
     for (const Material& m : {Material{0, 3, 0, 1}, {0, 2, 0, 2}}) {
-        add_games(trials, m, EGDB_WIN, 15, random);
-        add_games(trials, m, EGDB_DRAW, 5, random);
+        add_games(trials, m, EGDB_WIN, 15, {2000}, random);
+        add_games(trials, m, EGDB_DRAW, 5, {2000}, random);
     }
     print_trials("4 kings", trials);
     EXPECT_EQ(trials.wins, trials.won_positions);

@@ -119,6 +119,7 @@ TEST_F(NodeTest, OtherAnswersLeaveTheSearchAsItIs) {
 TEST_F(NodeTest, UnknownAnswersAreCounted) {
     const Position p = position_of("W:W31,32,33,40:B1,2,9,14");
     for (const EgdbValue value : {EGDB_UNKNOWN, EGDB_NOT_IN_CACHE, EGDB_SUBDB_UNAVAILABLE, EGDB_DRAW}) {
+        ASSERT_EQ(tt_allocate(), 0);
         reset_search_state();
         answer_with(value, value);
         node(p, 4, 16, -20, -19, false);
