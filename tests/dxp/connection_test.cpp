@@ -2,6 +2,7 @@
 #include "dxp/connection.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <mutex>
 
 #include "base/log.h"
@@ -57,6 +58,11 @@ struct LogListener {
 std::vector<std::string> lines_behind(int count) {
     const std::vector<std::string> lines = protocol_lines();
     return {lines.begin() + std::min<int>(count, static_cast<int>(lines.size())), lines.end()};
+}
+
+size_t open_handles() {
+    const std::filesystem::directory_iterator entries("/proc/self/fd");
+    return static_cast<size_t>(std::distance(begin(entries), end(entries)));
 }
 
 int boxes_with(const std::string& text) { return count_events("box " + text); }
@@ -381,6 +387,22 @@ TEST_F(ConnectionTest, AThousandMessagesAtOnceDoNoHarm) {
     terminate_connection_command();
     expect_ready();
     expect_server_serves();
+}
+
+TEST_F(ConnectionTest, ConnectionsLeaveNothingBehind) {
+    size_t handles = 0;
+    for (int i = 0; i < 40; ++i) {
+        ASSERT_EQ(peer_listen(peer, port()), port());
+        ASSERT_EQ(connect_to_host(), 0);
+        run({accepts(), sends(i % 2 ? "K0" : "unknown")});
+        if (i % 4 < 2) terminate_connection_command();
+        peer_close(peer);
+        ASSERT_TRUE(run_until([] { return dxp_connection.connection_state == DXP_UNCONNECTED; }));
+        expect_ready();
+        const size_t open_now = open_handles();
+        if (i == 0) handles = open_now;
+        EXPECT_EQ(open_now, handles);
+    }
 }
 
 TEST_F(ConnectionTest, PortsAreNumbers) {
