@@ -26,7 +26,8 @@
 namespace {
 
 void read_main_window(Settings& record) {
-    if (main_window) main_window->read_windows(record);
+    // A window that is closed was read before it was hidden.
+    if (main_window && main_window->isVisible()) main_window->read_windows(record);
 }
 
 void make_main_menu() {

@@ -4,7 +4,6 @@
 
 #include <QFileDialog>
 #include <array>
-#include <cstdio>
 
 #include "control/database_settings.h"
 #include "control/settings.h"
@@ -12,23 +11,26 @@
 #include "egdb/identify.h"
 #include "shell/qt/dialog_fields.h"
 #include "shell/qt/dialogs.h"
+#include "shell/qt/file_choice.h"
 #include "shell/qt/text.h"
 
 namespace {
 
-constexpr int MOST_BYTES_READ = 310;  // of an edit
-constexpr size_t BOX_TEXT_SIZE = 400;
+constexpr int MOST_BYTES_READ = 310;                                       // of an edit
 constexpr const char* FOLDER_TITLE = "Choose the WLD database directory";  // for both folders
 constexpr std::array<const char*, 2> INITIALIZATIONS = {"before search", "in parallel with search"};
 
 // What is asked of a folder, and what the user is told of it.
 struct FolderKind {
     bool mtc;
-    const char* name;
     const char* box_title;
+    const char* found;
+    const char* missing;
 };
-constexpr FolderKind WLD_KIND{false, "WLD", "WLD Endgame Database Check"};
-constexpr FolderKind MTC_KIND{true, "MTC", "MTC Endgame Database Check"};
+constexpr FolderKind WLD_KIND{false, "WLD Endgame Database Check", "WLD database found with %d pieces.",
+                              "No WLD database found in '%s'"};
+constexpr FolderKind MTC_KIND{true, "MTC Endgame Database Check", "MTC database found with %d pieces.",
+                              "No MTC database found in '%s'"};
 
 std::string stored_folder(const FolderKind& kind) {
     return std::string(setting_text(kind.mtc ? settings.mtc_folder : settings.wld_folder));
@@ -48,16 +50,16 @@ void check_folder(const FolderKind& kind, const QLineEdit& edit) {
     EgdbType type{};
     int32_t pieces = 0;
     const bool found = identify_egdb(folder, type, pieces) == 0 && (type == EGDB_MTC) == kind.mtc;
-    char text[BOX_TEXT_SIZE];
+    QString text = text_in_language(found ? kind.found : kind.missing);
     if (found)
-        std::snprintf(text, sizeof text, "%s database found with %d pieces.", kind.name, pieces);
+        text.replace(QStringLiteral("%d"), QString::number(pieces));
     else
-        std::snprintf(text, sizeof text, "No %s database found in '%s'", kind.name, folder.c_str());
-    ui.message_box(text, kind.box_title, found ? ICON_INFO : ICON_WARNING);
+        text.replace(QStringLiteral("%s"), shown_text(folder));
+    ui.message_box(text.toUtf8().constData(), kind.box_title, found ? ICON_INFO : ICON_WARNING);
 }
 
 void browse(QWidget* parent, const FolderKind& kind, QLineEdit& edit) {
-    QFileDialog dialog(parent, text_in_language(FOLDER_TITLE), edit.text());
+    QFileDialog dialog(parent, file_dialog_title(FOLDER_TITLE), edit.text());
     dialog.setFileMode(QFileDialog::Directory);
     dialog.setOption(QFileDialog::ShowDirsOnly);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;

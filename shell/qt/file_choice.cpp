@@ -4,8 +4,10 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QSplitter>
 #include <QStandardPaths>
+#include <QTreeView>
 
 #include "base/text.h"
 #include "shell/qt/text.h"
@@ -29,15 +31,14 @@ QString first_folder() {
 void widen(QFileDialog& dialog) {
     dialog.resize(760, 480);
     if (auto* const splitter = dialog.findChild<QSplitter*>()) splitter->setSizes({150, 600});
+    constexpr int DATE_COLUMN = 3;
+    auto* const files = dialog.findChild<QTreeView*>(QStringLiteral("treeView"));
+    if (files && files->header()->count() > DATE_COLUMN)
+        files->header()->setSectionResizeMode(DATE_COLUMN, QHeaderView::ResizeToContents);
 }
 
-// Most of the dialog is Qt's own: where that is English, all of it is, rather than half of it.
 QString dialog_text(int id) {
     return toolkit_speaks_language() ? program_text(id) : shown_text(built_in_text(id));
-}
-
-QString dialog_title(const char* title) {
-    return toolkit_speaks_language() ? text_in_language(title) : shown_text(title);
 }
 
 bool choose_file(QFileDialog& dialog, std::string& path) {
@@ -56,14 +57,18 @@ bool choose_file(QFileDialog& dialog, std::string& path) {
 
 }  // namespace
 
+QString file_dialog_title(const char* title) {
+    return toolkit_speaks_language() ? text_in_language(title) : shown_text(title);
+}
+
 bool choose_file_to_load(QWidget* parent, const char* title, std::string& path) {
-    QFileDialog dialog(parent, dialog_title(title));
+    QFileDialog dialog(parent, file_dialog_title(title));
     dialog.setFileMode(QFileDialog::ExistingFile);
     return choose_file(dialog, path);
 }
 
 bool choose_file_to_save(QWidget* parent, const char* title, std::string& path) {
-    QFileDialog dialog(parent, dialog_title(title));
+    QFileDialog dialog(parent, file_dialog_title(title));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);

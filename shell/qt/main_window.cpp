@@ -278,6 +278,9 @@ void MainWindow::showEvent(QShowEvent* event) {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+    // A busy disk may take seconds to have the settings; the user need not look on.
+    read_windows(settings);
+    hide();
     before_close();
     event->accept();
 }

@@ -5,6 +5,7 @@
 #include <QMenuBar>
 #include <QScreen>
 
+#include "base/file_calls.h"
 #include "control/load_save.h"
 #include "control/text_ids.h"
 #include "shell/qt/arrangement.h"
@@ -84,6 +85,27 @@ TEST_F(Frame, SavesAtItsEndIfWanted) {
     EXPECT_EQ(saved().size(), SETTINGS_BYTES);
     EXPECT_EQ(saved()[40], 1);
     EXPECT_FALSE(main_window->isVisible());
+}
+
+// The disk may take its time.
+TEST_F(Frame, IsOutOfSightBeforeItsSettingsAreOnTheDisk) {
+    static int flushes, in_sight;
+    flushes = in_sight = 0;
+    open_small();
+    main_window->pane(STATUS_WINDOW).move(33, 44);
+    file_calls.flush = [](int descriptor) {
+        ++flushes;
+        in_sight += main_window->isVisible();
+        return system_file_calls().flush(descriptor);
+    };
+    main_window->close();
+    file_calls = system_file_calls();
+    EXPECT_GT(flushes, 0);
+    EXPECT_EQ(in_sight, 0);
+    // What is saved is how the window was.
+    EXPECT_EQ(settings.child_windows[STATUS_WINDOW].x, 33);
+    EXPECT_EQ(settings.child_windows[STATUS_WINDOW].visible, 1);
+    EXPECT_EQ(saved().substr(688 + 20 * STATUS_WINDOW + 4, 1), "\x21");
 }
 
 TEST_F(Frame, SavesNothingAtItsEndIfNotWanted) {
