@@ -163,8 +163,9 @@ PlayedGame play_ending(const Position& start, const Thinking& thinking, int limi
     return game;
 }
 
-static void add_game(Trials& t, const Position& start, EgdbValue value, const Thinking& thinking,
-                     Random& random) {
+namespace {
+
+void add_game(Trials& t, const Position& start, EgdbValue value, const Thinking& thinking, Random& random) {
     const PlayedGame game = play_ending(start, thinking, value == EGDB_WIN ? WIN_LIMIT : DRAW_LIMIT, random);
     t.slips += game.slipped;
     if (game.slipped) ADD_FAILURE() << "slipped at " << fen_of(game.slip) << " from " << fen_of(start);
@@ -183,6 +184,8 @@ static void add_game(Trials& t, const Position& start, EgdbValue value, const Th
     t.longest_win = std::max(t.longest_win, game.plies);
     t.longest_wait = std::max(t.longest_wait, game.longest_wait);
 }
+
+}  // namespace
 
 void add_games(Trials& trials, const Material& m, EgdbValue value, int games, const Thinking& thinking,
                Random& random) {
