@@ -1,5 +1,8 @@
 // Opening books: what is in them.
+#include <algorithm>
+#include <cinttypes>
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <vector>
@@ -12,6 +15,9 @@
 #include "cli/console.h"
 #include "core/notation.h"
 #include "records/fen.h"
+#include "search/engine_settings.h"
+#include "tools/book_analysis.h"
+#include "tools/book_check.h"
 
 namespace {
 
@@ -88,6 +94,81 @@ void run_dump(const std::string& file) {
         if (const BookSlot slot = read_book_slot(slots.data() + at); slot.black != 0) print_slot(slot);
 }
 
+struct CheckOptions {
+    std::string file;
+    size_t lines = 500;
+    uint32_t seed = 1;
+    uint64_t nodes = 6000000;
+    int margin = 60;
+};
+
+// Searches the ends of lines and tells those that the side that played by the book has lost.
+void check_lines(const CheckOptions& options) {
+    const std::vector<BookLineEnd> ends = book_line_ends(opening_book, options.lines, options.seed);
+    int64_t lost = 0, searched = 0, plies = 0;
+    double difference = 0;
+    for (const BookLineEnd& end : ends) {
+        if (interrupted) break;
+        MoveList list;
+        if (generate_moves(end.position, list, end.position.side) == 0) continue;
+        const int32_t value = analyse_book_position(end.position, {options.nodes, 1}).value;
+        const int32_t for_book = end.book_side == BLACK ? value : -value;
+        ++searched;
+        plies += end.plies;
+        difference += std::abs(value - end.value);
+        show_progress(std::to_string(searched) + " of " + std::to_string(ends.size()) + " lines");
+        if (for_book >= -options.margin) continue;
+        ++lost;
+        char fen[FEN_TEXT_SIZE];
+        position_to_fen(end.position, end.position.side, fen);
+        std::printf("lost for %s: %s value %d, in the book %d\n", end.book_side == BLACK ? "black" : "white",
+                    fen, value, end.value);
+    }
+    show_progress("");
+    const double lines = static_cast<double>(std::max<int64_t>(1, searched));
+    std::printf("lines %" PRId64 " plies %.1f lost by more than %d: %" PRId64 ", value off by %.1f\n",
+                searched, static_cast<double>(plies) / lines, options.margin, lost, difference / lines);
+    if (lost > 0 || interrupted) set_exit_status(EXIT_BAD_INPUT);
+}
+
+void run_check(const CheckOptions& options) {
+    catch_interrupt();
+    const std::string file = options.file.empty() ? "" : absolute_path(options.file);
+    engine_settings.hash_size_mb = 16;  // its passes would take longer than the searches
+    if (options.lines > 0 && !start_console_engine()) return;
+    if (!open_book(file)) return;
+    const BookCounts counts = count_book(opening_book);
+    std::printf("positions %" PRId64 " with kings %" PRId64 " with a second-best move %" PRId64
+                ", illegal positions %" PRId64 " best moves %" PRId64 " second-best moves %" PRId64
+                ", not found %" PRId64 "\n",
+                counts.positions, counts.with_kings, counts.second, counts.illegal, counts.illegal_best,
+                counts.illegal_second, counts.unreachable);
+    std::fflush(stdout);
+    if (counts.illegal + counts.illegal_best + counts.illegal_second + counts.unreachable > 0)
+        set_exit_status(EXIT_BAD_INPUT);
+    if (options.lines > 0) check_lines(options);
+}
+
+void add_book_check(CLI::App& book) {
+    CLI::App* const command = book.add_subcommand(
+        "check",
+        "Check that all moves of a book exist, and search the ends of its lines, each played by the book on\n"
+        "one side and by any move that stays in it on the other");
+    const auto options = std::make_shared<CheckOptions>();
+    command->add_option("--book", options->file, "Book; the program's own if none is given");
+    command->add_option("--lines", options->lines, "Lines to search the ends of")
+        ->check(CLI::Range(size_t{0}, size_t{1000000}))
+        ->capture_default_str();
+    command->add_option("--nodes", options->nodes, "Nodes of each search")
+        ->check(CLI::Range(uint64_t{1}, uint64_t{1} << 40))
+        ->capture_default_str();
+    command->add_option("--margin", options->margin, "Points by which a line is lost")
+        ->check(CLI::Range(0, 4000))
+        ->capture_default_str();
+    command->add_option("--seed", options->seed, "Decides which lines")->capture_default_str();
+    command->callback([options] { run_check(*options); });
+}
+
 }  // namespace
 
 void add_book_command(CLI::App& program) {
@@ -112,4 +193,5 @@ void add_book_command(CLI::App& program) {
         "dump", "Print all positions of a book, each with its best and second-best move and its value");
     dump->add_option("--book", *file, "Book; the program's own if none is given");
     dump->callback([file] { run_dump(*file); });
+    add_book_check(*book);
 }

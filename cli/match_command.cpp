@@ -35,6 +35,7 @@ constexpr const char* END_NAMES[GAME_ENDS] = {
 
 struct MatchOptions {
     std::array<std::string, 2> weights;  // of A and of B
+    std::array<std::string, 2> books;    // empty for none
     int64_t games = 988;
     std::string nodes, time, depth;  // as given, for the players
     int openings = 3;
@@ -99,6 +100,7 @@ bool start_players(const MatchOptions& options, Job& job) {
         add("--nodes", options.nodes);
         add("--time", options.time);
         add("--depth", options.depth);
+        add("--book", options.books[player]);
         if (start_child(job.children[player], THIS_PROGRAM, arguments) != 0) return false;
     }
     return true;
@@ -263,6 +265,11 @@ void run_match(MatchOptions options) {
         path = absolute_path(path);
         if (!check_weights(path)) return;
     }
+    for (std::string& path : options.books) {
+        if (path.empty()) continue;
+        path = absolute_path(path);
+        if (!can_read_file(path)) return fail("cannot open %s for reading", path.c_str());
+    }
     if (options.nodes.empty() && options.time.empty() && options.depth.empty()) options.nodes = "20000";
     Match match(options);
     std::vector<std::jthread> jobs;
@@ -322,6 +329,8 @@ void add_match_command(CLI::App& program) {
     command->add_option("--openings", options->openings, "Moves of the ballots to start from")
         ->check(CLI::IsMember({2, 3}))
         ->capture_default_str();
+    command->add_option("--book-a", options->books[0], "Opening book for A; none if not given");
+    command->add_option("--book-b", options->books[1], "The same for B");
     command
         ->add_option("--sprt", options->sprt,
                      "End as soon as it is clear, with errors of 5 %, which of two Elo differences holds")

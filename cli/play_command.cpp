@@ -8,6 +8,7 @@
 #include "base/clock.h"
 #include "base/line_input.h"
 #include "base/paths.h"
+#include "book/opening_book.h"
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/egdb_options.h"
@@ -29,7 +30,8 @@ struct PlayOptions {
     int hash_mb = 64;
     std::string fen;
     std::string mode = "normal";
-    std::string book = "off";
+    std::string book = "best";
+    std::string book_file;  // empty: the program's own
     bool ponder = false;
     bool quiet = false;
     EgdbChoice egdb;
@@ -133,6 +135,7 @@ void run_play(PlayOptions& options) {
     play_screen = PlayScreen{};
     play_commands = PlayCommands{};
     play_screen.start_folder = absolute_path(".");
+    if (!options.book_file.empty()) options.book_file = absolute_path(options.book_file);
     play_screen.terminal = input_is_terminal();
     play_screen.quiet = options.quiet;
     engine_settings.hash_size_mb = options.hash_mb;
@@ -140,6 +143,8 @@ void run_play(PlayOptions& options) {
     set_search_threads(options.threads);
     if (!start_game_console(make_play_screen())) return;
     use_egdb_in_game(options.egdb, true);
+    if (!options.book_file.empty() && load_book_from(options.book_file) != 0)
+        return fail("cannot read the book %s", options.book_file.c_str());
     set_time_per_move(options.time);
     settings.pondering_on = options.ponder;
     set_book_by_name(options.book);
@@ -167,6 +172,7 @@ void add_play_command(CLI::App& program) {
     command->add_option("--book", options->book, "Moves taken from the opening book")
         ->check(CLI::IsMember({"off", "all", "good", "best"}))
         ->capture_default_str();
+    command->add_option("--book-file", options->book_file, "Another opening book than the program's own");
     add_hash_option(*command, options->hash_mb)->capture_default_str();
     add_threads_option(*command, options->threads);
     command->add_flag("--ponder", options->ponder, "Have the engine think in your time");

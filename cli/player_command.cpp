@@ -5,6 +5,7 @@
 #include <iostream>
 #include <memory>
 
+#include "book/book_move.h"
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/options.h"
@@ -19,6 +20,7 @@ namespace {
 
 struct PlayerOptions {
     std::string weights;
+    std::string book;
     int hash_mb = 8;
     uint64_t nodes = 0;
     double time = 0;
@@ -54,6 +56,9 @@ void run_player(const PlayerOptions& options) {
     if (load_weights_from(options.weights) != 0)
         return fail("cannot open %s for reading", options.weights.c_str());
     if (tt_allocate() != 0) return fail("Cannot allocate hashtable");
+    if (!options.book.empty() && load_book_from(options.book) != 0)
+        return fail("cannot read the book %s", options.book.c_str());
+    engine_settings.book_mode = BOOK_BEST_MOVES;
     set_limits(options);
     std::string line;
     std::vector<Position> positions;
@@ -77,6 +82,7 @@ void add_player_command(CLI::App& program) {
     const auto options = std::make_shared<PlayerOptions>();
     command->add_option("--weights", options->weights)->required();
     add_hash_option(*command, options->hash_mb);
+    command->add_option("--book", options->book);
     command->add_option("--nodes", options->nodes);
     add_seconds_option(*command, options->time, "Seconds for each move");
     add_depth_option(*command, options->depth);

@@ -3,6 +3,8 @@
 #include <memory>
 
 #include "base/log.h"
+#include "base/paths.h"
+#include "book/book_move.h"
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/egdb_options.h"
@@ -21,6 +23,7 @@ struct SearchOptions {
     int depth = 0;
     int threads = 1;
     bool all_scores = false;
+    std::string book;
     EgdbChoice egdb;
 };
 
@@ -35,8 +38,11 @@ void run_search(SearchOptions& options) {
     if (!read_position(options.fen, position)) return;
     if (!is_legal_setup(position)) return fail("Illegal position");
     if (!check_egdb_choice(options.egdb)) return;
+    const std::string book = options.book.empty() ? "" : absolute_path(options.book);
     set_search_threads(options.threads);
     if (!start_console_engine()) return;
+    if (!book.empty() && load_book_from(book) != 0) return fail("cannot read the book %s", book.c_str());
+    if (!book.empty()) engine_settings.book_mode = BOOK_BEST_MOVES;
     set_fixed_time(options.depth > 0 ? NO_TIME_LIMIT : options.time);
     if (options.depth > 0) search_state.depth_limit = options.depth;
     use_egdb_in_engine(options.egdb, false);
@@ -68,6 +74,7 @@ void add_search_command(CLI::App& program) {
     add_depth_option(*command, options->depth, "Search to this depth, whatever the time")->excludes(time);
     add_threads_option(*command, options->threads);
     command->add_flag("--all-scores", options->all_scores, "Give every move its value");
+    command->add_option("--book", options->book, "Opening book to answer from where it knows a move");
     add_egdb_options(*command, options->egdb, false);
     command->callback([options] { run_search(*options); });
 }
