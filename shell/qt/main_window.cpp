@@ -82,8 +82,7 @@ MainWindow::MainWindow()
     build_tool_bar(*buttons, binding, run_command);
     addToolBar(Qt::TopToolBarArea, buttons);
     statusBar()->addWidget(line, 1);
-    mdi_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-    mdi_area->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    update_scroll_bars();
     mdi_area->setFrameShape(QFrame::NoFrame);
     setCentralWidget(mdi_area);
     mdi_area->addSubWindow(board_child);
@@ -165,12 +164,21 @@ QPoint MainWindow::scroll_offset() const {
     return {mdi_area->horizontalScrollBar()->value(), mdi_area->verticalScrollBar()->value()};
 }
 
+// The area sees windows that move, but not those that are hidden.
+void MainWindow::update_scroll_bars() {
+    for (const Qt::ScrollBarPolicy policy : {Qt::ScrollBarAlwaysOff, Qt::ScrollBarAsNeeded}) {
+        mdi_area->setHorizontalScrollBarPolicy(policy);
+        mdi_area->setVerticalScrollBarPolicy(policy);
+    }
+}
+
 void MainWindow::show_panes_of_settings() {
     for (size_t i = 0; i < CHILD_WINDOWS; ++i) panes[i]->setVisible(settings.child_windows[i].visible != 0);
     board_child->show();
     board_child->raise();
     mdi_area->setActiveSubWindow(board_child);
     board_child->board().setFocus();
+    update_scroll_bars();
 }
 
 void MainWindow::place_windows() {
@@ -254,6 +262,7 @@ void MainWindow::show_pane(ChildWindow which, bool visible) {
     } else {
         mdi_area->setActiveSubWindow(board_child);
         board_child->board().setFocus();
+        update_scroll_bars();
     }
     show_menu();
 }

@@ -61,6 +61,7 @@ class MainWindow : public QMainWindow {
     void keep_frame_on_screen();
     QRect normal_place() const;
     QPoint scroll_offset() const;
+    void update_scroll_bars();
     void show_panes_of_settings();
     void follow_colours();
     void bring_into_view(PaneWindow& child);

@@ -4,6 +4,7 @@
 #include <QMdiArea>
 #include <QMenuBar>
 #include <QScreen>
+#include <QScrollBar>
 
 #include "base/file_calls.h"
 #include "control/load_save.h"
@@ -287,6 +288,29 @@ TEST_F(Frame, ResetWindowsTidiesUp) {
     EXPECT_EQ(settings.background_kind, 1);
     for (const ChildWindow pane : ALL_PANES)
         EXPECT_EQ(main_window->pane(pane).isVisible(), pane == GAME_WINDOW || pane == STATUS_WINDOW);
+}
+
+// Panes that were partly outside have made scroll bars, which must go with them.
+TEST_F(Frame, NoScrollBarsAreLeftBehind) {
+    Image image = small_image();
+    image.put_window(668, 1, 10, 10, 640, 600);
+    for (size_t pane = 0; pane < CHILD_WINDOWS; ++pane)
+        image.put_window(688 + 20 * pane, 1, 480, 430, 220, 200);
+    save_images(image.sealed(), default_image2().sealed());
+    open_small();
+    QMdiArea& area = main_window->area();
+    ASSERT_TRUE(area.horizontalScrollBar()->isVisible() && area.verticalScrollBar()->isVisible());
+    for (const ChildWindow pane : ALL_PANES) run_command(command_of_pane(pane));
+    settle();
+    EXPECT_FALSE(area.horizontalScrollBar()->isVisible() || area.verticalScrollBar()->isVisible());
+    for (const ChildWindow pane : ALL_PANES) main_window->pane(pane).show();
+    for (const ChildWindow pane : ALL_PANES) main_window->pane(pane).setGeometry(490, 440, 220, 200);
+    settle();
+    ASSERT_TRUE(area.horizontalScrollBar()->isVisible());
+    run_command(COMMAND_RESET_WINDOWS);
+    settle();
+    EXPECT_FALSE(area.horizontalScrollBar()->isVisible() || area.verticalScrollBar()->isVisible());
+    expect_tidy("reset");
 }
 
 TEST_F(Frame, ResetSettingsPutsAllBack) {
