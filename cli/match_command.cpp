@@ -36,9 +36,11 @@ constexpr const char* END_NAMES[GAME_ENDS] = {
 struct MatchOptions {
     std::array<std::string, 2> weights;  // of A and of B
     std::array<std::string, 2> books;    // empty for none
+    std::array<std::string, 2> egdb;     // folders of databases; empty for none
     int64_t games = 988;
     std::string nodes, time, depth;  // as given, for the players
     int openings = 3;
+    int endings = 0;  // pieces of the endings to start from; 0 for openings
     uint64_t seed = 1;
     std::array<int64_t, 2> share = {1, 1};
     std::vector<double> sprt;
@@ -56,7 +58,9 @@ struct Match {
     Clock::time_point start = Clock::now();
 
     explicit Match(const MatchOptions& o)
-        : options(o), starts(match_starts(o.openings, o.seed, (o.games + 1) / 2)) {}
+        : options(o),
+          starts(o.endings > 0 ? ending_starts(o.endings, o.seed, (o.games + 1) / 2)
+                               : match_starts(o.openings, o.seed, (o.games + 1) / 2)) {}
 
     std::mutex lock;
     int64_t next_pair = 0;
@@ -101,6 +105,7 @@ bool start_players(const MatchOptions& options, Job& job) {
         add("--time", options.time);
         add("--depth", options.depth);
         add("--book", options.books[player]);
+        add("--egdb", options.egdb[player]);
         if (start_child(job.children[player], THIS_PROGRAM, arguments) != 0) return false;
     }
     return true;
@@ -265,6 +270,11 @@ void run_match(MatchOptions options) {
         path = absolute_path(path);
         if (!check_weights(path)) return;
     }
+    for (std::string& path : options.egdb) {
+        if (path.empty()) continue;
+        path = absolute_path(path);
+        if (!folder_exists(path)) return fail("no folder: %s", path.c_str());
+    }
     for (std::string& path : options.books) {
         if (path.empty()) continue;
         path = absolute_path(path);
@@ -310,12 +320,24 @@ void add_limits(CLI::App& command, MatchOptions& options) {
         ->excludes(time);
 }
 
+void add_starts(CLI::App& command, MatchOptions& options) {
+    CLI::Option* const openings =
+        command.add_option("--openings", options.openings, "Moves of the ballots to start from")
+            ->check(CLI::IsMember({2, 3}))
+            ->capture_default_str();
+    command
+        .add_option("--endings", options.endings,
+                    "Start from random endings with so many pieces, as many of each side, instead")
+        ->check(CLI::IsMember({4, 6, 8, 10, 12}))
+        ->excludes(openings);
+}
+
 }  // namespace
 
 void add_match_command(CLI::App& program) {
     CLI::App* const command = program.add_subcommand(
         "match",
-        "Play a match between two weights files and tell which is better.\n"
+        "Play a match between two weights files, or with databases and without, and tell which is better.\n"
         "Each start position is played twice, with colours changed. When more games are asked for than\n"
         "there are start positions, they are used again, with two random plies behind.");
     const auto options = std::make_shared<MatchOptions>();
@@ -326,11 +348,11 @@ void add_match_command(CLI::App& program) {
         ->check(CLI::Range(int64_t{1}, MAX_GAMES))
         ->capture_default_str();
     add_limits(*command, *options);
-    command->add_option("--openings", options->openings, "Moves of the ballots to start from")
-        ->check(CLI::IsMember({2, 3}))
-        ->capture_default_str();
+    add_starts(*command, *options);
     command->add_option("--book-a", options->books[0], "Opening book for A; none if not given");
     command->add_option("--book-b", options->books[1], "The same for B");
+    command->add_option("--egdb-a", options->egdb[0], "Folder of endgame databases for A; none if not given");
+    command->add_option("--egdb-b", options->egdb[1], "The same for B");
     command
         ->add_option("--sprt", options->sprt,
                      "End as soon as it is clear, with errors of 5 %, which of two Elo differences holds")

@@ -14,6 +14,7 @@
 #include "search/getmove.h"
 #include "search/search_state.h"
 #include "search/table.h"
+#include "tools/egdb_whole.h"
 #include "tools/match_protocol.h"
 
 namespace {
@@ -21,6 +22,7 @@ namespace {
 struct PlayerOptions {
     std::string weights;
     std::string book;
+    std::string egdb;
     int hash_mb = 8;
     uint64_t nodes = 0;
     double time = 0;
@@ -50,11 +52,28 @@ PlayerAnswer search_position(const Position& position) {
     return answer;
 }
 
+// Read wholly into memory: what a match compares is values, not disks.
+struct PlayerDatabase {
+    std::unique_ptr<EgdbDatabase> database;
+    EgdbDriver driver{};
+};
+
+bool open_database(const std::string& folder, PlayerDatabase& opened) {
+    if (folder.empty()) return true;
+    opened.database = open_whole_database(folder, EGDB_MAX_PIECES, nullptr);
+    if (!opened.database) return false;
+    use_in_engine(*opened.database, opened.driver);
+    return true;
+}
+
 void run_player(const PlayerOptions& options) {
     std::signal(SIGINT, SIG_IGN);  // the match ends its players itself
     engine_settings.hash_size_mb = options.hash_mb;
     if (load_weights_from(options.weights) != 0)
         return fail("cannot open %s for reading", options.weights.c_str());
+    PlayerDatabase database;
+    if (!open_database(options.egdb, database))
+        return fail("no database can be read in %s", options.egdb.c_str());
     if (tt_allocate() != 0) return fail("Cannot allocate hashtable");
     if (!options.book.empty() && load_book_from(options.book) != 0)
         return fail("cannot read the book %s", options.book.c_str());
@@ -81,6 +100,7 @@ void add_player_command(CLI::App& program) {
     command->group("");  // not for users, so not in the help
     const auto options = std::make_shared<PlayerOptions>();
     command->add_option("--weights", options->weights)->required();
+    command->add_option("--egdb", options->egdb);
     add_hash_option(*command, options->hash_mb);
     command->add_option("--book", options->book);
     command->add_option("--nodes", options->nodes);

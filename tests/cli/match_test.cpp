@@ -69,6 +69,27 @@ TEST_F(CliMatch, TheSeedDecidesTheGamesWhateverTheJobs) {
     EXPECT_NE(match(arguments + "--openings 2"), answer);
 }
 
+TEST_F(CliMatch, EndingsWithADatabaseForOneSideOrBoth) {
+    ASSERT_EQ(run("egdb build db --pieces 3").status, 0);
+    const std::string arguments = "a.bin a.bin --games 24 --nodes 2000 --endings 4 ";
+    const json none = match(arguments);
+    EXPECT_EQ(none["wins"], none["losses"]);
+    const json a = match(arguments + "--egdb-a db"), b = match(arguments + "--egdb-b db");
+    EXPECT_NE(a["players"][0]["nodes"], none["players"][0]["nodes"]);
+    EXPECT_EQ(a["wins"], b["losses"]);
+    EXPECT_EQ(a["losses"], b["wins"]);
+    EXPECT_GE(a["score"].get<double>(), 0.5);
+    const json both = match(arguments + "--egdb-a db --egdb-b db");
+    EXPECT_EQ(both["wins"], both["losses"]);
+    EXPECT_NE(match(arguments + "--seed 2"), none);
+    for (const char* folder_name : {"nowhere", "."}) {
+        const ProgramResult result =
+            run("match a.bin a.bin --games 2 --depth 1 --egdb-b " + std::string(folder_name));
+        EXPECT_EQ(result.status, 1) << folder_name;
+        EXPECT_FALSE(result.errors.empty());
+    }
+}
+
 TEST_F(CliMatch, TheOtherWayRoundItIsTheMirrorImage) {
     const json one = match("a.bin b.bin --games 20 --nodes 2000"),
                other = match("b.bin a.bin --games 20 --nodes 2000");
@@ -162,6 +183,7 @@ TEST_F(CliMatch, TellsWhatIsWrong) {
           "match a.bin b.bin --time 1 --depth 3", "match a.bin b.bin --share 0/3",
           "match a.bin b.bin --share 4/3", "match a.bin b.bin --share 2", "match a.bin b.bin --share 1/2x",
           "match a.bin b.bin --sprt 5", "match a.bin b.bin --sprt 5,5", "match a.bin b.bin --openings 4",
+          "match a.bin b.bin --endings 5", "match a.bin b.bin --endings 6 --openings 2",
           "match a.bin b.bin --games 0", "match a.bin b.bin --jobs 0"}) {
         const ProgramResult result = run(arguments);
         EXPECT_EQ(result.status, 2) << arguments;
