@@ -16,6 +16,7 @@
 #include "shell/languages.h"
 #include "shell/menu.h"
 #include "shell/qt/dialogs.h"
+#include "shell/qt/dxp_commands.h"
 #include "shell/qt/interface_thread.h"
 #include "shell/qt/main_window.h"
 #include "shell/qt/menu_state.h"
@@ -125,9 +126,9 @@ bool run_window_command(int32_t id) {
 void run_command(int32_t id) {
     if (!main_window || interface_pauses()) return;
     const QAction* const action = command_action(main_window->menu(), id);
-    const bool known =
-        (!action || action->isEnabled()) &&
-        (run_game_command(id) || run_file_command(id) || run_analyze_command(id) || run_window_command(id));
+    const bool known = (!action || action->isEnabled()) &&
+                       (run_game_command(id) || run_file_command(id) || run_analyze_command(id) ||
+                        run_dxp_command(id) || run_window_command(id));
     // The tick of the action has changed by itself; what is in force decides.
     if (known) update_menu();
 }

@@ -14,6 +14,7 @@
 #include "shell/languages.h"
 #include "shell/menu.h"
 #include "shell/qt/commands.h"
+#include "shell/qt/dxp_commands.h"
 #include "shell/qt/file_choice.h"
 #include "shell/qt/interface_thread.h"
 #include "shell/qt/main_window.h"
@@ -81,6 +82,7 @@ int start_desktop_engine() {
         return 1;
     }
     start_search_thread();
+    start_network_play();
     update_menu();
     if (settings2.language_id != ENGLISH_ID) post_work(run_command, settings2.language_id);
     start_ticks();
@@ -88,8 +90,9 @@ int start_desktop_engine() {
 }
 
 bool close_desktop() {
+    const bool network_ended = end_network_play();
     discard_search();
-    if (!wait_for_search()) return false;
+    if (!wait_for_search() || !network_ended) return false;
     end_interface_thread();
     end_sound();
     end_toolkit_language();

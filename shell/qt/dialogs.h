@@ -12,6 +12,8 @@
 
 // Their numbers in language files.
 enum DialogNumber : int32_t {
+    DIALOG_MAKE_CONNECTION = 117,
+    DIALOG_START_MATCH = 118,
     DIALOG_DATABASES = 119,
     DIALOG_GAME_TIME = 125,
     DIALOG_PARALLEL_SEARCH = 126,
@@ -32,6 +34,12 @@ void parallel_search_dialog(QWidget* parent);
 // The endgame databases and the size of the transposition table. `settings` follow, the next search follows
 // them.
 void databases_dialog(QWidget* parent);
+
+// The other side's computer into `settings`; false if the user cancels.
+bool make_connection_dialog(QWidget* parent);
+
+// Takes over the choices and starts a match on the connection that is there, if the user agrees.
+void start_match_dialog(QWidget* parent);
 
 // True if the user agreed; otherwise the headers stay as they were.
 bool game_information_dialog(QWidget* parent, GameHeaders& headers);

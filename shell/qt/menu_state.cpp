@@ -9,6 +9,7 @@
 #include "control/time_control.h"
 #include "shell/languages.h"
 #include "shell/menu.h"
+#include "shell/qt/dxp_commands.h"
 
 namespace {
 
@@ -37,11 +38,6 @@ constexpr std::array<BookRow, 4> BOOK_COMMANDS{{
 
 constexpr std::array<int32_t, 5> MODE_COMMANDS = {
     COMMAND_NORMAL, COMMAND_ANALYSIS, COMMAND_ANALYSIS_ALLSCORES, COMMAND_TWO_PLAYERS, COMMAND_AUTOPLAY};
-
-// What their parts of the program are still missing for.
-constexpr std::array<int32_t, 5> COMMANDS_TO_COME = {COMMAND_DXP_CONNECT, COMMAND_DXP_WAIT,
-                                                     COMMAND_DXP_TERMINATE, COMMAND_START_MATCH,
-                                                     COMMAND_START_MATCH_AUTOCONNECT};
 
 template <size_t N>
 bool is_one_of(const std::array<int32_t, N>& ids, int32_t id) {
@@ -133,6 +129,6 @@ bool command_is_enabled(int32_t id, const MenuState& state) {
         case COMMAND_CLOCK_STOP:
             return !state.clock_start_enabled;
         default:
-            return !is_one_of(COMMANDS_TO_COME, id);
+            return !is_dxp_command(id) || dxp_command_is_enabled(id);
     }
 }
