@@ -1,6 +1,8 @@
 // DamExchange on the console: waiting for a program that asks for games, or having a match with one.
+#include <chrono>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "base/paths.h"
 #include "cli/commands.h"
@@ -16,6 +18,8 @@ namespace {
 constexpr double MAX_MINUTES = 999;  // as many as a request can tell
 constexpr int MAX_MOVES = 999;
 constexpr double MAX_SECONDS = 99999;
+constexpr int CONNECT_ATTEMPTS = 5;
+constexpr int CONNECT_AGAIN_MS = 150;
 constexpr int MAX_PORT = 65535;
 constexpr int MAX_REPEATS = 1000000;
 
@@ -33,9 +37,14 @@ struct MatchOptions {
 
 using Options = std::shared_ptr<MatchOptions>;
 
+// Programs that wait do not do so without a gap, so one attempt is not enough. The last failure is told.
 bool connect_to(const std::string& host) {
     store_setting_text(settings.dxp_host, host);
-    if (connect_to_host() == 0) return true;
+    for (int attempt = 1; attempt <= CONNECT_ATTEMPTS && !interrupted; ++attempt) {
+        dxp_console.boxes_told = attempt == CONNECT_ATTEMPTS;
+        if (connect_to_host() == 0) return dxp_console.boxes_told = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(CONNECT_AGAIN_MS));
+    }
     set_exit_status(EXIT_BAD_INPUT);
     return false;
 }

@@ -53,7 +53,7 @@ Ui make_dxp_screen() {
     Ui screen = no_ui();
     screen.append_dxp_text = show_protocol;
     screen.message_box = [](const char* text, const char* title, MessageIcon) {
-        tell_problem("%s: %s", title, text);
+        if (dxp_console.boxes_told) tell_problem("%s: %s", title, text);
     };
     screen.post_search_picture = [](SearchPicture) { wake_console_loop(); };
     screen.post = post_console_work;
@@ -81,6 +81,7 @@ void tell_game(int32_t result) {
     DxpConsole& c = dxp_console;
     ++c.games;
     c.last_end_ms = clock_ms();
+    c.thought += clock_used(dxp_state.engine_colour);
     // A match that begins anew begins a score of its own.
     if (dxp_state.match_games == 0) c.points.clear();
     c.points[dxp_state.match_games] = half_points(result, dxp_state.engine_colour);
@@ -90,13 +91,9 @@ void tell_game(int32_t result) {
          score_text(c.points).c_str());
 }
 
-// Follows the engine's clock, which each game begins anew, and the beginning of the first game.
-void watch_clock() {
-    DxpConsole& c = dxp_console;
-    if (c.first_game_ms < 0 && dxp_state.phase != DXP_NO_GAME) c.first_game_ms = clock_ms();
-    const double used = clock_used(dxp_state.engine_colour);
-    if (used < c.used) c.thought += c.used;
-    c.used = used;
+void watch_first_game() {
+    if (dxp_console.first_game_ms < 0 && dxp_state.phase != DXP_NO_GAME)
+        dxp_console.first_game_ms = clock_ms();
 }
 
 void watch_connection() {
@@ -109,8 +106,15 @@ void watch_connection() {
     if (state == DXP_CONNECTED) tell("connected");
 }
 
+// The other side has answered a request with a refusal: while games follow each other there is always one.
+bool match_refused() {
+    return dxp_console.match && dxp_console.seen_state == DXP_CONNECTED && dxp_state.phase == DXP_NO_GAME;
+}
+
 bool nothing_follows() {
-    return dxp_console.over || (!dxp_console.options.server && dxp_console.seen_state == DXP_UNCONNECTED);
+    if (match_refused()) fail("%s does not accept the game", dxp_state.opponent_name);
+    return dxp_console.over || match_refused() ||
+           (!dxp_console.options.server && dxp_console.seen_state == DXP_UNCONNECTED);
 }
 
 void print_json() {
@@ -126,7 +130,7 @@ void print_json() {
     line["whole"] = c.over;
     line["played"] = c.games;
     line["seconds"] = c.games > 0 ? static_cast<double>(c.last_end_ms - c.first_game_ms) / 1000 : 0.0;
-    line["thought_seconds"] = c.thought + c.used;
+    line["thought_seconds"] = c.thought;
     line["games_file"] = match_games_path();
     line["statistics_file"] = match_stats_path();
     std::printf("%s\n", line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
@@ -156,7 +160,7 @@ void run_dxp_console() {
     watch_connection();
     while (!interrupted && !nothing_follows()) {
         turn_console_loop();
-        watch_clock();
+        watch_first_game();
         watch_connection();
     }
     terminate_connection_command();
@@ -171,7 +175,7 @@ void print_dxp_summary() {
     if (c.games == 0) return tell("no games");
     tell("%d games: %s, %s", dxp_state.match_games, counters_text().c_str(), score_text(c.points).c_str());
     const double seconds = static_cast<double>(c.last_end_ms - c.first_game_ms) / 1000;
-    tell("%d games in %.1f seconds, of which this side thought %.1f", c.games, seconds, c.thought + c.used);
+    tell("%d games in %.1f seconds, of which this side thought %.1f", c.games, seconds, c.thought);
     tell("games in %s", match_games_path().c_str());
     tell("statistics in %s", match_stats_path().c_str());
 }

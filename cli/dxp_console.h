@@ -22,8 +22,9 @@ struct DxpConsoleOptions {
 // What has been seen of the games.
 struct DxpConsole {
     DxpConsoleOptions options;
-    bool match = false;  // this side asks for the games
-    bool over = false;   // the match has come to its end
+    bool match = false;      // this side asks for the games
+    bool over = false;       // the match has come to its end
+    bool boxes_told = true;  // what would be a message box is printed
     int64_t total_games = 0;
     GamePoints points;
     int32_t seen_state = 0;  // of the connection
@@ -31,8 +32,7 @@ struct DxpConsole {
     int32_t games = 0;           // finished since the start
     int64_t first_game_ms = -1;  // readings of `clock_ms`: the first game began, the last one ended
     int64_t last_end_ms = -1;
-    double thought = 0;  // seconds of the engine in all games but the one on the board,
-    double used = 0;     // and in that one
+    double thought = 0;  // seconds of the engine in them
 };
 extern DxpConsole dxp_console;
 
