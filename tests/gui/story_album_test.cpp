@@ -100,7 +100,6 @@ TEST_F(Story, AlbumOfAllWindows) {
     ASSERT_TRUE(run(album.desk));
     for (const int32_t pane : {COMMAND_CLOCK_WINDOW, COMMAND_PONDER_WINDOW, COMMAND_DXP_WINDOW})
         ASSERT_TRUE(choose(album.desk, pane));
-    ASSERT_TRUE(choose(album.desk, COMMAND_RESET_WINDOWS));
     for (const Language& language : language_table) add_language(album, language);
     expect_language(ENGLISH_ID);
 }
@@ -120,6 +119,8 @@ TEST_F(Story, PicturesForTheManual) {
     wait_for_picture(desk, PICTURE_GO);
     save_main_window(desk, folder + QStringLiteral("playing.png"));
 
+    // Where there is a choice.
+    press(desk, QStringLiteral("Left"));
     ASSERT_TRUE(choose(desk, COMMAND_ANALYSIS_ALLSCORES));
     wait_for_picture(desk, PICTURE_STOP);
     wait_for_picture(desk, PICTURE_GO);
