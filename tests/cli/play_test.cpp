@@ -14,7 +14,9 @@ class CliPlay : public testing::Test {
     TemporaryFolder folder;
 
     ProgramResult play(const std::string& script, const std::string& options = "--time 0.02 --quiet") const {
-        return run_program("play --hash 4 " + options, script, folder.path);
+        // Without the book, so that the engine searches from the first move on.
+        const std::string book = options.find("--book") == std::string::npos ? "--book off " : "";
+        return run_program("play --hash 4 " + book + options, script, folder.path);
     }
 };
 
@@ -174,7 +176,7 @@ TEST_F(CliPlay, AnEndlessTimeEndsWithTheScript) {
     const ProgramResult result = play("time infinite\n32-28\n", "--quiet");
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_EQ(lines_with(result.output, "engine ").size(), 1u);
-    RunningProgram analysis("play --hash 4 --quiet", folder.path);
+    RunningProgram analysis("play --hash 4 --book off --quiet", folder.path);
     for (const char* line : {"time infinite", "mode analysis"}) ASSERT_TRUE(analysis.type(line));
     EXPECT_TRUE(ask_until(analysis, "value")) << "the text of the search, which goes on";
     const ProgramResult ended = analysis.finish();
@@ -229,7 +231,7 @@ TEST_F(CliPlay, PondersAndGivesHints) {
 
 TEST_F(CliPlay, AnAnswerThatIsReadyIsPrintedToo) {
     // White has one move, so the engine knows its own answer by the time it is typed.
-    RunningProgram program("play --hash 4 --time 0.02 --ponder --quiet", folder.path);
+    RunningProgram program("play --hash 4 --book off --time 0.02 --ponder --quiet", folder.path);
     for (const char* line : {"setup B:W45:B1", "go", "wait"}) ASSERT_TRUE(program.type(line));
     ASSERT_TRUE(ask_until(program, "ponder result "));
     for (const char* line : {"45-40", "moves"}) ASSERT_TRUE(program.type(line));
@@ -280,7 +282,7 @@ TEST_F(CliPlay, Options) {
 }
 
 TEST_F(CliPlay, AnInterruptEndsIt) {
-    RunningProgram program("play --quiet --hash 4 --time 1000", folder.path);
+    RunningProgram program("play --quiet --hash 4 --book off --time 1000", folder.path);
     for (const char* line : {"32-28", "status", "fen"}) ASSERT_TRUE(program.type(line));
     ASSERT_TRUE(program.read_until("Search mode: Normal")) << "the engine thinks now";
     program.interrupt();

@@ -124,6 +124,8 @@ TEST_F(Story, SettingsThatCannotBeKeptAreTold) {
 TEST_F(Story, AFileIsAnalysedAndAnotherAnalysisCancelled) {
     Desk desk;
     ASSERT_TRUE(run(desk));
+    // The engine is to search from the first move on.
+    ASSERT_TRUE(choose(desk, COMMAND_BOOK_OFF));
     const BoardPlaceOnScreen board = find_board(desk);
     ASSERT_TRUE(choose(desk, TIME_ONE_SECOND));
     const QString small = desk.path(QStringLiteral("small.pdn"));

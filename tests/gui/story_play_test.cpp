@@ -4,6 +4,7 @@
 #include "control/game_commands.h"
 #include "control/time_control.h"
 #include "control/ui.h"
+#include "shell/menu.h"
 #include "tests/gui/story_steps.h"
 
 namespace {
@@ -27,6 +28,8 @@ bool have_an_answer(const Desk& desk, const BoardPlaceOnScreen& board, Positions
 TEST_F(Story, TenMovesAgainstTheEngine) {
     Desk desk;
     ASSERT_TRUE(run(desk));
+    // The engine is to search from the first move on.
+    ASSERT_TRUE(choose(desk, COMMAND_BOOK_OFF));
     const BoardPlaceOnScreen board = find_board(desk);
     ASSERT_TRUE(wait_for_position(desk, board, START_POSITION));
     ASSERT_TRUE(choose(desk, TIME_ONE_SECOND));
@@ -140,6 +143,8 @@ TEST_F(Story, APositionIsSetUpAnalysedAndStopped) {
 TEST_F(Story, TheWindowIsClosedWhileTheEngineThinks) {
     Desk desk;
     ASSERT_TRUE(run(desk));
+    // The engine is to search from the first move on.
+    ASSERT_TRUE(choose(desk, COMMAND_BOOK_OFF));
     ASSERT_TRUE(choose(desk, TIME_INFINITE));
     click_button(desk, COMMAND_SEARCH_BUTTON);
     ASSERT_TRUE(wait_until([&] { return button_shows(desk, COMMAND_SEARCH_BUTTON, PICTURE_STOP); }));
