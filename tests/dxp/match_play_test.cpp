@@ -69,7 +69,7 @@ int sum_of_results() {
 TEST_F(MatchPlayTest, AMatchGoesByItsPlan) {
     PlayerOptions options;
     options.claim_at_ply = 3;
-    options.choose = [](const PlayedGame& game, int moves) { return game.plies % moves; };
+    options.choose = [](const PlayedGame& played, int moves) { return played.plies % moves; };
     Follower follower;
     follower.run(port(), options);
     connect_to_peer();

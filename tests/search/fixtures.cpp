@@ -177,6 +177,8 @@ void open_database(int maxpieces, int maxpieces_1side, int maxkings_9pcs, int ma
     egdb_engine.maxkings_9pcs = maxkings_9pcs;
     egdb_engine.maxkings_1side_8pcs = maxkings_1side_8pcs;
     egdb_engine.no_side_captures = no_side_captures;
+    // Its values contradict each other, so that they say nothing of the move that was searched.
+    egdb_engine.egdb_move_check = [](int, const Position&, const MoveList&, int, int&) { return 0; };
 }
 
 Searched search_now(const Position& position, std::atomic<int32_t>& stop_flag, uint32_t flags) {
