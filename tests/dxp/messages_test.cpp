@@ -5,11 +5,13 @@
 
 #include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <random>
 #include <string>
 
+#include "tests/base/scratch_folder.h"
 #include "tests/dxp/scripted_peer.h"
 
 namespace {
@@ -426,14 +428,19 @@ TEST(DxpMessages, CutTextsLeaveTheirMissingFieldsClear) {
 
 // A user's locale may have a comma for the decimal point; the wire has not.
 TEST(DxpMessages, TheLocalePlaysNoPart) {
-    bool commas = false;
-    for (const char* const name : {"de_DE.UTF-8", "fr_FR.UTF-8", "nl_NL.UTF-8", "ru_RU.UTF-8", "pt_PT.UTF-8"})
-        commas = commas || std::setlocale(LC_NUMERIC, name);
+    // One is made where none is installed, if its source is.
+    const ScratchFolder folder;
+    const std::string made = folder.file("de_DE.UTF-8");
+    const bool installed = std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
+    const std::string command = "localedef -i de_DE -f UTF-8 " + made + " >" + folder.file("log") + " 2>&1";
+    if (!installed && std::system(command.c_str()) == 0) setenv("LOCPATH", folder.path.c_str(), 1);
+    if (!std::setlocale(LC_NUMERIC, "de_DE.UTF-8")) GTEST_SKIP() << "no locale with a decimal comma";
+    EXPECT_STREQ(std::localeconv()->decimal_point, ",");
     EXPECT_EQ(time_field(7.5), "7.5");
     EXPECT_EQ(six_wide(300.5), "300.50");
     EXPECT_EQ(read_minutes("7.5"), 7.5);
     std::setlocale(LC_NUMERIC, "C");
-    if (!commas) GTEST_SKIP() << "no locale with a decimal comma is installed";
+    unsetenv("LOCPATH");
 }
 
 TEST(DxpMessages, WhatIsWrittenIsReadBack) {
