@@ -1,0 +1,105 @@
+// Opening endgame databases from the console: `egdb open`, the options of the commands that search, and what
+// `inspect` tells of a position's place in them.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/program.h"
+
+namespace {
+
+const std::string SHIPPED = PROJECT_FOLDER "/data/wld_database";
+
+// Three kings against one that cannot reach the long diagonal soon: the search alone needs some depth to see
+// what the database knows at once.
+const std::string ENDING = "W:WK6,K11,K16:BK45";
+
+nlohmann::json inspect(const std::string& arguments) {
+    const ProgramResult result = run_program("inspect " + arguments);
+    EXPECT_EQ(result.status, 0) << result.errors;
+    return nlohmann::json::parse(result.output);
+}
+
+// What the log of the search says of lookups.
+long lookups_of(const std::string& output) {
+    const size_t at = output.rfind(", db ");
+    return at == std::string::npos ? -1 : std::stol(output.substr(at + 5));
+}
+
+}  // namespace
+
+TEST(CliEgdbOpen, TellsWhatWasFoundAndOpened) {
+    const ProgramResult result = run_program("egdb open " + SHIPPED);
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.output.find("found type 4, pieces 4\nAvailable RAM: "), 0u);
+    EXPECT_NE(result.output.find("\nautoload db2\nautoload db3\nautoload db4\n"), std::string::npos);
+    EXPECT_NE(result.output.find("\ndb3 17762 bytes, 5 blocks, whole in memory\n"), std::string::npos);
+    EXPECT_EQ(last_line(result.output),
+              "opened type 4, pieces 4, of one side 3, kings with nine pieces 0, of one side with eight 0");
+    const ProgramResult fewer = run_program("egdb open " + SHIPPED + " --max-pieces 3 --cache 0");
+    EXPECT_NE(last_line(fewer.output).find("pieces 3, of one side 2"), std::string::npos);
+}
+
+TEST(CliEgdbOpen, SaysWhyNot) {
+    const TemporaryFolder empty;
+    ProgramResult result = run_program("egdb open " + empty.path.string());
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "tessarin-cli: no database in " + empty.path.string() + "\n");
+    empty.write("db4.idx1", read_text(SHIPPED + "/db4.idx1"));
+    result = run_program("egdb open " + empty.path.string());
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.output.find("Cannot open " + empty.path.string() + "/db2.cpr1\n"), std::string::npos);
+    EXPECT_EQ(result.errors, "tessarin-cli: the database in " + empty.path.string() + " cannot be opened\n");
+}
+
+TEST(CliEgdbOptions, TheSearchUsesAFolderThatIsNamed) {
+    const std::string search = "search " + ENDING + " --depth 7";
+    const ProgramResult without = run_program(search);
+    EXPECT_EQ(lookups_of(without.output), 0);
+    const ProgramResult with = run_program(search + " --egdb " + SHIPPED);
+    EXPECT_EQ(with.status, 0) << with.errors;
+    EXPECT_GT(lookups_of(with.output), 0);
+    // The same each time, from any folder, however much memory there is.
+    const ProgramResult again =
+        run_program(search + " --egdb-cache 0 --egdb wld_database", "", PROJECT_FOLDER "/data");
+    EXPECT_EQ(last_line(again.output), last_line(with.output));
+    const TemporaryFolder empty;
+    const ProgramResult none = run_program(search + " --egdb " + empty.path.string());
+    EXPECT_EQ(none.status, 1);
+    EXPECT_EQ(none.output, "");
+    EXPECT_EQ(none.errors, "tessarin-cli: no win/loss/draw database in " + empty.path.string() + "\n");
+    empty.write("db4.idx1", read_text(SHIPPED + "/db4.idx1"));
+    const ProgramResult damaged = run_program(search + " --egdb " + empty.path.string());
+    EXPECT_EQ(damaged.status, 1);
+    EXPECT_EQ(damaged.errors, "tessarin-cli: the database in " + empty.path.string() + " cannot be opened\n");
+}
+
+TEST(CliEgdbOptions, PlayHasTheDatabaseThatComesWithTheProgram) {
+    const std::string lines = "setup " + ENDING + "\ngo\nwait\nstatus\n";
+    const ProgramResult with = run_program("play --quiet --time 0.05", lines);
+    EXPECT_NE(with.output.find("Ready"), std::string::npos) << with.output;
+    const ProgramResult without = run_program("play --quiet --time 0.05 --no-egdb", lines);
+    EXPECT_NE(without.output.find("Disabled"), std::string::npos) << without.output;
+    EXPECT_EQ(run_program("play --no-egdb --egdb " + SHIPPED).status, 2);
+}
+
+TEST(CliInspect, PlaceInTheDatabases) {
+    // White has more: looked up as its mirror image.
+    const nlohmann::json line = inspect("W:WK6,7:BK45");
+    EXPECT_EQ(line["canonical_fen"], "B:WK6:B44,K45");
+    EXPECT_EQ(line["slot"], 2 * (1 + 6 * (0 + 6 * (1 + 6 * 1))));
+    EXPECT_EQ(line["subslice"], 0);
+    EXPECT_EQ(line["file"], "db3");
+    EXPECT_TRUE(line["value"] == "win" || line["value"] == "draw") << line;
+    EXPECT_EQ(inspect("W:WK6,7:BK45 --no-egdb")["value"], nullptr);
+    EXPECT_EQ(inspect("W:WK6,7:BK45 --egdb " + SHIPPED)["value"], line["value"]);
+    EXPECT_EQ(inspect("W:WK1:B7")["value"], "capture");
+    // More than the files hold, and more than any could.
+    const nlohmann::json nine = inspect("B:W36,37,38,39:B1,2,3,4,K35");
+    EXPECT_EQ(nine["value"], "unavailable");
+    EXPECT_EQ(nine["file"], "db9-4140");
+    EXPECT_EQ(nine["canonical_fen"], "B:W36,37,38,39:B1,2,3,4,K35");
+    for (const char* const fen :
+         {"W:W31,32,33,34,35,36:B1", "W:W31:B", "W:W3:B20", "B:W36,37,38,39,40:B1,2,3,4,6"})
+        EXPECT_FALSE(inspect(fen).contains("slot")) << fen;
+}
