@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "base/program_paths.h"
+#include "book/engine_book.h"
 #include "control/game.h"
 #include "control/game_commands.h"
 #include "control/game_flow.h"
@@ -86,6 +87,7 @@ class DesktopTest : public testing::Test {
         open_desktop(false);
         settings.hash_mb = SMALL_HASH_MB;
         ASSERT_EQ(start_desktop_engine(), 0);
+        engine_book = no_book();  // the engine searches from the first move on
         settle();
     }
     // Events until nothing waits.

@@ -123,12 +123,12 @@ TEST_F(Startup, TheLogIsEmptiedForItsOwnNumberOnly) {
     EXPECT_EQ(content_of(log1), "of an earlier copy 1\n");  // not before the engine starts
     ASSERT_EQ(finish_startup(), ENGINE_STARTED);
     EXPECT_EQ(content_of(log0), "of copy 0\n");
-    EXPECT_EQ(lines_of(content_of(log1)), 22);
+    EXPECT_EQ(lines_of(content_of(log1)), 23);
     EXPECT_NE(content_of(log1).find("\nengine: Tessarin International(x64)[1] 1.60b\n"), std::string::npos);
     end_other_copy();
     begin_startup({});
     ASSERT_EQ(finish_startup(), ENGINE_STARTED);
-    EXPECT_EQ(lines_of(content_of(log0)), 22);
+    EXPECT_EQ(lines_of(content_of(log0)), 23);
     EXPECT_EQ(content_of(log0).find("of copy 0"), std::string::npos);
 }
 
