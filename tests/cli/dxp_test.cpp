@@ -196,8 +196,9 @@ TEST_F(CliDxp, ConnectPlaysWhatItIsAskedFor) {
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_NE(result.output.find("< R01The \"Peer\""), std::string::npos) << result.output;
     EXPECT_NE(result.output.find("> ATessarin"), std::string::npos);
-    EXPECT_NE(result.output.find("game 1: The \"Peer\" - Tessarin 1.60b 0-2 in 3 moves"), std::string::npos)
-        << result.output;
+    // Its name has a number if another copy runs on this machine.
+    EXPECT_NE(result.output.find("game 1: The \"Peer\" - Tessarin"), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find(" 1.60b 0-2 in 3 moves"), std::string::npos) << result.output;
     EXPECT_NE(result.output.find("1 wins"), std::string::npos);
     EXPECT_NE(text_of(data("follower"), "dxpgames", ".pdn").find("[White \"The 'Peer'\"]"),
               std::string::npos);
