@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <new>
 
-thread_local int allocations_left = -1;
+constinit thread_local int allocations_left = -1;
 
 namespace {
 

@@ -2,4 +2,4 @@
 #pragma once
 
 // How many more allocations of the calling thread succeed; negative for all.
-extern thread_local int allocations_left;
+extern constinit thread_local int allocations_left;
