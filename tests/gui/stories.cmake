@@ -4,6 +4,9 @@ add_executable(gui_stories_tests stories_main.cpp stories_screen.cpp stories_pro
                                  story_album_test.cpp story_files_test.cpp story_windows_test.cpp
                                  story_network_test.cpp ../dxp/scripted_peer.cpp ../dxp/scripted_player.cpp)
 target_link_libraries(gui_stories_tests PRIVATE shell_qt GTest::gtest)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(gui_stories_tests PRIVATE -Wno-restrict) # as in tessarin_test
+endif()
 target_compile_definitions(gui_stories_tests PRIVATE TESSARIN_PROGRAM="$<TARGET_FILE:tessarin>")
 add_dependencies(gui_stories_tests tessarin data)
 gtest_discover_tests(gui_stories_tests DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 600 RESOURCE_LOCK stories)
