@@ -71,6 +71,12 @@ std::string counters_text() {
     return text;
 }
 
+// The games that the counters tell of. `match_games` counts the last only once the other side has agreed that
+// it has ended.
+int32_t counted_games() {
+    return dxp_state.match_wins + dxp_state.match_losses + dxp_state.match_draws + dxp_state.match_unknowns;
+}
+
 std::string number_text() {
     std::string text = std::to_string(dxp_state.match_games + 1);
     if (dxp_console.match) text += " of " + std::to_string(dxp_console.total_games);
@@ -120,7 +126,7 @@ bool nothing_follows() {
 void print_json() {
     const DxpConsole& c = dxp_console;
     nlohmann::json line;
-    line["games"] = dxp_state.match_games;
+    line["games"] = counted_games();
     line["wins"] = dxp_state.match_wins;
     line["losses"] = dxp_state.match_losses;
     line["draws"] = dxp_state.match_draws;
@@ -173,7 +179,7 @@ void print_dxp_summary() {
     const DxpConsole& c = dxp_console;
     if (c.options.json) return print_json();
     if (c.games == 0) return tell("no games");
-    tell("%d games: %s, %s", dxp_state.match_games, counters_text().c_str(), score_text(c.points).c_str());
+    tell("%d games: %s, %s", counted_games(), counters_text().c_str(), score_text(c.points).c_str());
     const double seconds = static_cast<double>(c.last_end_ms - c.first_game_ms) / 1000;
     tell("%d games in %.1f seconds, of which this side thought %.1f", c.games, seconds, c.thought);
     tell("games in %s", match_games_path().c_str());

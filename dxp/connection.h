@@ -52,6 +52,8 @@ struct DxpConnection {
     bool connection_thread_runs = false;  // interface thread only
     // The connection thread waits for a peer, or has not yet posted what came of it.
     std::atomic<bool> waits_for_peer{false};
+    // The program ends: a server does not listen again. Set before the last `dxp_disconnect`.
+    std::atomic<bool> closing{false};
 
     // Called by the receive thread for each complete message, with its type, and with DXP_CONNECTIONLOST; and
     // with that by whoever else finds the connection lost. `number` is the connection's.

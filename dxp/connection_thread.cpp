@@ -65,6 +65,11 @@ void serve() {
     if (!program_flags.server_mode ||
         !dxp_connection.connection_state.compare_exchange_strong(expected, DXP_LISTENING))
         return;
+    // Looked at only now: whoever ends the program sets it first and puts the state back afterwards.
+    expected = DXP_LISTENING;
+    if (dxp_connection.closing &&
+        dxp_connection.connection_state.compare_exchange_strong(expected, DXP_UNCONNECTED))
+        return;
     dxp_connection.connection_event.signal();
     ui.post(show_menu, 0);
 }

@@ -61,11 +61,13 @@ bool run_dxp_command(int32_t id) {
 }
 
 void start_network_play() {
+    dxp_connection.closing = false;
     start_matches();
     start_dxp();
 }
 
 bool end_network_play() {
+    dxp_connection.closing = true;
     terminate_connection_command();
     QElapsedTimer elapsed;
     elapsed.start();

@@ -23,9 +23,14 @@ class CliDxp : public testing::Test {
   protected:
     CliDxp() { folder.write("starts.pdn", STARTS); }
 
-    // A copy with a data folder of the name below the test's.
+    // A copy with a data folder of the name below the test's, and by itself on the machine: it is copy 0,
+    // whose files have no number in their names.
     std::unique_ptr<RunningProgram> start(const std::string& name, const std::string& arguments) {
         environment.set("XDG_DATA_HOME", (folder.path / name).string());
+        const std::filesystem::path session = folder.path / name / "session";
+        std::filesystem::create_directories(session);
+        std::filesystem::permissions(session, std::filesystem::perms::owner_all);
+        environment.set("XDG_RUNTIME_DIR", session.string());
         return std::make_unique<RunningProgram>(
             "dxp " + arguments + " --hash 1 --port " + std::to_string(port), folder.path);
     }
@@ -34,16 +39,6 @@ class CliDxp : public testing::Test {
     }
     std::filesystem::path data(const std::string& name) const {
         return folder.path / name / "Quillorn/Tessarin International";
-    }
-    // Waits for that file of the first or of any later running copy.
-    static std::string text_of(const std::filesystem::path& data_folder, const std::string& name,
-                               const std::string& kind) {
-        for (int copy = 0; copy < 20; ++copy) {
-            const std::string suffix = copy == 0 ? "" : "[" + std::to_string(copy) + "]";
-            const std::filesystem::path path = data_folder / (name + suffix + kind);
-            if (std::filesystem::exists(path)) return read_text(path);
-        }
-        return "";
     }
 
     TemporaryFolder folder;
@@ -127,13 +122,13 @@ TEST_F(CliDxp, TwoCopiesPlayAMatch) {
     EXPECT_EQ(summary["games"], 8);
     EXPECT_EQ(summary["whole"], true);
     EXPECT_GT(summary["seconds"], 0.0);
-    const std::string games = text_of(data("initiator"), "dxpgames", ".pdn");
+    const std::string games = read_text(data("initiator") / "dxpgames.pdn");
     expect_match(games, 8, "Tessarin");
     EXPECT_NE(games.find("Game 3, opening start position 2"), std::string::npos);
-    expect_match(text_of(data("follower"), "dxpgames", ".pdn"), 8, "Tessarin");
+    expect_match(read_text(data("follower") / "dxpgames.pdn"), 8, "Tessarin");
     // What the one has won the other has lost.
-    const std::vector<int> a = counters_of(text_of(data("initiator"), "dxpstats", ".txt"));
-    const std::vector<int> b = counters_of(text_of(data("follower"), "dxpstats", ".txt"));
+    const std::vector<int> a = counters_of(read_text(data("initiator") / "dxpstats.txt"));
+    const std::vector<int> b = counters_of(read_text(data("follower") / "dxpstats.txt"));
     EXPECT_EQ(sum(a), 8);
     EXPECT_EQ(a, (std::vector<int>{b[1], b[0], b[2], b[3]}));
     EXPECT_EQ(summary["wins"], a[0]);
@@ -154,8 +149,8 @@ TEST_F(CliDxp, AKilledMatchIsResumed) {
     const ProgramResult result = initiator->finish();
     EXPECT_EQ(result.status, 0) << result.output << result.errors;
     EXPECT_EQ(nlohmann::json::parse(last_line(result.output))["games"], 8);
-    expect_match(text_of(data("initiator"), "dxpgames", ".pdn"), 8, "Tessarin");
-    EXPECT_EQ(sum(counters_of(text_of(data("initiator"), "dxpstats", ".txt"))), 8);
+    expect_match(read_text(data("initiator") / "dxpgames.pdn"), 8, "Tessarin");
+    EXPECT_EQ(sum(counters_of(read_text(data("initiator") / "dxpstats.txt"))), 8);
     ASSERT_TRUE(listener->read_until("listening"));
     listener->interrupt();
     const ProgramResult theirs = listener->finish();
@@ -175,8 +170,8 @@ TEST_F(CliDxp, TheInterruptKeyEndsAMatchWithAllWritten) {
     const nlohmann::json summary = nlohmann::json::parse(last_line(ours.output));
     const int games = summary["games"];
     EXPECT_GE(games, 3);
-    expect_match(text_of(data("initiator"), "dxpgames", ".pdn"), static_cast<size_t>(games), "Tessarin");
-    EXPECT_EQ(sum(counters_of(text_of(data("initiator"), "dxpstats", ".txt"))), games);
+    expect_match(read_text(data("initiator") / "dxpgames.pdn"), static_cast<size_t>(games), "Tessarin");
+    EXPECT_EQ(sum(counters_of(read_text(data("initiator") / "dxpstats.txt"))), games);
 }
 
 // Who connects may also be the one that follows.
@@ -196,12 +191,10 @@ TEST_F(CliDxp, ConnectPlaysWhatItIsAskedFor) {
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_NE(result.output.find("< R01The \"Peer\""), std::string::npos) << result.output;
     EXPECT_NE(result.output.find("> ATessarin"), std::string::npos);
-    // Its name has a number if another copy runs on this machine.
     EXPECT_NE(result.output.find("game 1: The \"Peer\" - Tessarin"), std::string::npos) << result.output;
     EXPECT_NE(result.output.find(" 1.60b 0-2 in 3 moves"), std::string::npos) << result.output;
     EXPECT_NE(result.output.find("1 wins"), std::string::npos);
-    EXPECT_NE(text_of(data("follower"), "dxpgames", ".pdn").find("[White \"The 'Peer'\"]"),
-              std::string::npos);
+    EXPECT_NE(read_text(data("follower") / "dxpgames.pdn").find("[White \"The 'Peer'\"]"), std::string::npos);
 }
 
 TEST_F(CliDxp, TellsWhatGoesWrong) {

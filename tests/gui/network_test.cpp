@@ -159,6 +159,18 @@ TEST_F(Network, TheProgramClosesWhileItListens) {
     EXPECT_FALSE(dxp_connection.waits_for_peer);
 }
 
+// What wakes a server to listen again is also how the waiting ends.
+TEST_F(Network, AServerThatClosesListensNoMore) {
+    open_desktop(true);
+    settings.hash_mb = SMALL_HASH_MB;
+    ASSERT_EQ(start_desktop_engine(), 0);
+    dxp_connection.connection_event.signal();
+    ASSERT_TRUE(wait_until([] { return dxp_connection.waits_for_peer.load(); }));
+    EXPECT_TRUE(close_desktop());
+    EXPECT_FALSE(dxp_connection.waits_for_peer);
+    EXPECT_EQ(dxp_connection.connection_state, DXP_UNCONNECTED);
+}
+
 // Started as a server the program listens at once, and again when a peer has gone.
 TEST_F(Network, AServerListensAgainAndAgain) {
     open_desktop(true);
