@@ -89,7 +89,7 @@ void run_match(MatchOptions options) {
     if (begin_match(fields_of(options)) != 0) return set_exit_status(EXIT_BAD_INPUT);
     dxp_console.match = true;
     dxp_console.total_games = match_total_games();
-    dxp_console.points = points_in_file(match_games_path(), dxp_state.match_games);
+    dxp_console.score = score_in_file(match_games_path(), dxp_state.match_games);
     run_dxp_console();
     print_dxp_summary();
     if (!dxp_console.over) fail("the match was broken off; --resume goes on with it");

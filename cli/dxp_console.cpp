@@ -89,12 +89,11 @@ void tell_game(int32_t result) {
     c.last_end_ms = clock_ms();
     c.thought += clock_used(dxp_state.engine_colour);
     // A match that begins anew begins a score of its own.
-    if (dxp_state.match_games == 0) c.points.clear();
-    c.points[dxp_state.match_games] = half_points(result, dxp_state.engine_colour);
+    if (dxp_state.match_games == 0) c.score = MatchScore{};
+    add_game(c.score, dxp_state.match_games, half_points(result, dxp_state.engine_colour));
     if (c.options.quiet) return;
     tell("game %s: %s - %s %s in %d moves; %s, %s", number_text().c_str(), name_of(WHITE), name_of(BLACK),
-         result_string(result), game.history_count / 2, counters_text().c_str(),
-         score_text(c.points).c_str());
+         result_string(result), game.history_count / 2, counters_text().c_str(), score_text(c.score).c_str());
 }
 
 void watch_first_game() {
@@ -132,7 +131,7 @@ void print_json() {
     line["draws"] = dxp_state.match_draws;
     line["unknowns"] = dxp_state.match_unknowns;
     line["opponent"] = dxp_state.opponent_name;
-    line["score"] = score_text(c.points);
+    line["score"] = score_text(c.score);
     line["whole"] = c.over;
     line["played"] = c.games;
     line["seconds"] = c.games > 0 ? static_cast<double>(c.last_end_ms - c.first_game_ms) / 1000 : 0.0;
@@ -179,7 +178,7 @@ void print_dxp_summary() {
     const DxpConsole& c = dxp_console;
     if (c.options.json) return print_json();
     if (c.games == 0) return tell("no games");
-    tell("%d games: %s, %s", counted_games(), counters_text().c_str(), score_text(c.points).c_str());
+    tell("%d games: %s, %s", counted_games(), counters_text().c_str(), score_text(c.score).c_str());
     const double seconds = static_cast<double>(c.last_end_ms - c.first_game_ms) / 1000;
     tell("%d games in %.1f seconds, of which this side thought %.1f", c.games, seconds, c.thought);
     tell("games in %s", match_games_path().c_str());

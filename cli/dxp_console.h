@@ -26,7 +26,7 @@ struct DxpConsole {
     bool over = false;       // the match has come to its end
     bool boxes_told = true;  // what would be a message box is printed
     int64_t total_games = 0;
-    GamePoints points;
+    MatchScore score;
     int32_t seen_state = 0;  // of the connection
 
     int32_t games = 0;           // finished since the start
