@@ -32,7 +32,7 @@ constexpr int64_t MAX_BOOK_POSITIONS = 50000000;
 
 struct WorkerOptions {
     std::string weights;  // empty: those of the program
-    BookEffort effort;
+    uint64_t quick_nodes = 8000;
     int hash_mb = 8;
 };
 
@@ -61,8 +61,7 @@ struct Build {
 bool start_worker(const WorkerOptions& options, ChildProcess& child) {
     const std::vector<std::string> arguments = {"tessarin-cli",  "book-worker",
                                                 "--weights",     options.weights,
-                                                "--nodes",       std::to_string(options.effort.nodes),
-                                                "--quick-nodes", std::to_string(options.effort.quick_nodes),
+                                                "--quick-nodes", std::to_string(options.quick_nodes),
                                                 "--hash",        std::to_string(options.hash_mb)};
     return start_child(child, THIS_PROGRAM, arguments) == 0;
 }
@@ -77,7 +76,7 @@ void show_state(const Build& build) {
 
 // A batch that is shared among the workers.
 struct Batch {
-    std::span<const Position> positions;
+    std::span<const BookTask> tasks;
     std::vector<BookAnalysis>& analyses;
     std::atomic<size_t> next = 0;
 };
@@ -87,16 +86,16 @@ void end_with(Build& build, const std::string& failure) {
     if (build.failure.empty()) build.failure = failure;
 }
 
-void analyse_one(Build& build, ChildProcess& child, const Position& position, BookAnalysis& analysis) {
+void analyse_one(Build& build, ChildProcess& child, const BookTask& task, BookAnalysis& analysis) {
     std::string line;
-    Position answered;
-    if (write_line(child, book_position_line(position)) != 0 || read_line(child, line) != 0 ||
+    BookTask answered;
+    if (write_line(child, book_task_line(task)) != 0 || read_line(child, line) != 0 ||
         !read_book_analysis_line(line, answered, analysis))
         return end_with(build, "a worker failed");
     const std::lock_guard guard(build.lock);
     ++build.asked;
     ++build.made;
-    if (keep_book_work(build.work, position, analysis) != 0)
+    if (keep_book_work(build.work, task, analysis) != 0)
         build.failure = "cannot write " + build.command.work_file;
     show_state(build);
 }
@@ -109,25 +108,25 @@ bool goes_on(Build& build) {
 void run_worker_thread(Build& build, Batch& batch, ChildProcess& child) {
     while (goes_on(build)) {
         const size_t i = batch.next++;
-        if (i >= batch.positions.size()) return;
+        if (i >= batch.tasks.size()) return;
         // Known ones were filled in before.
-        if (batch.analyses[i].quick.empty()) analyse_one(build, child, batch.positions[i], batch.analyses[i]);
+        if (batch.analyses[i].quick.empty()) analyse_one(build, child, batch.tasks[i], batch.analyses[i]);
     }
 }
 
-bool analyse_batch(void* context, std::span<const Position> positions, std::vector<BookAnalysis>& analyses) {
+bool analyse_batch(void* context, std::span<const BookTask> tasks, std::vector<BookAnalysis>& analyses) {
     Build& build = *static_cast<Build*>(context);
-    analyses.assign(positions.size(), {});
+    analyses.assign(tasks.size(), {});
     bool all_known = true;
-    for (size_t i = 0; i < positions.size(); ++i) {
-        const BookAnalysis* const known = find_book_work(build.work, positions[i]);
+    for (size_t i = 0; i < tasks.size(); ++i) {
+        const BookAnalysis* const known = find_book_work(build.work, tasks[i]);
         all_known = all_known && known;
         if (!known) continue;
         analyses[i] = *known;
         ++build.asked;
     }
     if (all_known) return !interrupted;
-    Batch batch{positions, analyses};
+    Batch batch{tasks, analyses};
     std::vector<std::jthread> threads;
     threads.reserve(build.children.size());
     for (ChildProcess& child : build.children)
@@ -139,10 +138,9 @@ bool analyse_batch(void* context, std::span<const Position> positions, std::vect
 // How the positions are analysed, as the head of the work file.
 std::string terms_line(const WorkerOptions& options) {
     char text[200];
-    std::snprintf(
-        text, sizeof text,
-        "opening book work 1, nodes %" PRIu64 ", quick nodes %" PRIu64 ", hash %d, weights %08" PRIx32,
-        options.effort.nodes, options.effort.quick_nodes, options.hash_mb, crc32(&weights, WEIGHTS_BYTES));
+    std::snprintf(text, sizeof text,
+                  "opening book work 2, quick nodes %" PRIu64 ", hash %d, weights %08" PRIx32,
+                  options.quick_nodes, options.hash_mb, crc32(&weights, WEIGHTS_BYTES));
     return text;
 }
 
@@ -153,7 +151,7 @@ bool open_work(Build& build) {
             build.known_before = static_cast<int64_t>(build.work.known.size());
             return true;
         case BOOK_WORK_OTHER_TERMS:
-            fail("%s was begun with other nodes, table or weights", path.c_str());
+            fail("%s was begun with other quick nodes, table or weights", path.c_str());
             return false;
         case BOOK_WORK_CANNOT_OPEN:
             fail("cannot open %s", path.c_str());
@@ -161,18 +159,15 @@ bool open_work(Build& build) {
     return false;
 }
 
-void write_result(const Build& build, const BookGraph& graph) {
+void write_result(const BuildCommand& command, const BookGraph& graph) {
     BookFileFigures figures;
-    const std::vector<BookPosition> positions = book_positions(graph, build.command.build.second_margin);
-    if (write_book(build.command.book, positions, figures) != 0)
-        return fail("cannot write %s", build.command.book.c_str());
-    uint64_t nodes = 0;
-    for (const BookPosition& p : positions)
-        if (const BookAnalysis* const known = find_book_work(build.work, p.position)) nodes += known->nodes;
+    const std::vector<BookPosition> positions = book_positions(graph, command.build.second_margin);
+    if (write_book(command.book, positions, figures) != 0)
+        return fail("cannot write %s", command.book.c_str());
     std::printf("positions %" PRId64 " left out %" PRId64 " with kings %" PRId64
                 " king sets %d slots %d longest probe %d nodes %" PRIu64 "\n",
                 figures.positions, figures.left_out, figures.with_kings, figures.king_sets, figures.slots,
-                figures.max_probes, nodes);
+                figures.max_probes, graph.searched_nodes);
 }
 
 void run_build(BuildCommand command) {
@@ -194,7 +189,7 @@ void run_build(BuildCommand command) {
     show_progress("");
     if (!build.failure.empty()) return fail("%s", build.failure.c_str());
     if (!grown) return fail("stopped; the same command goes on from here");
-    write_result(build, graph);
+    write_result(command, graph);
 }
 
 void run_worker(const WorkerOptions& options) {
@@ -203,26 +198,25 @@ void run_worker(const WorkerOptions& options) {
     if (load_weights_from(options.weights) != 0) return fail("cannot open %s", options.weights.c_str());
     if (tt_allocate() != 0) return fail("Cannot allocate hashtable");
     std::string line;
-    Position position;
+    BookTask task;
     MoveList list;
     while (std::getline(std::cin, line)) {
-        if (!read_book_position_line(line, position) || generate_moves(position, list, position.side) == 0)
+        if (!read_book_task_line(line, task) || generate_moves(task.position, list, task.position.side) == 0)
             return fail("not a question to a worker: %.200s", line.c_str());
-        std::cout << book_analysis_line(position, analyse_book_position(position, options.effort))
-                  << std::endl;
+        std::cout << book_analysis_line(task, analyse_book_position(task, options.quick_nodes)) << std::endl;
     }
 }
 
-void add_effort_options(CLI::App& command, WorkerOptions& options) {
+void add_nodes_option(CLI::App& command, const char* name, uint64_t& nodes, const char* help) {
+    command.add_option(name, nodes, help)
+        ->check(CLI::Range(uint64_t{1}, uint64_t{1} << 40))
+        ->capture_default_str();
+}
+
+void add_worker_options(CLI::App& command, WorkerOptions& options) {
     command.add_option("--weights", options.weights, "Weights file; the program's own if none is given");
-    command.add_option("--nodes", options.effort.nodes, "Nodes of each position's search")
-        ->check(CLI::Range(uint64_t{1}, uint64_t{1} << 40))
-        ->capture_default_str();
-    command
-        .add_option("--quick-nodes", options.effort.quick_nodes,
-                    "Nodes of the short search of each of its moves")
-        ->check(CLI::Range(uint64_t{1}, uint64_t{1} << 40))
-        ->capture_default_str();
+    add_nodes_option(command, "--quick-nodes", options.quick_nodes,
+                     "Nodes of the short search of each move of a position");
     add_hash_option(command, options.hash_mb, "Megabytes of each worker's transposition table")
         ->capture_default_str();
 }
@@ -231,6 +225,13 @@ void add_growth_options(CLI::App& command, BookBuildOptions& options) {
     command.add_option("--positions", options.positions, "Positions to analyse")
         ->check(CLI::Range(int64_t{0}, MAX_BOOK_POSITIONS))
         ->capture_default_str();
+    add_nodes_option(command, "--nodes", options.nodes, "Nodes of each position's search");
+    command
+        .add_option("--deep-positions", options.deep_positions,
+                    "Positions, the cheapest, that are searched with more nodes")
+        ->check(CLI::Range(int64_t{0}, MAX_BOOK_POSITIONS))
+        ->capture_default_str();
+    add_nodes_option(command, "--deep-nodes", options.deep_nodes, "Nodes of these");
     const auto add_cost = [&command](const char* name, int32_t& cost, const char* help) {
         command.add_option(name, cost, help)->check(CLI::Range(0, 1000000))->capture_default_str();
     };
@@ -257,7 +258,7 @@ void add_book_build(CLI::App& book) {
     command->add_option("FILE", options->book, "Book to write when all positions are there")->required();
     command->add_option("--work", options->work_file, "Work file; FILE.work if none is given");
     add_growth_options(*command, options->build);
-    add_effort_options(*command, options->worker);
+    add_worker_options(*command, options->worker);
     command->add_option("--jobs", options->jobs, "Positions searched at a time, each by a process")
         ->check(CLI::Range(1, MAX_BOOK_JOBS))
         ->capture_default_str();
@@ -268,6 +269,6 @@ void add_book_worker_command(CLI::App& program) {
     CLI::App* const command = program.add_subcommand("book-worker", "A worker of `book build`");
     command->group("");  // not for users, so not in the help
     const auto options = std::make_shared<WorkerOptions>();
-    add_effort_options(*command, *options);
+    add_worker_options(*command, *options);
     command->callback([options] { run_worker(*options); });
 }

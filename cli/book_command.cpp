@@ -111,7 +111,7 @@ void check_lines(const CheckOptions& options) {
         if (interrupted) break;
         MoveList list;
         if (generate_moves(end.position, list, end.position.side) == 0) continue;
-        const int32_t value = analyse_book_position(end.position, {options.nodes, 1}).value;
+        const int32_t value = analyse_book_position({end.position, options.nodes}, 1).value;
         const int32_t for_book = end.book_side == BLACK ? value : -value;
         ++searched;
         plies += end.plies;

@@ -28,9 +28,11 @@ int32_t search_nodes(const Position& position, uint64_t nodes, Move& best) {
     return in_book_range(value);
 }
 
-bool read_position(std::istream& in, Position& position) {
-    position = Position{};
-    if (!(in >> std::hex >> position.black >> position.white >> position.king >> position.side >> std::dec))
+bool read_task(std::istream& in, BookTask& task) {
+    task = BookTask{};
+    Position& position = task.position;
+    if (!(in >> std::hex >> position.black >> position.white >> position.king >> position.side >> std::dec >>
+          task.nodes))
         return false;
     return (position.side == BLACK || position.side == WHITE) && is_legal_setup(position);
 }
@@ -39,7 +41,8 @@ bool in_range(int32_t value) { return value == in_book_range(value); }
 
 }  // namespace
 
-BookAnalysis analyse_book_position(const Position& position, const BookEffort& effort) {
+BookAnalysis analyse_book_position(const BookTask& task, uint64_t quick_nodes) {
+    const Position& position = task.position;
     const uint64_t limit_before = search_state.node_limit;
     set_fixed_time(NO_TIME_LIMIT);
     search_state.step_time = 0;  // no iteration is left out, as none is paid for in time
@@ -48,42 +51,43 @@ BookAnalysis analyse_book_position(const Position& position, const BookEffort& e
     generate_moves(position, list, position.side);
     BookAnalysis analysis;
     Move best{};
-    analysis.value = search_nodes(position, effort.nodes, best);
+    analysis.value = search_nodes(position, task.nodes, best);
     analysis.best = std::max(0, find_move(list, best));
     analysis.nodes = searched_nodes();
     for (const Move& move : list) {
-        const int32_t value = search_nodes(position_after(move, position.side ^ 1), effort.quick_nodes, best);
+        const int32_t value = search_nodes(position_after(move, position.side ^ 1), quick_nodes, best);
         analysis.quick.push_back(static_cast<int16_t>(value));
     }
     search_state.node_limit = limit_before;
     return analysis;
 }
 
-std::string book_position_line(const Position& position) {
+std::string book_task_line(const BookTask& task) {
+    const Position& position = task.position;
     std::ostringstream out;
-    out << std::hex << position.black << ' ' << position.white << ' ' << position.king << ' '
-        << position.side;
+    out << std::hex << position.black << ' ' << position.white << ' ' << position.king << ' ' << position.side
+        << std::dec << ' ' << task.nodes;
     return out.str();
 }
 
-bool read_book_position_line(const std::string& line, Position& position) {
+bool read_book_task_line(const std::string& line, BookTask& task) {
     std::istringstream in(line);
-    return read_position(in, position) && (in >> std::ws).eof();
+    return read_task(in, task) && (in >> std::ws).eof();
 }
 
-std::string book_analysis_line(const Position& position, const BookAnalysis& analysis) {
+std::string book_analysis_line(const BookTask& task, const BookAnalysis& analysis) {
     std::ostringstream out;
-    out << book_position_line(position) << ' ' << analysis.value << ' ' << analysis.best << ' '
-        << analysis.nodes;
+    out << book_task_line(task) << ' ' << analysis.value << ' ' << analysis.best << ' ' << analysis.nodes;
     for (const int16_t value : analysis.quick) out << ' ' << value;
     out << ' ' << END_MARK;
     return out.str();
 }
 
-bool read_book_analysis_line(const std::string& line, Position& position, BookAnalysis& analysis) {
+bool read_book_analysis_line(const std::string& line, BookTask& task, BookAnalysis& analysis) {
     std::istringstream in(line);
     BookAnalysis read;
-    if (!read_position(in, position) || !(in >> read.value >> read.best >> read.nodes)) return false;
+    if (!read_task(in, task) || !(in >> read.value >> read.best >> read.nodes)) return false;
+    const Position& position = task.position;
     MoveList list;
     const int count = generate_moves(position, list, position.side);
     if (!in_range(read.value) || read.best < 0 || read.best >= count) return false;

@@ -23,7 +23,7 @@ bool grow_book(BookGraph& graph, const BookBuildOptions& options, const BookAnal
     graph = BookGraph{};
     graph.costs = options.costs;
     add_roots(graph, options);
-    std::vector<Position> positions;
+    std::vector<BookTask> tasks;
     std::vector<BookAnalysis> analyses;
     while (analysed_count(graph) < options.positions) {
         const int64_t batch = std::max(BOOK_LEAST_BATCH, analysed_count(graph) / BOOK_BATCH_SHARE);
@@ -31,10 +31,13 @@ bool grow_book(BookGraph& graph, const BookBuildOptions& options, const BookAnal
         if (nodes.empty()) return true;
         const auto wanted = static_cast<size_t>(options.positions - analysed_count(graph));
         if (nodes.size() > wanted) nodes.resize(wanted);
-        positions.clear();
-        for (const int32_t node : nodes)
-            positions.push_back(position_of_node(graph.nodes[static_cast<size_t>(node)]));
-        if (!analyst.analyse(analyst.context, positions, analyses)) return false;
+        tasks.clear();
+        for (const int32_t node : nodes) {
+            const auto place = analysed_count(graph) + static_cast<int64_t>(tasks.size());
+            tasks.push_back({position_of_node(graph.nodes[static_cast<size_t>(node)]),
+                             place < options.deep_positions ? options.deep_nodes : options.nodes});
+        }
+        if (!analyst.analyse(analyst.context, tasks, analyses)) return false;
         for (size_t i = 0; i < nodes.size(); ++i) add_book_analysis(graph, nodes[i], analyses[i]);
         carry_back_values(graph);
     }

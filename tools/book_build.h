@@ -16,7 +16,10 @@ constexpr int64_t BOOK_LEAST_BATCH = 64;
 constexpr int64_t BOOK_BATCH_SHARE = 50;  // a batch is at most this fraction of what stands
 
 struct BookBuildOptions {
-    int64_t positions = 20000;  // to analyse
+    int64_t positions = 20000;       // to analyse
+    int64_t deep_positions = 0;      // of these, the first, which most games go through
+    uint64_t nodes = 600000;         // of the search of a position
+    uint64_t deep_nodes = 10000000;  // of one of the first
     BookCosts costs;
     int32_t ballot_cost = 8;    // of the ballots as roots; that of the start position is 0
     int32_t second_margin = 4;  // points that a second-best move may give away
@@ -25,7 +28,7 @@ struct BookBuildOptions {
 // Analyses positions, each of which has a legal move. False if it failed or was told to stop.
 struct BookAnalyst {
     void* context;
-    bool (*analyse)(void* context, std::span<const Position> positions, std::vector<BookAnalysis>& analyses);
+    bool (*analyse)(void* context, std::span<const BookTask> tasks, std::vector<BookAnalysis>& analyses);
 };
 
 // Lets the graph grow until so many of its nodes are analysed or none is left that is worth it. False if the

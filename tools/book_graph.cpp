@@ -170,6 +170,7 @@ void add_book_analysis(BookGraph& graph, int32_t number, const BookAnalysis& ana
     }
     graph.nodes[static_cast<size_t>(number)] = std::move(node);
     graph.analysed.push_back(number);
+    graph.searched_nodes += analysis.nodes;
 }
 
 // Everything begins as a draw and changes until nothing does. Children come first in the order, so that one

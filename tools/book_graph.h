@@ -65,6 +65,7 @@ struct BookGraph {
     };
     std::vector<Root> roots;
     std::vector<int32_t> analysed;  // in the order of their analysis
+    uint64_t searched_nodes = 0;    // by their long searches
 };
 
 Position position_of_node(const BookNode& node);

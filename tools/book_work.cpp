@@ -5,13 +5,9 @@
 
 namespace {
 
-BookKey key_of(const Position& position) {
-    return {position.black, position.white, position.king << 1 | static_cast<uint64_t>(position.side)};
-}
-
-void remember(BookWork& work, const Position& position, const BookAnalysis& analysis) {
-    const auto [place, is_new] = work.known.try_emplace(key_of(position), analysis);
-    if (!is_new && place->second.nodes < analysis.nodes) place->second = analysis;
+BookWorkKey key_of(const BookTask& task) {
+    const Position& p = task.position;
+    return {{p.black, p.white, p.king << 1 | static_cast<uint64_t>(p.side)}, task.nodes};
 }
 
 // False if the first line is not that of the terms. Lines that were cut short are passed over.
@@ -19,10 +15,10 @@ bool read_work(const std::string& content, const std::string& terms, BookWork& w
     std::istringstream lines(content);
     std::string line;
     if (!std::getline(lines, line) || line != terms) return false;
-    Position position;
+    BookTask task;
     BookAnalysis analysis;
     while (std::getline(lines, line))
-        if (read_book_analysis_line(line, position, analysis)) remember(work, position, analysis);
+        if (read_book_analysis_line(line, task, analysis)) work.known.try_emplace(key_of(task), analysis);
     return true;
 }
 
@@ -48,12 +44,12 @@ BookWorkStatus open_book_work(const std::string& path, const std::string& terms,
     return BOOK_WORK_OPEN;
 }
 
-const BookAnalysis* find_book_work(const BookWork& work, const Position& position) {
-    const auto found = work.known.find(key_of(position));
+const BookAnalysis* find_book_work(const BookWork& work, const BookTask& task) {
+    const auto found = work.known.find(key_of(task));
     return found == work.known.end() ? nullptr : &found->second;
 }
 
-int keep_book_work(BookWork& work, const Position& position, const BookAnalysis& analysis) {
-    remember(work, position, analysis);
-    return write_line(work.file.get(), book_analysis_line(position, analysis));
+int keep_book_work(BookWork& work, const BookTask& task, const BookAnalysis& analysis) {
+    work.known.try_emplace(key_of(task), analysis);
+    return write_line(work.file.get(), book_analysis_line(task, analysis));
 }

@@ -12,20 +12,29 @@
 #include "tools/book_analysis.h"
 #include "tools/book_graph.h"
 
+struct BookWorkKey {
+    BookKey position;
+    uint64_t nodes;  // that were asked for
+    bool operator==(const BookWorkKey&) const = default;
+};
+struct BookWorkKeyHash {
+    size_t operator()(const BookWorkKey& key) const { return BookKeyHash{}(key.position) ^ key.nodes; }
+};
+
 struct BookWork {
     OpenFile file;  // for appending
-    std::unordered_map<BookKey, BookAnalysis, BookKeyHash> known;
+    std::unordered_map<BookWorkKey, BookAnalysis, BookWorkKeyHash> known;
 };
 
 enum BookWorkStatus { BOOK_WORK_OPEN = 0, BOOK_WORK_CANNOT_OPEN = 1, BOOK_WORK_OTHER_TERMS = 2 };
 
 // Opens the work file, which is made if there is none, and reads what it knows. `terms` is a line that tells
-// how its positions are analysed; a file that was begun on other terms is left alone. Of several analyses of
-// a position the one with the most nodes counts.
+// how its positions are analysed; a file that was begun on other terms is left alone. One position may
+// be there with several numbers of nodes.
 BookWorkStatus open_book_work(const std::string& path, const std::string& terms, BookWork& work);
 
-// The analysis of the position, or null.
-const BookAnalysis* find_book_work(const BookWork& work, const Position& position);
+// The analysis of the position with just so many nodes, or null.
+const BookAnalysis* find_book_work(const BookWork& work, const BookTask& task);
 
 // Keeps the analysis, in the file too. 0, or 1 if it cannot be written.
-int keep_book_work(BookWork& work, const Position& position, const BookAnalysis& analysis);
+int keep_book_work(BookWork& work, const BookTask& task, const BookAnalysis& analysis);

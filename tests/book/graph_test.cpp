@@ -33,15 +33,17 @@ struct Analyst {
     int spread = 20;
     int64_t budget = std::numeric_limits<int64_t>::max();
     int64_t asked = 0;
+    std::vector<uint64_t> nodes;  // asked for
 };
 
-bool analyse(void* context, std::span<const Position> positions, std::vector<BookAnalysis>& analyses) {
+bool analyse(void* context, std::span<const BookTask> tasks, std::vector<BookAnalysis>& analyses) {
     Analyst& analyst = *static_cast<Analyst*>(context);
     analyses.clear();
-    for (const Position& position : positions) {
+    for (const BookTask& task : tasks) {
         if (analyst.asked == analyst.budget) return false;
         ++analyst.asked;
-        analyses.push_back(made_up(position, analyst.spread));
+        analyst.nodes.push_back(task.nodes);
+        analyses.push_back(made_up(task.position, analyst.spread));
     }
     return true;
 }
@@ -258,6 +260,19 @@ TEST_F(BookGraphTest, StopsWithTheAnalyst) {
     options.positions = 500;
     EXPECT_FALSE(grow_book(graph, options, {&analyst, analyse}));
     EXPECT_EQ(analyst.asked, 100);
+}
+
+TEST_F(BookGraphTest, TheFirstAreSearchedDeeper) {
+    Analyst analyst;
+    BookGraph graph;
+    BookBuildOptions options;
+    options.positions = 500;
+    options.deep_positions = 100;
+    EXPECT_TRUE(grow_book(graph, options, {&analyst, analyse}));
+    ASSERT_EQ(analyst.nodes.size(), 500u);
+    for (size_t i = 0; i < analyst.nodes.size(); ++i)
+        EXPECT_EQ(analyst.nodes[i], i < 100 ? options.deep_nodes : options.nodes) << i;
+    EXPECT_EQ(graph.searched_nodes, 500u * 1000u);
 }
 
 TEST_F(BookGraphTest, TheSecondBestMoveIsNearTheBest) {
