@@ -85,10 +85,8 @@ void take_time(const DxpMessage& message) {
         settings2.initial_seconds = request.time;
         settings2.increment_seconds = request.increment;
     } else {
-        // Without a limit the engine's clock still reckons with as many moves as a long game takes.
-        dxp_state.moves_limited = request.moves > 0;
         settings.clock_minutes = request.time;
-        settings.clock_moves_limit = dxp_state.moves_limited ? request.moves : DXP_UNLIMITED_CLOCK_MOVES;
+        limit_moves(request.moves);
     }
     settings.operator_time = 0;
     set_time_control(TIME_GAME_CLOCK);

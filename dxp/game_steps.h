@@ -20,5 +20,9 @@ DxpMessage make_game_end(int16_t reason);
 // The game on the board goes to the game file, which then tells who played which colour.
 void append_finished_game(int32_t result);
 
+// The game ends after so many moves of the engine. With 0 or less it doesn't, and the engine's clock reckons
+// with DXP_UNLIMITED_CLOCK_MOVES.
+void limit_moves(int32_t moves);
+
 // The result code of a game that the side wins.
 int32_t win_of(int side);

@@ -74,6 +74,7 @@ void prepare_match() {
     set_time_control(TIME_GAME_CLOCK);
     dxp_state.match_games = 0;
     dxp_state.dxp_follower = 0;
+    dxp_state.moves_limited = true;  // unless the setting of the match is 0
     clear_match_counters();
 }
 

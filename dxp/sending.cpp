@@ -41,7 +41,8 @@ DxpMessage make_request() {
     request.follower_colour = colour_letter(dxp_state.engine_colour ^ 1);
     request.time = fischer ? settings2.initial_seconds : settings.clock_minutes;
     request.increment = settings2.increment_seconds;
-    request.moves = static_cast<int16_t>(setting_number(settings.clock_moves_limit, 0, INT16_MAX));
+    if (dxp_state.moves_limited)
+        request.moves = static_cast<int16_t>(setting_number(settings.clock_moves_limit, 0, INT16_MAX));
     request.to_move = colour_letter(game.board_side);
     for (size_t i = 0; i < SQUARES; ++i) request.squares[i] = square_letter(mask_of_square[i]);
     return message;
@@ -119,6 +120,11 @@ void append_finished_game(int32_t result) {
                                   white ? s.engine_name : s.opponent_name, result_string(result));
 }
 
+void limit_moves(int32_t moves) {
+    dxp_state.moves_limited = moves > 0;
+    settings.clock_moves_limit = dxp_state.moves_limited ? moves : DXP_UNLIMITED_CLOCK_MOVES;
+}
+
 void dxp_send_game_request() {
     ui.pause(REQUEST_PAUSE_MS);
     dxp_drop_search();
@@ -128,7 +134,7 @@ void dxp_send_game_request() {
     s.phase = DXP_REQUESTED;
     // The engine plays by the clock that the other side is told of.
     settings2.increment_mode = settings2.match_incremental;
-    s.moves_limited = settings.clock_moves_limit > 0;
+    limit_moves(s.moves_limited ? settings.clock_moves_limit : 0);
     clock_state.clock_side.store(s.engine_colour, std::memory_order_relaxed);
     start_user_lap(clock_ms());
     const DxpMessage message = make_request();

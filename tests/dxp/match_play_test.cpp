@@ -248,6 +248,38 @@ TEST_F(MatchPlayTest, AMatchWithIncrementTellsIt) {
     }
 }
 
+// Without a limit on the moves: what is asked for stays that from game to game, the clock reckons with a long
+// game, and no value ends a game before its time.
+TEST_F(MatchPlayTest, NoMovesAreNoLimit) {
+    PlayerOptions options;
+    options.claim_at_ply = 9;
+    options.choose = [](const PlayedGame& played, int moves) { return played.plies % moves; };
+    script.think = first_move;
+    script.value = 2500;  // won, were this the last move
+    for (const int32_t moves : {0, -1}) {
+        Follower follower;
+        follower.run(port(), options);
+        connect_to_peer();
+        MatchFields fields = four_starts(1);
+        fields.moves = moves;
+        ASSERT_EQ(begin_match(fields), 0);
+        EXPECT_EQ(settings.clock_moves_limit, DXP_UNLIMITED_CLOCK_MOVES);
+        ASSERT_TRUE(run_until(match_is_over));
+        follower.expect_well();
+        EXPECT_EQ(dxp_state.match_games, 8);
+        EXPECT_EQ(dxp_state.match_unknowns, 8) << "the peer ends each game";
+        ASSERT_EQ(follower.report.requests.size(), 8u);
+        for (const std::string& request : follower.report.requests) EXPECT_EQ(request.substr(39, 3), "000");
+    }
+    Follower follower;
+    follower.run(port(), options);
+    connect_to_peer();
+    ASSERT_EQ(begin_match(four_starts(1)), 0);
+    ASSERT_TRUE(run_until(match_is_over));
+    follower.expect_well();
+    EXPECT_EQ(follower.report.requests.back().substr(39, 3), "040") << "the next match has a limit again";
+}
+
 TEST_F(MatchPlayTest, AutoconnectNeedsNoDialog) {
     PlayerOptions options;
     options.claim_at_ply = 1;
