@@ -1,7 +1,10 @@
 #include "tests/dxp/flow_fixture.h"
 
+#include <sys/ioctl.h>
+
 #include <algorithm>
 #include <atomic>
+#include <mutex>
 #include <thread>
 
 #include "base/clock.h"
@@ -11,10 +14,20 @@ namespace {
 
 std::vector<std::string> lines;
 
-// All threads of connections have come to rest.
-bool threads_rest() {
-    return !dxp_connection.waits_for_peer.load(std::memory_order_acquire) &&
-           dxp_connection.receive_threads.load(std::memory_order_acquire) == 0;
+// Bytes that wait in a socket: with TIOCOUTQ until the other side's system has them, with FIONREAD until they
+// are read.
+int waiting_bytes(int descriptor, unsigned long kind) {
+    int count = 0;
+    return ioctl(descriptor, kind, &count) == 0 ? count : 0;
+}
+
+// The program's receive thread has read what the peer has sent.
+bool all_is_read(const Peer& peer) {
+    const std::lock_guard lock(dxp_connection.mutex);
+    const auto& link = dxp_connection.link;
+    return !link || !link->open || !peer.socket.open() ||
+           (waiting_bytes(peer.socket.get(), TIOCOUTQ) == 0 &&
+            waiting_bytes(static_cast<int>(link->socket.get()), FIONREAD) == 0);
 }
 
 }  // namespace
@@ -35,9 +48,6 @@ void FlowTest::SetUp() {
 
 void FlowTest::TearDown() {
     program_flags.server_mode = false;
-    terminate_connection_command();
-    run_for(5);
-    EXPECT_TRUE(run_until(threads_rest));
     MatchTest::TearDown();
 }
 
@@ -51,6 +61,7 @@ void FlowTest::run(PeerScript steps) {
     EXPECT_TRUE(run_until([&] { return done.load(); }, 2 * PEER_WAIT_MS));
     EXPECT_EQ(peer.complaint, "");
     thread.join();
+    EXPECT_TRUE(run_until([&] { return all_is_read(peer); }));
     run_for(5);
 }
 

@@ -94,7 +94,7 @@ TEST_F(FollowerTest, AnswersToAnswersComeToAnEnd) {
     run({[&](Peer& p) {
         std::string text;
         for (answers = 0; answers < 50; ++answers)
-            if (!peer_send(p, "E00") || !peer_receive(p, text, 300)) break;
+            if (!peer_send(p, "E00") || !peer_receive(p, text, 1500)) break;
     }});
     EXPECT_GE(answers, 2);
     EXPECT_LT(answers, 50);

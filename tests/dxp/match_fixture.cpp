@@ -60,7 +60,8 @@ void MatchTest::SetUp() {
 
 void MatchTest::TearDown() {
     terminate_connection_command();
-    run_until([] { return dxp_connection.connection_state == DXP_UNCONNECTED; });
+    EXPECT_TRUE(run_until(threads_rest));
+    drop_work();
     match_hooks = no_match_hooks();
     match_plan = MatchPlan{};
     GameTest::TearDown();
@@ -89,6 +90,11 @@ bool MatchTest::run_until(const std::function<bool()>& holds, int limit_ms) {
         }
     }
     return true;
+}
+
+bool threads_rest() {
+    return !dxp_connection.waits_for_peer.load(std::memory_order_acquire) &&
+           dxp_connection.receive_threads.load(std::memory_order_acquire) == 0;
 }
 
 std::string protocol_text() { return protocol; }

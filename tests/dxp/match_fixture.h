@@ -30,6 +30,9 @@ class MatchTest : public GameTest {
     ScratchFolder folder;
 };
 
+// No thread waits for a peer or receives, nor will any post what it has seen.
+bool threads_rest();
+
 // What was added to the protocol since the test began.
 std::string protocol_text();
 

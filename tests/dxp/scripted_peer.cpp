@@ -4,6 +4,7 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,6 +16,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int CONNECT_AGAIN_MS = 20;
+constexpr int FIRST_PORT = 20000;
+constexpr int PORTS = 12000;
 
 sockaddr_in loopback(int port) {
     sockaddr_in address{};
@@ -39,6 +42,17 @@ PeerSocket listening_socket(int& port) {
     if (!there) return PeerSocket();
     port = ntohs(address.sin_port);
     return s;
+}
+
+// The name of a port, which one process at a time can have; closed if another has it.
+PeerSocket port_mark(int port) {
+    PeerSocket mark(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::snprintf(address.sun_path + 1, sizeof address.sun_path - 1, "tessarin-test-port-%d", port);
+    const bool ours =
+        mark.open() && bind(mark.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+    return ours ? std::move(mark) : PeerSocket();
 }
 
 int milliseconds_to(Clock::time_point end) {
@@ -91,10 +105,18 @@ void PeerSocket::close() {
     fd = -1;
 }
 
+// Outside the range from which the system takes ports for those who connect or don't care.
 int free_port() {
-    int port = 0;
-    const PeerSocket s = listening_socket(port);
-    return port;
+    for (int i = 0; i < PORTS; ++i) {
+        const int port = FIRST_PORT + (static_cast<int>(getpid()) + i) % PORTS;
+        PeerSocket mark = port_mark(port);
+        int listened = port;
+        if (!mark.open() || !listening_socket(listened).open()) continue;
+        static std::vector<PeerSocket> marks;
+        marks.push_back(std::move(mark));
+        return port;
+    }
+    return 0;
 }
 
 int peer_listen(Peer& peer, int port) {

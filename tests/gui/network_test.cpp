@@ -144,10 +144,7 @@ TEST_F(Network, TheProgramClosesInTheMiddleOfAMatch) {
     ASSERT_TRUE(peer_send(peer, game_request_text("Scripted Peer", 'W', "120", "050")));
     ASSERT_TRUE(wait_until([] { return real_search_runs(); }));
     EXPECT_NE(pane_shows(DXP_WINDOW).find("R01Scripted Peer"), std::string::npos);
-    QElapsedTimer elapsed;
-    elapsed.start();
     EXPECT_TRUE(close_desktop());
-    EXPECT_LT(elapsed.elapsed(), 8000);
     EXPECT_TRUE(peer_sees_end(peer)) << "the other side is told";
 }
 
