@@ -1,0 +1,117 @@
+// Opening books on the console: built, stopped and gone on with, looked into and checked.
+#include <gtest/gtest.h>
+
+#include "tests/cli/program.h"
+
+namespace {
+
+constexpr const char* START = "\"W:W31-50:B1-20\"";
+
+class CliBook : public testing::Test {
+  protected:
+    // Builds the book from so many positions; the effort is small.
+    ProgramResult build(const std::string& name, int positions, const std::string& more = "",
+                        int quick_nodes = 200) const {
+        return run("build " + name + " --hash 1 --nodes 2000 --quick-nodes " + std::to_string(quick_nodes) +
+                   " --positions " + std::to_string(positions) + " " + more);
+    }
+    ProgramResult run(const std::string& arguments) const {
+        return run_program("book " + arguments, "", folder.path);
+    }
+    std::string content(const std::string& name) const { return read_text(folder.path / name); }
+
+    TemporaryFolder folder;
+};
+
+}  // namespace
+
+TEST_F(CliBook, IsTheSameWhateverTheJobsAndTheStops) {
+    const ProgramResult whole = build("whole.odb", 130, "--jobs 1 --deep-positions 20 --deep-nodes 4000");
+    ASSERT_EQ(whole.status, 0) << whole.errors;
+    EXPECT_TRUE(whole.output.starts_with("positions 130 left out 0 with kings 0 king sets 0 slots "))
+        << whole.output;
+    const std::string deep = " --jobs 2 --deep-positions 20 --deep-nodes 4000";
+    ASSERT_EQ(build("grown.odb", 40, deep).status, 0);
+    EXPECT_NE(content("grown.odb"), content("whole.odb"));
+    // The end of a line is missing, as after a power cut.
+    const std::string work = content("grown.odb.work");
+    folder.write("grown.odb.work", work.substr(0, work.size() - 10));
+    const ProgramResult grown = build("grown.odb", 130, deep);
+    ASSERT_EQ(grown.status, 0) << grown.errors;
+    EXPECT_EQ(content("grown.odb"), content("whole.odb"));
+    EXPECT_EQ(grown.output, whole.output);
+}
+
+TEST_F(CliBook, AnInterruptedBuildIsGoneOnWith) {
+    const std::string deep =
+        "build a.odb --hash 1 --positions 66 --nodes 2000 --quick-nodes 200 --jobs 2 "
+        "--deep-positions 66 --deep-nodes ";
+    const std::string endless = deep + "1000000000 --work work.txt";
+    RunningProgram program("book " + endless, folder.path);
+    ASSERT_TRUE(wait_for_text(folder.path / "work.txt", "opening book work"));
+    program.interrupt();
+    EXPECT_EQ(wait_for_child(program.child), 1);
+    EXPECT_NE(read_text(program.files.path / "err").find("the same command goes on from here"),
+              std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(folder.path / "a.odb")) << "a book is whole or not there";
+    EXPECT_EQ(run(deep + "3000 --work work.txt").status, 0);
+    EXPECT_TRUE(std::filesystem::exists(folder.path / "a.odb"));
+}
+
+TEST_F(CliBook, WorkOnOtherTermsIsLeftAlone) {
+    ASSERT_EQ(build("a.odb", 2).status, 0);
+    const std::string work = content("a.odb.work");
+    const ProgramResult other = build("a.odb", 3, "", 300);
+    EXPECT_EQ(other.status, 1);
+    EXPECT_NE(other.errors.find("was begun with other quick nodes, table or weights"), std::string::npos);
+    EXPECT_EQ(content("a.odb.work"), work);
+}
+
+TEST_F(CliBook, TellsWhatStandsInABook) {
+    ASSERT_EQ(build("a.odb", 90).status, 0);
+    const ProgramResult probe = run(std::string("probe --book a.odb ") + START);
+    EXPECT_EQ(probe.status, 0);
+    EXPECT_NE(probe.output.find(")*"), std::string::npos) << probe.output;
+    EXPECT_EQ(run("probe --book a.odb W:W31:BK5").output, "W:W31:BK5 not in book\n");
+    const ProgramResult dump = run("dump --book a.odb");
+    EXPECT_EQ(dump.status, 0);
+    EXPECT_EQ(count_lines(dump.output), 90);
+    const ProgramResult check = run("check --book a.odb --lines 5 --nodes 2000");
+    EXPECT_EQ(check.status, 0);
+    EXPECT_TRUE(check.output.starts_with("positions 90 with kings 0 ")) << check.output;
+    EXPECT_NE(check.output.find("illegal positions 0 best moves 0 second-best moves 0, not found 0\n"),
+              std::string::npos)
+        << check.output;
+}
+
+TEST_F(CliBook, ABookOfNothing) {
+    EXPECT_EQ(build("empty.odb", 0).status, 0);
+    EXPECT_EQ(run("dump --book empty.odb").output, "");
+    EXPECT_NE(run(std::string("probe --book empty.odb ") + START).output.find("not in book"),
+              std::string::npos);
+}
+
+TEST_F(CliBook, TellsWhatIsWrong) {
+    ASSERT_EQ(build("a.odb", 5).status, 0);
+    folder.write("cut.odb", content("a.odb").substr(0, 50));
+    const std::string questions[] = {std::string("probe --book NAME ") + START, "dump --book NAME",
+                                     "check --book NAME --lines 1"};
+    for (std::string question : questions)
+        for (const char* name : {"cut.odb", "none.odb"}) {
+            std::string arguments = question;
+            const ProgramResult result = run(arguments.replace(arguments.find("NAME"), 4, name));
+            EXPECT_EQ(result.status, 1) << arguments;
+            EXPECT_NE(result.errors.find("cannot read the book " + (folder.path / name).string()),
+                      std::string::npos)
+                << result.errors;
+        }
+    std::filesystem::create_directory(folder.path / "taken");
+    const ProgramResult taken = build("taken", 0);
+    EXPECT_EQ(taken.status, 1);
+    EXPECT_NE(taken.errors.find("cannot write "), std::string::npos);
+    EXPECT_EQ(build("a.odb", 1, "--weights none.bin").status, 1);
+    EXPECT_EQ(run("probe --book a.odb nonsense").status, 1);
+    for (const char* const arguments : {"", "build", "build a.odb --positions -1", "build a.odb --jobs 0",
+                                        "build a.odb --nodes 0", "probe", "check --margin x"})
+        EXPECT_EQ(run(arguments).status, 2) << arguments;
+}
