@@ -102,8 +102,7 @@ TEST_F(CliBook, TellsWhatIsWrong) {
             const ProgramResult result = run(arguments.replace(arguments.find("NAME"), 4, name));
             EXPECT_EQ(result.status, 1) << arguments;
             EXPECT_NE(result.errors.find("cannot read the book "), std::string::npos) << result.errors;
-            EXPECT_TRUE(result.errors.ends_with(name + std::string("
-"))) << result.errors;
+            EXPECT_TRUE(result.errors.ends_with(std::string(name) + '\n')) << result.errors;
         }
     std::filesystem::create_directory(folder.path / "taken");
     const ProgramResult taken = build("taken", 0);
