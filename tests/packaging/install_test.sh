@@ -58,7 +58,7 @@ tail -n 1 "$folder/out" | grep -Eq '^nodes [0-9]+, ' || fail "bench: $(tail -n 1
 "$root/bin/tessarin-cli" analyze "$root/lib/tessarin/games/sample.pdn" --time 0.001 >"$folder/out" || fail "analyze"
 grep -q '^1\. 32-28 {' "$folder/out" || fail "analyze: $(head -n 9 "$folder/out")"
 
-for file in share/man/man1/tessarin-cli.1.gz share/doc/tessarin/copyright share/doc/tessarin/changelog.gz \
+for file in share/man/man1/tessarin-cli.1.gz share/bash-completion/completions/tessarin-cli share/doc/tessarin/copyright share/doc/tessarin/changelog.gz \
     share/doc/tessarin/manual/en/index.html lib/tessarin/manual/manual.css lib/tessarin/manual/en/index.html; do
     expect_file "$root/$file"
 done
