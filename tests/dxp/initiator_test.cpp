@@ -31,8 +31,9 @@ class InitiatorTest : public FollowerTest {
 
     // A match is begun on a new connection, as its dialog does.
     void begin_match() {
+        const int before = count_lines("< Connection established");
         serve({});
-        ASSERT_TRUE(run_until([] { return count_lines("< Connection established") > 0; }));
+        ASSERT_TRUE(run_until([&] { return count_lines("< Connection established") > before; }));
         set_gui_mode(DXP_MODE);
         dxp_state.match_games = 0;
         dxp_state.dxp_follower = 0;
