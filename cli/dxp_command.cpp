@@ -104,6 +104,7 @@ void add_console_options(CLI::App& command, const Options& options) {
         ->capture_default_str();
     add_hash_option(command, console.hash_mb)->capture_default_str();
     add_threads_option(command, console.threads);
+    add_egdb_options(command, console.egdb, true);
     command.add_flag("--ponder", console.ponder, "Have the engine think in the other's time");
     command.add_flag("--verbose", console.verbose, "Print all messages");
     command.add_flag("--quiet", console.quiet, "Print no line for each game");

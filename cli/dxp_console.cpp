@@ -146,9 +146,11 @@ void print_json() {
 bool start_dxp_console(const DxpConsoleOptions& options) {
     dxp_console = DxpConsole{};
     dxp_console.options = options;
+    if (!check_egdb_choice(dxp_console.options.egdb)) return false;
     engine_settings.hash_size_mb = options.hash_mb;
     set_search_threads(options.threads);
     if (!start_game_console(make_dxp_screen())) return false;
+    use_egdb_in_game(dxp_console.options.egdb, true);
     settings.pondering_on = options.ponder;
     settings.sound_on = 0;
     set_book_by_name(options.book);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "cli/egdb_options.h"
 #include "cli/match_report.h"
 #include "dxp/match.h"
 
@@ -12,6 +13,7 @@ struct DxpConsoleOptions {
     int threads = 1;
     int hash_mb = 64;
     std::string book = "off";
+    EgdbChoice egdb;
     bool ponder = false;
     bool server = false;   // listens again behind each connection, and sends its thoughts
     bool verbose = false;  // the messages too
