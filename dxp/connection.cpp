@@ -84,6 +84,7 @@ bool install_link(Socket socket, int32_t expected) {
     DxpConnection& connection = dxp_connection;
     auto link = std::make_shared<DxpLink>();
     link->socket = std::move(socket);
+    socket_limit_sending(link->socket, connection.send_ms);
     const std::lock_guard lock(connection.mutex);
     int32_t state = expected;
     if (!connection.connection_state.compare_exchange_strong(state, DXP_CONNECTED)) return false;

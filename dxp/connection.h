@@ -26,6 +26,7 @@ constexpr const char* DXP_PORT_VARIABLE = "TESSARIN_DXP_PORT";
 
 constexpr int DXP_LISTEN_MS = 1000;    // one wait for a peer
 constexpr int DXP_CONNECT_MS = 10000;  // the longest wait for a host
+constexpr int DXP_SEND_MS = 10000;     // and for a peer who takes nothing of what is sent to him
 
 enum DxpConnectionState : int32_t { DXP_UNCONNECTED = 0, DXP_LISTENING = 1, DXP_CONNECTED = 2 };
 
@@ -44,6 +45,8 @@ struct DxpConnection {
     char port_text[8] = "27531";  // written before other threads run
     std::atomic<int32_t> connection_state{DXP_UNCONNECTED};
     Event connection_event;  // wakes the connection thread
+
+    int send_ms = DXP_SEND_MS;  // of connections to come; tests wait less
 
     // Makes a thread that runs `body` and is never joined; false if the system refuses. Tests let it fail.
     bool (*make_thread)(void (*body)(std::shared_ptr<DxpLink>), std::shared_ptr<DxpLink> link);

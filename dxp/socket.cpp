@@ -44,14 +44,10 @@ void set_option(const Socket& s, int level, int option) {
     setsockopt(descriptor(s), level, option, &on, sizeof on);
 }
 
-// Messages are short and wait for no others; a machine that is gone is found out some day; and a peer that
-// takes nothing holds nobody for ever.
+// Messages are short and wait for no others; a machine that is gone is found out some day.
 void set_up_connection(const Socket& s) {
     set_option(s, IPPROTO_TCP, TCP_NODELAY);
     set_option(s, SOL_SOCKET, SO_KEEPALIVE);
-    timeval limit{};
-    limit.tv_sec = SOCKET_SEND_WAIT_MS / 1000;
-    setsockopt(descriptor(s), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
 // Polls for the events, through interruptions. True if there was one within the time.
@@ -138,6 +134,13 @@ int socket_receive(const Socket& socket, char* bytes, size_t size) {
         const ssize_t count = recv(descriptor(socket), bytes, size, 0);
         if (count >= 0 || errno != EINTR) return static_cast<int>(count);
     }
+}
+
+void socket_limit_sending(const Socket& socket, int wait_ms) {
+    timeval limit{};
+    limit.tv_sec = wait_ms / 1000;
+    limit.tv_usec = wait_ms % 1000 * 1000;
+    setsockopt(descriptor(socket), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
 int socket_send(const Socket& socket, const char* bytes, size_t size) {

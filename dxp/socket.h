@@ -37,9 +37,9 @@ Socket socket_accept(const Socket& listener);
 
 // Waits for bytes and takes up to `size` of them. 0 when the other side sends no more, negative on a failure.
 int socket_receive(const Socket& socket, char* bytes, size_t size);
-// Hands over up to `size` bytes; the number handed over. Below 1 on a failure, which it is too when the other
-// side takes nothing for SOCKET_SEND_WAIT_MS.
-constexpr int SOCKET_SEND_WAIT_MS = 10000;
+// From now on it is a failure when the other side takes nothing for so long. Without it sending has no limit.
+void socket_limit_sending(const Socket& socket, int wait_ms);
+// Hands over up to `size` bytes; the number handed over. Below 1 on a failure.
 int socket_send(const Socket& socket, const char* bytes, size_t size);
 
 // The other side is told that no more comes.

@@ -2,9 +2,11 @@
 #include "dxp/connection.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <mutex>
 
+#include "base/clock.h"
 #include "base/log.h"
 #include "control/program_flags.h"
 #include "tests/dxp/flow_fixture.h"
@@ -355,6 +357,24 @@ TEST_F(ConnectionTest, ALossIsToldOnceWhoeverFindsIt) {
     for (int i = 0; i < 1000 && !failed; ++i) failed = dxp_send_message(message, text);
     EXPECT_EQ(failed, 1);
     expect_lost_once();
+}
+
+// The interface does not stand still for a peer who reads nothing.
+TEST_F(ConnectionTest, APeerWhoTakesNothingIsLostBehindTheLimit) {
+    EXPECT_EQ(dxp_connection.send_ms, 10000);
+    dxp_connection.send_ms = 1200;
+    connect_peer();
+    dxp_connection.send_ms = DXP_SEND_MS;
+    DxpMessage message;
+    message.type = DXP_CHAT;
+    std::snprintf(message.chat.text, sizeof message.chat.text, "%s", std::string(126, 'c').c_str());
+    char text[DXP_TEXT_SIZE];
+    int64_t begin = 0;
+    do begin = clock_ms();
+    while (dxp_send_message(message, text) == 0);
+    EXPECT_GE(clock_ms() - begin, 1100) << "it was given its time";
+    expect_lost_once();
+    expect_server_serves();
 }
 
 // While the user reads of an error nothing is taken out, and more comes in than the ring holds.
