@@ -15,6 +15,7 @@
 #include "egdb/wld_lookup.h"
 #include "tools/egdb_build.h"
 #include "tools/egdb_catalogue_design.h"
+#include "tools/egdb_mtc_build.h"
 #include "tools/egdb_solver.h"
 #include "tools/egdb_whole.h"
 
@@ -56,28 +57,40 @@ struct ProgressWatch {
     }
 };
 
-void print_file(const char* name, int64_t positions, int64_t free_positions, int64_t data, int64_t index) {
-    const auto bytes = static_cast<double>(data + index);
-    std::printf(
-        "%s positions %lld left out %lld data %lld index %lld, %.4f bytes a position, %.4f one looked up\n",
-        name, static_cast<long long>(positions), static_cast<long long>(free_positions),
-        static_cast<long long>(data), static_cast<long long>(index), bytes / static_cast<double>(positions),
-        bytes / static_cast<double>(std::max<int64_t>(1, positions - free_positions)));
+void print_file(const EgdbBuiltFile& file, const char* left_out, const char* asked) {
+    const auto bytes = static_cast<double>(file.data_bytes + file.index_bytes);
+    std::printf("%s positions %lld %s %lld data %lld index %lld, %.4f bytes a position, %.4f one %s\n",
+                file.name.c_str(), static_cast<long long>(file.positions), left_out,
+                static_cast<long long>(file.free_positions), static_cast<long long>(file.data_bytes),
+                static_cast<long long>(file.index_bytes), bytes / static_cast<double>(file.positions),
+                bytes / static_cast<double>(std::max<int64_t>(1, file.positions - file.free_positions)),
+                asked);
 }
 
-void run_build(const EgdbBuildOptions& options) {
+struct BuildOptions {
+    EgdbBuildOptions build;
+    bool mtc = false;
+};
+
+void run_build(const BuildOptions& options) {
+    const int pieces = options.build.pieces;
+    if (options.mtc && pieces > EGDB_MOST_MTC_BUILT)
+        return fail("moves to conversion are built up to %d pieces", EGDB_MOST_MTC_BUILT);
     catch_interrupt();
-    std::printf("memory: at most %lld MB\n", static_cast<long long>(build_memory(options.pieces) >> 20));
+    const int64_t memory = options.mtc ? mtc_build_memory(pieces) : build_memory(pieces);
+    std::printf("memory: at most %lld MB\n", static_cast<long long>(memory >> 20));
     std::fflush(stdout);
     EgdbBuildProgress progress;
     EgdbBuildResult result;
     EgdbBuildStatus status;
     {
         const ProgressWatch watch(progress);
-        status = build_database(options, interrupted, progress, result);
+        status =
+            (options.mtc ? build_mtc_database : build_database)(options.build, interrupted, progress, result);
     }
     for (const EgdbBuiltFile& file : result.files)
-        print_file(file.name.c_str(), file.positions, file.free_positions, file.data_bytes, file.index_bytes);
+        print_file(file, options.mtc ? "without a number" : "left out",
+                   options.mtc ? "with one" : "looked up");
     switch (status) {
         case EGDB_BUILT:
             return;
@@ -203,14 +216,15 @@ void run_catalogues(const std::string& out, int pieces, int threads) {
 void add_build(CLI::App& egdb) {
     CLI::App* const command = egdb.add_subcommand(
         "build", "Build win/loss/draw databases; a build that was stopped is continued by the same command");
-    const auto options = std::make_shared<EgdbBuildOptions>();
-    options->threads = processor_count();
-    command->add_option("DIR", options->folder, "Folder of the database, made if it is not there")
-        ->required();
-    command->add_option("--pieces", options->pieces, "Most pieces on the board")
+    const auto options = std::make_shared<BuildOptions>();
+    EgdbBuildOptions& build = options->build;
+    build.threads = processor_count();
+    command->add_option("DIR", build.folder, "Folder of the database, made if it is not there")->required();
+    command->add_flag("--mtc", options->mtc, "Build moves to conversion instead");
+    command->add_option("--pieces", build.pieces, "Most pieces on the board")
         ->check(CLI::Range(2, EGDB_MOST_BUILT))
         ->capture_default_str();
-    command->add_option("--threads", options->threads)->check(CLI::Range(1, 256))->capture_default_str();
+    command->add_option("--threads", build.threads)->check(CLI::Range(1, 256))->capture_default_str();
     command->callback([options] { run_build(*options); });
 }
 

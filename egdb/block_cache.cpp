@@ -11,6 +11,10 @@ namespace {
 
 constexpr int32_t BLOCKS_OF_A_GROUP = 512;
 
+const char* data_extension(const EgdbDatabase& database) { return egdb_format(database.type).data_extension; }
+
+int64_t block_bytes(const EgdbDatabase& database) { return egdb_format(database.type).block_bytes; }
+
 // Reads the bytes from an offset on, all of which are in the file unless it has been cut. False if they
 // cannot be had.
 bool read_region(const EgdbDatabase& database, const DbFile& file, int64_t offset, uint8_t* data,
@@ -19,7 +23,8 @@ bool read_region(const EgdbDatabase& database, const DbFile& file, int64_t offse
     switch (read_input(file.file_handle, offset, data, bytes, got)) {
         case INPUT_READ:
             if (got == bytes) return true;
-            egdb_log(database, "%s%s.cpr1 has become shorter\n", database.folder.c_str(), file.name.data());
+            egdb_log(database, "%s%s%s has become shorter\n", database.folder.c_str(), file.name.data(),
+                     data_extension(database));
             return false;
         case INPUT_NO_SEEK:
             egdb_log(database, "%s", seek_failure);
@@ -31,14 +36,15 @@ bool read_region(const EgdbDatabase& database, const DbFile& file, int64_t offse
 }
 
 bool open_data_file(const EgdbDatabase& database, DbFile& file) {
-    const std::string path = database.folder + file.name.data() + ".cpr1";
+    const std::string path = database.folder + file.name.data() + data_extension(database);
     if (open_input(path, file.file_handle)) return true;
     egdb_log(database, "Cannot open %s\n", path.c_str());
     return false;
 }
 
-int32_t bytes_in_block(const DbFile& file, uint32_t block) {
-    return static_cast<int32_t>(std::min(WLD_BLOCK_BYTES, file.data_bytes - block * WLD_BLOCK_BYTES));
+int32_t bytes_in_block(const EgdbDatabase& database, const DbFile& file, uint32_t block) {
+    const int64_t bytes = block_bytes(database);
+    return static_cast<int32_t>(std::min(bytes, file.data_bytes - block * bytes));
 }
 
 // Once for each file: a set of other catalogues disagrees in every block.
@@ -46,8 +52,8 @@ void log_unsound(const EgdbDatabase& database, DbFile& file, uint32_t block) {
     if (file.told_unsound) return;
     file.told_unsound = true;
     egdb_log(database,
-             "%s%s.cpr1: block %u does not agree with the index: damaged, or written with other catalogues\n",
-             database.folder.c_str(), file.name.data(), block);
+             "%s%s%s: block %u does not agree with the index: damaged, or written with other catalogues\n",
+             database.folder.c_str(), file.name.data(), data_extension(database), block);
 }
 
 // Numbers the sub-blocks of one Subslice of an autoloaded file. False if its bytes disagree with the index.
@@ -56,7 +62,7 @@ bool number_autoloaded(const EgdbDatabase& database, Subslice& subslice, const u
     for (uint32_t r = 0; r < subslice.num_idx_blocks; ++r) {
         const uint32_t block = subslice.first_idx_block + r;
         const uint8_t* const bytes = data + block * WLD_BLOCK_BYTES;
-        const BlockPart part = block_part(subslice, block, bytes_in_block(*subslice.file, block));
+        const BlockPart part = block_part(subslice, block, bytes_in_block(database, *subslice.file, block));
         if (!is_part_sound(part, bytes)) {
             log_unsound(database, *subslice.file, block);
             return false;
@@ -83,23 +89,25 @@ bool visit_subslices(const EgdbDatabase& database, const DbFile& file, const Vis
     return true;
 }
 
-// The position numbers of a loaded block's sub-blocks: of each Subslice that has bytes in it.
-void number_block(const EgdbDatabase& database, CacheBlock& cache_block) {
+// Checks a loaded block against the index, in each Subslice that has bytes in it, and finds the position
+// numbers of its sub-blocks. False if it disagrees.
+bool number_block(const EgdbDatabase& database, CacheBlock& cache_block) {
     const Subslice* subslice = cache_block.subdb;
     const auto block = static_cast<uint32_t>(cache_block.blocknum);
     while (subslice->first_idx_block == block && subslice->startbyte > 0 && subslice->prev)
         subslice = subslice->prev;
     cache_block.subindices.fill(0);
+    const bool mtc = database.type == EGDB_MTC;
     do {
-        const BlockPart part = block_part(*subslice, block, bytes_in_block(*subslice->file, block));
-        if (!is_part_sound(part, cache_block.data)) {
+        const BlockPart part = block_part(*subslice, block, bytes_in_block(database, *subslice->file, block));
+        if (!(mtc ? is_mtc_part_sound : is_part_sound)(part, cache_block.data)) {
             log_unsound(database, *subslice->file, block);
-            cache_block.is_sound = false;
-            return;
+            return false;
         }
-        number_subblocks(part, cache_block.data, cache_block.subindices);
+        if (!mtc) number_subblocks(part, cache_block.data, cache_block.subindices);
         subslice = subslice->next;
     } while (subslice && subslice->first_idx_block == block);
+    return true;
 }
 
 }  // namespace
@@ -151,10 +159,11 @@ int allocate_cache(EgdbDatabase& database, int32_t blocks) {
         egdb_log(database, "Cannot allocate memory for ccbs\n");
         return 1;
     }
-    egdb_log(database, "Allocating %d cache buffers of size %d\n", blocks, static_cast<int>(WLD_BLOCK_BYTES));
+    const int64_t bytes = block_bytes(database);
+    egdb_log(database, "Allocating %d cache buffers of size %d\n", blocks, static_cast<int>(bytes));
     for (int32_t first = 0; first < blocks; first += BLOCKS_OF_A_GROUP) {
         const int32_t last = std::min(first + BLOCKS_OF_A_GROUP, blocks);
-        LargeMemory group = allocate_large(static_cast<size_t>(last - first) * WLD_BLOCK_BYTES);
+        LargeMemory group = allocate_large(static_cast<size_t>((last - first) * bytes));
         if (!group) {
             egdb_log(database, "aligned_large_alloc failure on cache buffers\n");
             return 1;
@@ -163,7 +172,7 @@ int allocate_cache(EgdbDatabase& database, int32_t blocks) {
             CacheBlock& block = database.ccbs[static_cast<size_t>(i)];
             block.next = i + 1 < blocks ? i + 1 : 0;
             block.prev = i > 0 ? i - 1 : blocks - 1;
-            block.data = static_cast<uint8_t*>(group.get()) + (i - first) * WLD_BLOCK_BYTES;
+            block.data = static_cast<uint8_t*>(group.get()) + (i - first) * bytes;
         }
         database.buffers.push_back(std::move(group));
     }
@@ -182,9 +191,10 @@ int32_t get_block_for(EgdbDatabase& database, const Subslice& subslice, uint32_t
     file.cache_bufferi[block] = victim;
     cache_block.subdb = &subslice;
     cache_block.blocknum = static_cast<int32_t>(block);
-    cache_block.is_sound = read_region(database, file, block * WLD_BLOCK_BYTES, cache_block.data,
-                                       static_cast<size_t>(bytes_in_block(file, block)), "seek failed\n");
-    if (cache_block.is_sound) number_block(database, cache_block);
+    cache_block.is_sound =
+        read_region(database, file, block * block_bytes(database), cache_block.data,
+                    static_cast<size_t>(bytes_in_block(database, file, block)), "seek failed\n") &&
+        number_block(database, cache_block);
     database.lru_head = cache_block.next;
     return victim;
 }

@@ -1,6 +1,21 @@
 #include "egdb/block_codes.h"
 
 #include "egdb/catalogues.h"
+#include "egdb/mtc_codes.h"
+
+namespace {
+
+template <typename Totals>
+bool adds_up(const BlockPart& part, const Totals& totals, const uint8_t* bytes) {
+    int64_t position = part.first_position;
+    for (int32_t o = part.first_byte; o < part.end_byte; ++o) {
+        if (position >= part.end_position) return false;
+        position += totals[bytes[o]];
+    }
+    return part.is_last ? position >= part.end_position : position == part.end_position;
+}
+
+}  // namespace
 
 BlockPart block_part(const Subslice& subslice, uint32_t block, int32_t block_bytes) {
     const uint32_t r = block - subslice.first_idx_block;
@@ -8,7 +23,7 @@ BlockPart block_part(const Subslice& subslice, uint32_t block, int32_t block_byt
     part.first_byte = r == 0 ? subslice.startbyte : 0;
     part.end_byte = block_bytes;
     part.first_position = subslice.indices[r];
-    part.catalogue = subslice.catalogidx[r];
+    if (!subslice.catalogidx.empty()) part.catalogue = subslice.catalogidx[r];
     part.is_last = r + 1 == subslice.num_idx_blocks;
     part.end_position = part.is_last ? subslice.positions : subslice.indices[r + 1];
     if (part.is_last && subslice.next && subslice.next->first_idx_block == block)
@@ -17,13 +32,11 @@ BlockPart block_part(const Subslice& subslice, uint32_t block, int32_t block_byt
 }
 
 bool is_part_sound(const BlockPart& part, const uint8_t* bytes) {
-    const CatalogueTable& table = catalogue(part.catalogue);
-    int64_t position = part.first_position;
-    for (int32_t o = part.first_byte; o < part.end_byte; ++o) {
-        if (position >= part.end_position) return false;
-        position += table.totals[bytes[o]];
-    }
-    return part.is_last ? position >= part.end_position : position == part.end_position;
+    return adds_up(part, catalogue(part.catalogue).totals, bytes);
+}
+
+bool is_mtc_part_sound(const BlockPart& part, const uint8_t* bytes) {
+    return adds_up(part, mtc_totals, bytes);
 }
 
 void number_subblocks(const BlockPart& part, const uint8_t* bytes,

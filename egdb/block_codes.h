@@ -27,6 +27,8 @@ BlockPart block_part(const Subslice& subslice, uint32_t block, int32_t block_byt
 
 // Whether the runs of the bytes add up to what the index says. `bytes` is the block.
 bool is_part_sound(const BlockPart& part, const uint8_t* bytes);
+// The same for moves to conversion.
+bool is_mtc_part_sound(const BlockPart& part, const uint8_t* bytes);
 
 // Fills in the position number of each sub-block of the part that begins in it, at the block's own numbers.
 // The part is sound.

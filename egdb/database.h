@@ -14,6 +14,7 @@
 #include "base/memory.h"
 #include "base/spin_lock.h"
 #include "egdb/driver.h"
+#include "egdb/egdb_format.h"
 #include "egdb/file_list.h"
 #include "egdb/numbering.h"
 #include "egdb/statistics.h"

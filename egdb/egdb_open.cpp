@@ -5,6 +5,7 @@
 #include <new>
 
 #include "egdb/identify.h"
+#include "egdb/mtc_open.h"
 #include "egdb/open_options.h"
 #include "egdb/wld_open.h"
 
@@ -15,7 +16,7 @@ struct DriverRow {
     EgdbType type;
     OpenEgdb (*open)(const EgdbOpenRequest& request);
 };
-constexpr std::array<DriverRow, 1> DRIVERS{{{EGDB_WLD, open_wld}}};
+constexpr std::array<DriverRow, 2> DRIVERS{{{EGDB_WLD, open_wld}, {EGDB_MTC, open_mtc}}};
 
 const char* name_of_type(EgdbType type) {
     switch (type) {

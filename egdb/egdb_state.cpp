@@ -36,7 +36,8 @@ void log_missing(const char* kind, const std::string& folder) {
     egdb_log_text(("No " + std::string(kind) + " database found in '" + folder + "'\n").c_str());
 }
 
-OpenEgdb open_mtc(const DatabaseOptions& options, int32_t maxpieces, const EgdbSurroundings* surroundings) {
+OpenEgdb open_mtc_folder(const DatabaseOptions& options, int32_t maxpieces,
+                         const EgdbSurroundings* surroundings) {
     show(surroundings, WAIT_FOR_MTC);
     OpenEgdb mtc =
         egdb_open(options_text({maxpieces, -1}).c_str(), MTC_CACHE_MB, options.mtc_folder, egdb_log_text);
@@ -68,7 +69,7 @@ void init_wld_and_mtc(const DatabaseOptions& options, int32_t maxpieces,
         egdb_state.store(EGDB_FAILED, std::memory_order_release);
         return;
     }
-    if (options.mtc_enable) opened.mtc = open_mtc(options, maxpieces, surroundings);
+    if (options.mtc_enable) opened.mtc = open_mtc_folder(options, maxpieces, surroundings);
     egdb_state.store(EGDB_OPENED, std::memory_order_release);
 }
 
@@ -100,12 +101,13 @@ void take_over() {
                    &engine.maxkings_1side_8pcs);
     engine.no_side_captures = wld.type == EGDB_WLD;
     engine.wld = &wld;
+    engine.mtc = in_use.mtc.get();
     egdb_state.store(EGDB_IN_USE, std::memory_order_release);
 }
 
 void close_all() {
     EgdbEngine& engine = egdb_engine;
-    engine.wld = nullptr;
+    engine.wld = engine.mtc = nullptr;
     engine.maxpieces = engine.maxpieces_1side = 0;
     engine.maxkings_9pcs = engine.maxkings_1side_8pcs = 0;
     engine.no_side_captures = false;
@@ -141,8 +143,10 @@ void egdb_prepare_search(const DatabaseOptions& options, bool& reopen_wld, bool&
         reopen(options, surroundings);
     } else if (reopen_mtc) {
         reopen_mtc = false;
+        egdb_engine.mtc = nullptr;
         in_use.mtc.reset();
-        if (options.mtc_enable) in_use.mtc = open_mtc(options, egdb_engine.maxpieces, &surroundings);
+        if (options.mtc_enable) in_use.mtc = open_mtc_folder(options, egdb_engine.maxpieces, &surroundings);
+        egdb_engine.mtc = in_use.mtc.get();
     }
 }
 

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <array>
 
+#include "egdb/mtc_choice.h"
 #include "egdb/resolver.h"
 #include "eval/evaluation.h"
 
 namespace {
 
 void prepare_nothing(char*) {}
-int choose_no_move(const Position&, int, const MoveList&, int&, int&, char*) { return 0; }
 
 // Scores of draws by material difference + 20.
 constexpr int DRAW_SCORE_LIMIT = 20;
@@ -45,7 +45,7 @@ int32_t static_evaluation(const Position& position, int side, NodeSummary& summa
 }  // namespace
 
 EgdbEngine no_egdb() {
-    return {nullptr, 0, 0, 0, 0, false, -5, prepare_nothing, choose_no_move, egdb_move_check};
+    return {nullptr, nullptr, 0, 0, 0, 0, false, -5, prepare_nothing, mtc_choose_move, egdb_move_check};
 }
 
 EgdbEngine egdb_engine = no_egdb();

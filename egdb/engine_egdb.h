@@ -13,6 +13,7 @@
 // search thread. The three operations are a table, so that the engine runs without what opens databases.
 struct EgdbEngine {
     const EgdbDriver* wld;        // win/loss/draw; null if none is open
+    const EgdbDriver* mtc;        // moves to conversion; null if none is open. For one thread at a time
     int32_t maxpieces;            // on the board
     int32_t maxpieces_1side;      // of one side
     int32_t maxkings_9pcs;        // of both sides, with nine pieces
@@ -23,7 +24,8 @@ struct EgdbEngine {
     // At the start of each search: applies a change of settings or takes over a finished opening. May write a
     // message to the text that the user sees, a buffer of 2000 bytes.
     void (*egdb_prepare)(char* message);
-    // 1 if a root move comes from the distances to conversion: its index, the number and a text; else 0.
+    // 1 if a root move comes from the moves to conversion: its index, the number and a text; else 0. As long
+    // as none is filled in that of egdb/mtc_choice.h, which needs nothing but the drivers.
     int (*mtc_choose_move)(const Position& position, int side, const MoveList& moves, int& best, int& mtc,
                            char* text);
     // 1 if `better` is to replace the searched move `chosen`, else 0. As long as none is filled in that of

@@ -44,8 +44,11 @@ const std::array<EgdbIdentityRow, EGDB_IDENTITY_ROWS> egdb_identities{{
     // Our own.
     {EGDB_WLD, 5, "db5.idx1", 0x81779289},
     {EGDB_WLD, 4, "db4.idx1", 0xe298d6cf},
+    {EGDB_MTC, 4, "db4.idx_mtc", 0x6c8775a5},
     {EGDB_WLD, 3, "db3.idx1", 0x24d14419},
+    {EGDB_MTC, 3, "db3.idx_mtc", 0x61b8de41},
     {EGDB_WLD, 2, "db2.idx1", 0x9173eb21},
+    {EGDB_MTC, 2, "db2.idx_mtc", 0x87f2f650},
 }};
 
 std::string folder_prefix(const std::string& folder) {

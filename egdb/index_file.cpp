@@ -64,6 +64,7 @@ struct FormattedText {
 
 struct IndexReader {
     EgdbDatabase& database;
+    EgdbFormat format;
     DbFile& file;
     const char* path;
     int64_t& memory_counter;
@@ -135,10 +136,14 @@ bool push_entry(IndexReader& reader, std::vector<Entry>& entries, Entry entry, c
     return true;
 }
 
-bool push_block(IndexReader& reader, Subslice& subslice, uint32_t index, int32_t catalogue, int32_t vmap) {
+bool push_block(IndexReader& reader, Subslice& subslice, uint32_t index) {
     ++reader.blocks;
     ++subslice.num_idx_blocks;
-    return push_entry(reader, subslice.indices, index, "std::malloc error for indices array!\n") &&
+    return push_entry(reader, subslice.indices, index, "std::malloc error for indices array!\n");
+}
+
+bool push_block(IndexReader& reader, Subslice& subslice, uint32_t index, int32_t catalogue, int32_t vmap) {
+    return push_block(reader, subslice, index) &&
            push_entry(reader, subslice.catalogidx, static_cast<uint8_t>(catalogue),
                       "std::malloc error for catalogidx array!\n") &&
            push_entry(reader, subslice.vmap, static_cast<uint8_t>(vmap),
@@ -159,6 +164,10 @@ void end_previous(Subslice& previous, uint32_t startbyte) {
         previous.same_subidx = 1;
 }
 
+int64_t blocks_of(const EgdbFormat& format, int64_t bytes) {
+    return (bytes + format.block_bytes - 1) / format.block_bytes;
+}
+
 // A Subslice begins behind the one before it, in its last block or at the start of the block behind.
 bool follows(const Subslice& previous, int32_t block, int32_t startbyte) {
     const int64_t last_block = int64_t{previous.first_idx_block} + previous.num_idx_blocks - 1;
@@ -167,21 +176,21 @@ bool follows(const Subslice& previous, int32_t block, int32_t startbyte) {
     return block == last_block + 1 && startbyte == 0;
 }
 
-// The first block of a Subslice, then a line for each of the others.
-int read_blocks(IndexReader& reader, Subslice& subslice) {
-    FormattedText& text = reader.text;
-    std::array<int32_t, 4> first{};
-    if (text.take_numbers(first, "/,,") != 4) {
-        // The rest of a short line is passed over if there is any.
-        if (text.at_end()) return reader.fail("Bad line in");
-        text.rest.remove_prefix(1);
+// Passes over lines that begin with "#".
+void pass_comments(FormattedText& text) {
+    for (text.skip_space(); text.take('#'); text.skip_space()) {
+        const size_t end = text.rest.find('\n');
+        text.rest.remove_prefix(end == std::string_view::npos ? text.rest.size() : end);
     }
-    const auto [block, startbyte, catalogue, vmap] = first;
-    const bool in_file = block >= 0 && startbyte >= 0 && startbyte < WLD_BLOCK_BYTES &&
-                         block * WLD_BLOCK_BYTES + startbyte < reader.file.data_bytes;
-    if (!in_file || !is_block_code(catalogue, vmap)) return reader.fail("Bad line in");
-    if (reader.last ? !follows(*reader.last, block, startbyte) : block != 0 || startbyte != 0)
-        return reader.fail("Bad line in");
+}
+
+// Puts the Subslice behind the one before it. False if its bytes cannot begin there.
+bool begin_subslice(IndexReader& reader, Subslice& subslice, int32_t block, int32_t startbyte) {
+    const int64_t block_bytes = reader.format.block_bytes;
+    const bool in_file = block >= 0 && startbyte >= 0 && startbyte < block_bytes &&
+                         block * block_bytes + startbyte < reader.file.data_bytes;
+    if (!in_file) return false;
+    if (reader.last ? !follows(*reader.last, block, startbyte) : block != 0 || startbyte != 0) return false;
     subslice.singlevalue = NO_SINGLE_VALUE;
     subslice.first_idx_block = static_cast<uint32_t>(block);
     subslice.startbyte = static_cast<uint16_t>(startbyte);
@@ -193,19 +202,75 @@ int read_blocks(IndexReader& reader, Subslice& subslice) {
         end_previous(*reader.last, static_cast<uint32_t>(startbyte));
     }
     reader.last = &subslice;
+    return true;
+}
+
+// The position can begin the block, or unit, behind one that begins with `before`.
+bool is_next_position(const Subslice& subslice, int32_t position, uint32_t before) {
+    return position > 0 && static_cast<uint32_t>(position) > before &&
+           static_cast<uint32_t>(position) < subslice.positions;
+}
+
+// The next block of the Subslice has bytes in the file.
+bool is_next_block_in_file(const IndexReader& reader, const Subslice& subslice) {
+    return (int64_t{subslice.first_idx_block} + subslice.num_idx_blocks) * reader.format.block_bytes <
+           reader.file.data_bytes;
+}
+
+// A line for each block, which tells its catalogue and value map too.
+int read_coded_blocks(IndexReader& reader, Subslice& subslice) {
+    FormattedText& text = reader.text;
+    std::array<int32_t, 4> first{};
+    if (text.take_numbers(first, "/,,") != 4) {
+        // The rest of a short line is passed over if there is any.
+        if (text.at_end()) return reader.fail("Bad line in");
+        text.rest.remove_prefix(1);
+    }
+    const auto [block, startbyte, catalogue, vmap] = first;
+    if (!is_block_code(catalogue, vmap) || !begin_subslice(reader, subslice, block, startbyte))
+        return reader.fail("Bad line in");
     if (!push_block(reader, subslice, 0, catalogue, vmap)) return 1;
     for (;;) {
         text.skip_space();
         std::array<int32_t, 3> line{};
-        if (text.take_numbers(line, ",,") != 3) break;
-        const bool rises = line[0] > 0 && static_cast<uint32_t>(line[0]) > subslice.indices.back() &&
-                           static_cast<uint32_t>(line[0]) < subslice.positions;
-        const bool block_in_file =
-            (int64_t{subslice.first_idx_block} + subslice.num_idx_blocks) * WLD_BLOCK_BYTES <
-            reader.file.data_bytes;
-        if (!rises || !block_in_file || !is_block_code(line[1], line[2])) return reader.fail("Bad line in");
+        if (text.take_numbers(line, ",,") != 3) return 0;
+        if (!is_next_position(subslice, line[0], subslice.indices.back()) ||
+            !is_next_block_in_file(reader, subslice) || !is_block_code(line[1], line[2]))
+            return reader.fail("Bad line in");
         if (!push_block(reader, subslice, static_cast<uint32_t>(line[0]), line[1], line[2])) return 1;
     }
+}
+
+// A line for each unit, of which several are a block: the first position of each block is kept.
+int read_units(IndexReader& reader, Subslice& subslice) {
+    FormattedText& text = reader.text;
+    const int32_t unit_bytes = reader.format.unit_bytes;
+    const int32_t units_of_block = reader.format.block_bytes / unit_bytes;
+    std::array<int32_t, 2> first{};
+    if (text.take_numbers(first, "/") != 2) return reader.fail("Bad line in");
+    const auto [unit, offset] = first;
+    if (unit < 0 || offset < 0 || offset >= unit_bytes ||
+        !begin_subslice(reader, subslice, unit / units_of_block, unit % units_of_block * unit_bytes + offset))
+        return reader.fail("Bad line in");
+    pass_comments(text);
+    if (!push_block(reader, subslice, 0)) return 1;
+    uint32_t before = 0;
+    for (int32_t counter = unit % units_of_block;;) {
+        text.skip_space();
+        int32_t position = 0;
+        if (!text.take_number(position)) return 0;
+        if (!is_next_position(subslice, position, before)) return reader.fail("Bad line in");
+        before = static_cast<uint32_t>(position);
+        if (++counter < units_of_block) continue;
+        counter = 0;
+        if (!is_next_block_in_file(reader, subslice)) return reader.fail("Bad line in");
+        if (!push_block(reader, subslice, before)) return 1;
+    }
+}
+
+int read_blocks(IndexReader& reader, Subslice& subslice) {
+    const bool coded = reader.database.type == EGDB_WLD;
+    if ((coded ? read_coded_blocks : read_units)(reader, subslice) != 0) return 1;
     // Most Subslices are small: without this they would take more memory than the data.
     subslice.indices.shrink_to_fit();
     subslice.catalogidx.shrink_to_fit();
@@ -219,6 +284,10 @@ int read_subslice(IndexReader& reader, Subslice& subslice) {
     FormattedText& text = reader.text;
     const char c = text.at_end() ? '\0' : text.rest[0];
     if (c >= '0' && c <= '9') return read_blocks(reader, subslice);
+    if (reader.database.type == EGDB_MTC) {
+        egdb_log(reader.database, "Error parsing mtc index file.\n");
+        return 1;
+    }
     static constexpr std::string_view VALUES = ".+-=";
     const size_t value = c ? VALUES.find(c) : std::string_view::npos;
     if (value == std::string_view::npos) return reader.fail("Bad singlevalue line in");
@@ -253,7 +322,7 @@ void egdb_log(const EgdbDatabase& database, const char* format, ...) {
 
 int read_index_text(EgdbDatabase& database, DbFile& file, const char* text, size_t length, const char* path,
                     int64_t& memory_counter) {
-    IndexReader reader{database, file, path, memory_counter, {{text, length}}};
+    IndexReader reader{database, egdb_format(database.type), file, path, memory_counter, {{text, length}}};
     for (;;) {
         Subslice* subslice = nullptr;
         const int status = read_base(reader, subslice);
@@ -266,18 +335,19 @@ int read_index_text(EgdbDatabase& database, DbFile& file, const char* text, size
 }
 
 int read_index_file(EgdbDatabase& database, DbFile& file, int64_t& memory_counter) {
+    const EgdbFormat format = egdb_format(database.type);
     const std::string base = database.folder + file.name.data();
-    const std::string data_path = base + ".cpr1", index_path = base + ".idx1";
+    const std::string data_path = base + format.data_extension, index_path = base + format.index_extension;
     if (!can_read_file(data_path)) {
-        if (file.pieces < 6) {
+        if (file.pieces < format.optional_from) {
             egdb_log(database, "Cannot open %s\n", data_path.c_str());
             return 1;
         }
-        egdb_log(database, "%s not present\n", data_path.c_str());
+        if (database.type != EGDB_MTC) egdb_log(database, "%s not present\n", data_path.c_str());
         return 0;
     }
     file.data_bytes = file_size(data_path);
-    file.num_cache_blocks = static_cast<int32_t>((file.data_bytes + WLD_BLOCK_BYTES - 1) / WLD_BLOCK_BYTES);
+    file.num_cache_blocks = static_cast<int32_t>(blocks_of(format, file.data_bytes));
     std::string text;
     if (read_file(index_path, text) != 0) {
         egdb_log(database, "cannot open index file %s\n", index_path.c_str());

@@ -1,14 +1,15 @@
 // Reads the text index of a data file: for each Subslice its single value, or where its bytes begin and which
-// position, catalogue and value map each block starts with.
+// position each block starts with, and how the bytes are to be read. The types of databases differ in the
+// lines behind a Subslice's first one.
 #pragma once
 
 #include <cstdint>
 
 #include "egdb/database.h"
 
-// Reads the index of one file of type EGDB_WLD into the database's Slices. 0, also if the file is missing and
-// may be: one of six pieces or more. 1 ends the opening; the log tells why. `memory_counter` grows by the
-// bytes allocated, those of a failed reading as well.
+// Reads the index of one file of the database's type into its Slices. 0, also if the data file is missing and
+// may be, by its number of pieces. 1 ends the opening; the log tells why. `memory_counter` grows by the bytes
+// allocated, those of a failed reading as well.
 //
 // Everything that lookups rely on is checked here: numbers beyond their ranges, blocks beyond the file's end
 // and position numbers that don't rise make the reading fail like text that cannot be read.

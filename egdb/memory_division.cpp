@@ -55,9 +55,10 @@ void order_files(EgdbDatabase& database, const CacheRules& rules) {
     database.autoload_order.clear();
     for (int32_t i = 0; i < database.file_count; ++i) {
         DbFile& file = database.files[static_cast<size_t>(i)];
-        if (file.is_present && file.pieces < rules.always_autoload_below)
+        if (file.is_present && (!rules.autoload || file.pieces < rules.always_autoload_below))
             database.autoload_order.push_back(&file);
     }
+    if (!rules.autoload) return;
     for (int kings = 0; kings <= database.max_pieces; ++kings)
         for (int pieces = rules.always_autoload_below; pieces <= database.max_pieces; ++pieces)
             add_materials(database, pieces, kings);
@@ -81,6 +82,7 @@ CacheSize cache_size(const CacheRules& rules, int64_t memory, int64_t cache_mega
     size.least = (memory + RESERVE_BYTES) / MEGABYTE >= cache_megabytes;
     const int64_t blocks =
         size.least ? rules.least_blocks : (cache_megabytes * MEGABYTE - memory) / rules.bytes_per_block;
-    size.blocks = static_cast<int32_t>(std::min(cacheable, blocks));
+    const bool limited = size.least || rules.limited;
+    size.blocks = static_cast<int32_t>(limited ? std::min(cacheable, blocks) : blocks);
     return size;
 }

@@ -14,14 +14,28 @@ struct CacheRules {
     int32_t always_autoload_below;  // pieces: such files are held whole whatever they need, and come first
     int64_t bytes_per_block;        // a buffer and what goes with it
     int32_t least_blocks;           // made even where there is no memory for them
+    bool autoload = true;           // files may be held whole
+    bool limited = true;            // the cache has no more blocks than the files
 };
-constexpr CacheRules WLD_CACHE_RULES{6, 4384, 2560};
+constexpr CacheRules cache_rules(EgdbType type) {
+    switch (type) {
+        case EGDB_MTC:
+            return {0, 16416, 640, false, false};
+        case EGDB_WLD_FIXED_CODES:
+            return {5, 4384, 2560};
+        case EGDB_WLD_VALUE_LISTS:
+            return {5, 4428, 2560};
+        default:
+            return {6, 4384, 2560};
+    }
+}
+constexpr CacheRules WLD_CACHE_RULES = cache_rules(EGDB_WLD);
 
 // Megabytes for files that are held whole, of a database of `db_mb` where `avail_mb`, which may be negative,
 // are there for it.
 int64_t autoload_budget_mb(int64_t db_mb, int64_t avail_mb);
 
-// Fills in `autoload_order`.
+// Fills in `autoload_order`; that of the list where no file is held whole.
 void order_files(EgdbDatabase& database, const CacheRules& rules);
 
 // Marks the files that are to be held whole, and logs them.

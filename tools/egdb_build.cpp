@@ -5,7 +5,8 @@
 #include <new>
 
 #include "base/files.h"
-#include "egdb/file_list.h"
+#include "egdb/identify.h"
+#include "tools/egdb_names.h"
 #include "tools/egdb_solver.h"
 #include "tools/egdb_whole.h"
 
@@ -21,32 +22,6 @@ struct Build {
     std::unique_ptr<EgdbDatabase> database;  // of earlier builds, opened when it is first needed
     Coders coders;
 };
-
-std::string folder_of(const EgdbBuildOptions& options) {
-    const std::string& folder = options.folder;
-    return folder.empty() || folder.back() == '/' ? folder : folder + "/";
-}
-
-std::vector<EgdbFileName> names_of(int pieces) {
-    EgdbFileList list;
-    make_file_list(EGDB_WLD, pieces, -1, list);
-    std::vector<EgdbFileName> names;
-    for (int i = 0; i < list.count; ++i)
-        if (list.names[static_cast<size_t>(i)].pieces == pieces)
-            names.push_back(list.names[static_cast<size_t>(i)]);
-    return names;
-}
-
-// The materials of a file, in the order of the names of larger files.
-std::vector<Material> materials_of(const EgdbFileName& name) {
-    const char* const digits = name.text.data() + 4;
-    if (name.text[3] == '-') return {{digits[0] - '0', digits[1] - '0', digits[2] - '0', digits[3] - '0'}};
-    std::vector<Material> materials = solving_order(name.pieces);
-    const auto key = [](const Material& m) { return std::array{black_count(m), m.bk, m.wk}; };
-    std::sort(materials.begin(), materials.end(),
-              [&](const Material& a, const Material& b) { return key(a) < key(b); });
-    return materials;
-}
 
 std::string data_path(const Build& build, const EgdbFileName& name) {
     return build.folder + name.text.data() + ".cpr1";
@@ -167,7 +142,7 @@ EgdbBuildStatus write_name(Build& build, const EgdbFileName& name) {
 }
 
 EgdbBuildStatus build_pieces(Build& build, int pieces) {
-    std::vector<EgdbFileName> missing = names_of(pieces);
+    std::vector<EgdbFileName> missing = egdb_names_of(EGDB_WLD, pieces);
     std::erase_if(missing, [&](const EgdbFileName& name) { return is_built(build, name); });
     if (missing.empty()) return EGDB_BUILT;
     std::vector<Material> wanted;
@@ -207,12 +182,12 @@ int64_t build_memory(int pieces) {
 
 EgdbBuildStatus build_database(const EgdbBuildOptions& options, const std::atomic<bool>& stop,
                                EgdbBuildProgress& progress, EgdbBuildResult& result) {
-    Build build{options, stop, progress, result, folder_of(options), {}, nullptr, make_coders()};
+    Build build{options, stop, progress, result, folder_prefix(options.folder), {}, nullptr, make_coders()};
     if (!build.folder.empty() && !make_folders(build.folder))
         return fail(build, EGDB_BUILD_CANNOT_WRITE, options.folder);
     int64_t all = 0;
     for (int pieces = 2; pieces <= options.pieces; ++pieces)
-        for (const EgdbFileName& name : names_of(pieces))
+        for (const EgdbFileName& name : egdb_names_of(EGDB_WLD, pieces))
             if (!is_built(build, name))
                 for (const Material& m : materials_of(name)) all += solving_work(m) + coding_work(m);
     progress.all = all;

@@ -40,7 +40,7 @@ enum EgdbBuildStatus {
 struct EgdbBuiltFile {
     std::string name;
     int64_t positions = 0;
-    int64_t free_positions = 0;  // of these, never looked up
+    int64_t free_positions = 0;  // of these, never looked up, or without a number of moves
     int64_t data_bytes = 0;
     int64_t index_bytes = 0;
 };

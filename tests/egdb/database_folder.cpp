@@ -11,6 +11,7 @@ std::string database_log;
 void keep_log(const char* text) { database_log += text; }
 
 std::string shipped_database() { return std::string(PROJECT_FOLDER) + "/data/wld_database/"; }
+std::string shipped_distances() { return std::string(PROJECT_FOLDER) + "/data/mtc_database/"; }
 
 DatabaseFolder::DatabaseFolder() {
     for (const auto& entry : std::filesystem::directory_iterator(shipped_database()))

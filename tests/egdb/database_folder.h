@@ -7,8 +7,9 @@
 
 #include "tests/base/scratch_folder.h"
 
-// The folder that comes with the program; only to be read.
+// The folders that come with the program; only to be read.
 std::string shipped_database();
+std::string shipped_distances();
 
 // A copy of it.
 struct DatabaseFolder : ScratchFolder {

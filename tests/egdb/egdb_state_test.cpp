@@ -146,9 +146,12 @@ TEST_F(State, DistancesThatCannotBeOpenedLeaveTheValues) {
     std::ofstream(folder.file("db4.idx_mtc"), std::ios::binary) << with_crc("", 0x2d675cd2);
     options.mtc_enable = true;
     options.mtc_folder = folder.path;
+    std::ofstream(folder.file("db2.cpr_mtc")) << "a";
+    std::ofstream(folder.file("db2.idx_mtc")) << "no index";
     change_and_prepare();
     expect_open(4);
-    EXPECT_NE(log().find("holds a database of type 1"), std::string::npos);
+    EXPECT_EQ(egdb_engine.mtc, nullptr);
+    EXPECT_NE(log().find("Error parsing " + folder.file("db2.idx_mtc")), std::string::npos);
     EXPECT_EQ(events.back(), "Wait for MTC database init...");
     // A change of these alone closes nothing else and keeps the log.
     const EgdbDriver* const wld = egdb_engine.wld;
@@ -164,6 +167,38 @@ TEST_F(State, DistancesThatCannotBeOpenedLeaveTheValues) {
     prepare();
     EXPECT_FALSE(reopen_mtc);
     EXPECT_EQ(events.size(), 1u);
+}
+
+TEST_F(State, DistancesAreOpenedBesideTheValuesAndClosedWithThem) {
+    options.mtc_enable = true;
+    options.mtc_folder = shipped_distances();
+    change_and_prepare();
+    expect_open(4);
+    ASSERT_NE(egdb_engine.mtc, nullptr);
+    EXPECT_EQ(egdb_engine.mtc->type, EGDB_MTC);
+    EXPECT_EQ(events, (Events{"release", "allocate", "Wait for WLD database init...",
+                              "Wait for MTC database init..."}));
+    options.mtc_enable = false;
+    reopen_mtc = true;
+    prepare();
+    EXPECT_EQ(egdb_engine.mtc, nullptr);
+    expect_open(4);
+    options.mtc_enable = true;
+    reopen_mtc = true;
+    prepare();
+    ASSERT_NE(egdb_engine.mtc, nullptr);
+    options.wld_enable = false;
+    change_and_prepare();
+    expect_closed(EGDB_SWITCHED_OFF);
+    EXPECT_EQ(egdb_engine.mtc, nullptr);
+    // Beside a search as well; with the limit of the values that were open.
+    options.wld_enable = options.wld_parallel_init = true;
+    change_and_prepare();
+    EXPECT_EQ(egdb_engine.mtc, nullptr);
+    wait();
+    prepare();
+    expect_open(4);
+    EXPECT_NE(egdb_engine.mtc, nullptr);
 }
 
 TEST_F(State, SwitchedOffWhileItIsOpen) {

@@ -73,7 +73,10 @@ TEST(Identify, TheRowsToldStandBeforeOurOwn) {
     EXPECT_EQ(egdb_identities[17].crc, 0xc5912d8fu);
     EXPECT_STREQ(egdb_identities[TOLD_ROWS - 1].file, "db2.idx");
     EXPECT_EQ(egdb_identities[TOLD_ROWS - 1].crc, 0xa833eebfu);
-    for (size_t i = TOLD_ROWS; i < egdb_identities.size(); ++i) EXPECT_EQ(egdb_identities[i].type, EGDB_WLD);
+    for (size_t i = TOLD_ROWS; i < egdb_identities.size(); ++i) {
+        const EgdbType type = egdb_identities[i].type;
+        EXPECT_TRUE(type == EGDB_WLD || type == EGDB_MTC);
+    }
     for (size_t i = 1; i < TOLD_ROWS; ++i)
         EXPECT_LE(egdb_identities[i].pieces, egdb_identities[i - 1].pieces);
 }
@@ -99,6 +102,7 @@ TEST(Identify, MorePiecesDecideThenTheEarlierRow) {
 
 TEST(Identify, WhatComesWithTheProgramIsFound) {
     expect_found(shipped_database(), EGDB_WLD, 4);
+    expect_found(shipped_distances(), EGDB_MTC, 4);
     const DatabaseFolder folder;
     folder.remove("db4.idx1");
     expect_found(folder.path, EGDB_WLD, 3);

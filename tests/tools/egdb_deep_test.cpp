@@ -2,11 +2,15 @@
 #include <gtest/gtest.h>
 
 #include "core/movegen.h"
+#include "egdb/mtc_codes.h"
+#include "egdb/mtc_open.h"
 #include "egdb/position_walk.h"
 #include "egdb/wld_lookup.h"
 #include "tests/base/scratch_folder.h"
 #include "tests/tools/egdb_fixture.h"
 #include "tools/egdb_build.h"
+#include "tools/egdb_mtc_blocks.h"
+#include "tools/egdb_mtc_solver.h"
 #include "tools/egdb_planes.h"
 #include "tools/egdb_whole.h"
 
@@ -43,6 +47,35 @@ TEST(EgdbDeep, ValuesOfFourPiecesFollowFromTheirMovesAndAreInTheFiles) {
             }
         }
     }
+}
+
+// As well as those of fewer pieces; the files are those that come with the program.
+TEST(EgdbDeep, DistancesFollowFromTheirMovesAndAreInTheFiles) {
+    EgdbOpenRequest request;
+    request.folder = PROJECT_FOLDER "/data/mtc_database";
+    request.pieces = 4;
+    const OpenEgdb driver = open_mtc(request);
+    ASSERT_TRUE(driver);
+    const SolvedSet& set = solved_up_to(4);
+    int64_t told = 0;
+    for (int pieces = 2; pieces <= 4; ++pieces) {
+        for (const Material& m : solving_order(pieces)) {
+            SolvedDistances solved;
+            ASSERT_EQ(solve_distances(m, set, SolveControl{2, nullptr, nullptr}, solved), 0);
+            for (int side = 0; side < (is_symmetric(m) ? 1 : 2); ++side) {
+                PositionWalk walk(m, 0);
+                for (int64_t i = 0; i < slice_size(m); ++i) {
+                    const int distance = solved.distances[static_cast<size_t>(side)][static_cast<size_t>(i)];
+                    ASSERT_EQ(distance, distance_by_moves(set, solved, walk.position, side));
+                    const int32_t number = driver->lookup(driver->handle, walk.position, side, false);
+                    ASSERT_EQ(number, stored_mtc(distance));
+                    told += number != NO_MTC;
+                    if (i + 1 < slice_size(m)) walk.advance();
+                }
+            }
+        }
+    }
+    EXPECT_EQ(told, 1447);
 }
 
 }  // namespace

@@ -1,0 +1,16 @@
+// Builds a database of moves to conversion, from two pieces up, solving the values that it rests on beside.
+//
+// A build that was interrupted solves the values again, but goes on from the last file that it wrote.
+#pragma once
+
+#include "tools/egdb_build.h"
+
+// Each piece more takes forty times as long.
+constexpr int EGDB_MOST_MTC_BUILT = 5;
+
+// The most memory that a build takes, in bytes.
+int64_t mtc_build_memory(int pieces);
+
+// Builds what is missing. `stop` ends it early.
+EgdbBuildStatus build_mtc_database(const EgdbBuildOptions& options, const std::atomic<bool>& stop,
+                                   EgdbBuildProgress& progress, EgdbBuildResult& result);
