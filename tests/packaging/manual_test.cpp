@@ -30,11 +30,11 @@ constexpr std::array<ManualLanguage, LANGUAGES> MANUAL_LANGUAGES{{{"en", "Englis
                                                                   {"pt", "Portugese"},
                                                                   {"ru", "Russian"}}};
 
-const std::vector<std::string> PAGES_OF_ALL{"index", "start",     "play", "analysis",
-                                            "files", "databases", "rules"};
-const std::vector<std::string> MORE_ENGLISH_PAGES{"undo",    "time",    "pondering",       "modes",
-                                                  "setup",   "windows", "languages",       "book",
-                                                  "network", "console", "troubleshooting", "notation"};
+const std::vector<std::string> PAGES_OF_ALL{"index",    "start",           "play",    "time",
+                                            "analysis", "files",           "windows", "databases",
+                                            "network",  "troubleshooting", "rules"};
+const std::vector<std::string> MORE_ENGLISH_PAGES{"undo",      "pondering", "modes",   "setup",
+                                                  "languages", "book",      "console", "notation"};
 
 std::vector<fs::path> files_with(const fs::path& folder, const std::string& extension) {
     std::vector<fs::path> found;
