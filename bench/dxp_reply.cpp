@@ -1,12 +1,9 @@
-// How long a move stays in the program once its search has ended: a peer in this process plays games against
-// the network play and takes the time from the search thread's last word to the arrival of the move.
+// How long a move stays in the program once its search has ended, as bench/reply_times.h has it.
 //
 //   dxp_reply console|ticks [MOVES]
 //
 // With "console" the interface thread runs the loop of the console program, which the end of a search wakes;
 // with "ticks" it finds out at its next tick.
-#include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -16,58 +13,17 @@
 #include <vector>
 
 #include "base/clock.h"
+#include "bench/reply_times.h"
 #include "cli/game_console.h"
 #include "cli/message_loop.h"
 #include "control/search_thread.h"
 #include "control/settings.h"
 #include "dxp/game_flow.h"
-#include "tests/dxp/scripted_player.h"
+#include "tests/dxp/scripted_peer.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 constexpr int USAGE_STATUS = 2;
-constexpr int MOVES_A_GAME = 30;
-constexpr const char* TIME_OF_GAME = "0.1";  // minutes, for the moves below: some 30 ms a move
-constexpr const char* MOVES_OF_GAME = "200";
-
-std::atomic<int64_t> ended_ns{0};
-std::atomic<bool> done{false};
-std::vector<double> milliseconds;
-
-int64_t now_ns() {
-    return std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now().time_since_epoch()).count();
-}
-
-// By the search thread; the interface thread posts the picture once more when it has seen the end.
-void note_end(SearchPicture picture) {
-    int64_t none = 0;
-    if (picture == PICTURE_GO) ended_ns.compare_exchange_strong(none, now_ns());
-}
-
-// The peer's turn: the program's move has just come.
-int take_time(const PlayedGame& game, int moves) {
-    const int64_t end = ended_ns.exchange(0);
-    if (game.plies > 0 && end > 0) milliseconds.push_back(static_cast<double>(now_ns() - end) / 1e6);
-    return game.plies * 7 % moves;
-}
-
-void play_games(int port, size_t wanted) {
-    Peer peer;
-    PlayerReport report;
-    PlayerOptions options;
-    options.choose = take_time;
-    options.claim_at_ply = MOVES_A_GAME;
-    if (!peer_connect(peer, port)) std::fprintf(stderr, "the program does not listen\n");
-    const std::string request = game_request_text("Peer", 'W', TIME_OF_GAME, MOVES_OF_GAME);
-    while (peer.socket.open() && peer.well() && milliseconds.size() < wanted) {
-        ended_ns = 0;  // of the move behind which the last game ended
-        initiate_game(peer, request, options, report);
-    }
-    if (!peer.well()) std::fprintf(stderr, "%s\n", peer.complaint.c_str());
-    done = true;
-}
 
 // Work that is posted runs at once; the end of a search is seen by the tick.
 void turn_ticking_loop(int64_t& next_tick_ms) {
@@ -103,19 +59,10 @@ Ui make_screen(bool console) {
     Ui screen = no_ui();
     screen.post = console ? post_console_work : post_plain_work;
     screen.post_search_picture = [](SearchPicture picture) {
-        note_end(picture);
+        note_search_end(picture);
         wake_console_loop();
     };
     return screen;
-}
-
-void print_figures() {
-    std::sort(milliseconds.begin(), milliseconds.end());
-    const auto part = [](double share) {
-        return milliseconds[static_cast<size_t>(share * static_cast<double>(milliseconds.size() - 1))];
-    };
-    std::printf("%zu moves: median %.2f ms, 99%% %.2f ms, worst %.2f ms\n", milliseconds.size(), part(0.5),
-                part(0.99), milliseconds.back());
 }
 
 }  // namespace
@@ -134,8 +81,8 @@ int main(int argc, char** argv) {
     settings.pondering_on = 0;
     start_dxp();
     wait_for_connection_command();
-    const std::jthread peer(play_games, port, std::max<size_t>(wanted, 1));
-    for (int64_t next_tick_ms = 0; !done;) {
+    const std::jthread peer = start_timing_peer(port, wanted);
+    for (int64_t next_tick_ms = 0; !timing_is_done();) {
         if (console) {
             turn_console_loop();
         } else {
@@ -144,7 +91,5 @@ int main(int argc, char** argv) {
         }
     }
     discard_search();
-    if (milliseconds.empty()) return 1;
-    print_figures();
-    return 0;
+    return print_reply_times();
 }
