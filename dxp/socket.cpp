@@ -139,7 +139,7 @@ int socket_receive(const Socket& socket, char* bytes, size_t size) {
 void socket_limit_sending(const Socket& socket, int wait_ms) {
     timeval limit{};
     limit.tv_sec = wait_ms / 1000;
-    limit.tv_usec = wait_ms % 1000 * 1000;
+    limit.tv_usec = wait_ms % 1000 * 1000L;
     setsockopt(descriptor(socket), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
