@@ -33,7 +33,7 @@ struct Analyst {
     int spread = 20;
     int64_t budget = std::numeric_limits<int64_t>::max();
     int64_t asked = 0;
-    std::vector<uint64_t> nodes;  // asked for
+    std::vector<uint64_t> nodes{};  // asked for
 };
 
 bool analyse(void* context, std::span<const BookTask> tasks, std::vector<BookAnalysis>& analyses) {
