@@ -11,7 +11,9 @@
 #include "cli/console.h"
 #include "cli/egdb_open_command.h"
 #include "cli/egdb_text.h"
+#include "cli/egdb_verify_command.h"
 #include "egdb/catalogues.h"
+#include "egdb/egdb_open.h"
 #include "egdb/wld_lookup.h"
 #include "tools/egdb_build.h"
 #include "tools/egdb_catalogue_design.h"
@@ -23,6 +25,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+constexpr int MTC_CACHE_MB = 1;  // as the engine opens it
 constexpr int CATALOGUE_TURNS = 2;
 constexpr int64_t CATALOGUE_SAMPLES = 520;  // of each number of pieces, about
 
@@ -154,27 +157,42 @@ void run_stats(const std::string& folder) {
                 static_cast<long long>(bytes), static_cast<double>(bytes) / static_cast<double>(positions));
 }
 
-void probe_line(EgdbDatabase& database, const std::string& fen) {
+struct ProbeOptions {
+    std::string folder;
+    std::string mtc_folder;
+    std::string fen;
+};
+
+// `mtc` may be null.
+void probe_line(EgdbDatabase& database, const EgdbDriver* mtc, const std::string& fen) {
     Position position;
     if (!read_position(fen, position)) return;
     if (!is_legal_setup(position)) return fail("not a legal position: %.200s", fen.c_str());
     const char* const text = has_capture(position, position.side)
                                  ? "capture"
                                  : egdb_value_text(wld_lookup(database, position, position.side, false));
-    std::printf("%s %s\n", fen.c_str(), text);
+    std::printf("%s %s", fen.c_str(), text);
+    if (mtc) std::printf(" %d", static_cast<int>(mtc->lookup(mtc->handle, position, position.side, false)));
+    std::printf("\n");
 }
 
-void run_probe(const std::string& folder, const std::string& fen) {
+void run_probe(const ProbeOptions& options) {
     catch_interrupt();
-    const auto database = open_database(folder);
+    const auto database = open_database(options.folder);
     if (!database) return;
-    if (fen != "-") return probe_line(*database, fen);
+    OpenEgdb mtc;
+    if (!options.mtc_folder.empty()) {
+        mtc = egdb_open("", MTC_CACHE_MB, options.mtc_folder, nullptr);
+        if (!mtc || mtc->type != EGDB_MTC)
+            return fail("no moves-to-conversion database can be read in %s", options.mtc_folder.c_str());
+    }
+    if (options.fen != "-") return probe_line(*database, mtc.get(), options.fen);
     std::string line;
     while (!interrupted && std::getline(std::cin, line)) {
         const size_t end = line.find_last_not_of(" \t\r");
         if (end == std::string::npos) continue;
         line.resize(end + 1);
-        probe_line(*database, line);
+        probe_line(*database, mtc.get(), line);
     }
 }
 
@@ -248,20 +266,25 @@ void add_catalogues(CLI::App& egdb) {
 
 void add_egdb_command(CLI::App& program) {
     CLI::App* const egdb =
-        program.add_subcommand("egdb", "Endgame databases: build, probe and look into them");
+        program.add_subcommand("egdb", "Endgame databases: build, probe, verify and look into them");
     egdb->require_subcommand(1);
     add_build(*egdb);
     const auto folder = std::make_shared<std::string>();
-    const auto fen = std::make_shared<std::string>();
     CLI::App* const stats = egdb->add_subcommand("stats", "Print what the files of a database hold");
     stats->add_option("DIR", *folder)->required();
     stats->callback([folder] { run_stats(*folder); });
     CLI::App* const probe =
         egdb->add_subcommand("probe", "Print the value of positions for the side to move");
-    probe->add_option("DIR", *folder)->required();
-    probe->add_option("FEN", *fen, "Position, or - for one position on each line of standard input")
+    const auto asked = std::make_shared<ProbeOptions>();
+    probe->add_option("DIR", asked->folder)->required();
+    probe->add_option("FEN", asked->fen, "Position, or - for one position on each line of standard input")
         ->required();
-    probe->callback([folder, fen] { run_probe(*folder, *fen); });
+    probe->add_option(
+        "--mtc", asked->mtc_folder,
+        "Folder of a database of moves to conversion, whose number is told behind the value: 1\n"
+        "where it has none");
+    probe->callback([asked] { run_probe(*asked); });
     add_egdb_open_command(*egdb);
+    add_egdb_verify_command(*egdb);
     add_catalogues(*egdb);
 }

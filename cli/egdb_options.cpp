@@ -10,8 +10,28 @@
 #include "search/engine_settings.h"
 
 namespace {
+
 constexpr int MOST_CACHE_MB = 1 << 20;
+
+bool check_folder(std::string& folder, bool mtc) {
+    if (folder.empty()) return true;
+    folder = absolute_path(folder);
+    EgdbType type{};
+    int32_t pieces = 0;
+    if (identify_egdb(folder, type, pieces) == 0 && (type == EGDB_MTC) == mtc) return true;
+    fail("no %s database in %s", mtc ? "moves-to-conversion" : "win/loss/draw", folder.c_str());
+    return false;
 }
+
+// The folder that is named, or the one of that name that came with the program.
+std::string choose_folder(const EgdbChoice& choice, const std::string& named, const char* default_name) {
+    if (!named.empty()) return named;
+    if (choice.none || !*default_name) return "";
+    const std::string folder = program_paths.program_folder + default_name;
+    return folder_exists(folder) ? folder : "";
+}
+
+}  // namespace
 
 void add_egdb_options(CLI::App& command, EgdbChoice& choice, bool default_folder) {
     CLI::Option* const folder = command.add_option(
@@ -21,25 +41,21 @@ void add_egdb_options(CLI::App& command, EgdbChoice& choice, bool default_folder
     command.add_option("--egdb-cache", choice.cache_mb, "Megabytes of memory for it")
         ->check(CLI::Range(0, MOST_CACHE_MB))
         ->capture_default_str();
+    command.add_option("--mtc", choice.mtc_folder, "Folder of a database of moves to conversion to use");
     if (default_folder)
         command.add_flag("--no-egdb", choice.none, "Use no endgame database")->excludes(folder);
 }
 
 bool check_egdb_choice(EgdbChoice& choice) {
-    if (choice.folder.empty()) return true;
-    choice.folder = absolute_path(choice.folder);
-    EgdbType type{};
-    int32_t pieces = 0;
-    if (identify_egdb(choice.folder, type, pieces) == 0 && type != EGDB_MTC) return true;
-    fail("no win/loss/draw database in %s", choice.folder.c_str());
-    return false;
+    return check_folder(choice.folder, false) && check_folder(choice.mtc_folder, true);
 }
 
 std::string chosen_egdb_folder(const EgdbChoice& choice, bool default_folder) {
-    if (choice.none) return "";
-    if (!choice.folder.empty() || !default_folder) return choice.folder;
-    const std::string folder = program_paths.program_folder + WLD_DEFAULT_FOLDER;
-    return folder_exists(folder) ? folder : "";
+    return choose_folder(choice, choice.folder, default_folder ? WLD_DEFAULT_FOLDER : "");
+}
+
+std::string chosen_mtc_folder(const EgdbChoice& choice, bool default_folder) {
+    return choose_folder(choice, choice.mtc_folder, default_folder ? MTC_DEFAULT_FOLDER : "");
 }
 
 void use_egdb_in_engine(const EgdbChoice& choice, bool default_folder) {
@@ -48,6 +64,8 @@ void use_egdb_in_engine(const EgdbChoice& choice, bool default_folder) {
     options.wld_enable = !options.wld_folder.empty();
     options.wld_parallel_init = false;
     options.wld_cache_mb = choice.cache_mb;
+    options.mtc_folder = choice.mtc_folder;
+    options.mtc_enable = !choice.mtc_folder.empty();
     engine_settings.reopen_wld = options.wld_enable;
 }
 
@@ -58,4 +76,6 @@ void use_egdb_in_game(const EgdbChoice& choice, bool default_folder) {
     set_wld_folder(folder);
     set_wld_cache_mb(choice.cache_mb);
     set_wld_enable(!folder.empty());
+    set_mtc_folder(choice.mtc_folder);
+    set_mtc_enable(!choice.mtc_folder.empty());
 }

@@ -6,21 +6,24 @@
 
 struct EgdbChoice {
     std::string folder;
+    std::string mtc_folder;  // of moves to conversion
     int cache_mb = 1024;
     bool none = false;
 };
 
-// Adds --egdb and --egdb-cache, and with `default_folder` --no-egdb. A command has the databases that came
-// with the program only if its answers may differ where they are missing.
+// Adds --egdb, --egdb-cache and --mtc, and with `default_folder` --no-egdb. A command has the databases that
+// came with the program only if its answers may differ where they are missing.
 void add_egdb_options(CLI::App& command, EgdbChoice& choice, bool default_folder);
 
-// Makes the folder absolute, before the program enters its own. False if no win/loss/draw database is in it,
-// which has been told.
+// Makes the folders absolute, before the program enters its own. False if one that was named holds no
+// database of its kind, which has been told.
 bool check_egdb_choice(EgdbChoice& choice);
 
 // The folder of the choice, or the one that came with the program if `default_folder`; empty for none. After
 // the program has entered its folder.
 std::string chosen_egdb_folder(const EgdbChoice& choice, bool default_folder);
+// The same for moves to conversion.
+std::string chosen_mtc_folder(const EgdbChoice& choice, bool default_folder);
 
 // Lets the next search open the chosen folder, before it begins. For commands that call the engine itself.
 void use_egdb_in_engine(const EgdbChoice& choice, bool default_folder);

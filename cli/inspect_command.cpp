@@ -18,6 +18,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+constexpr int MTC_CACHE_MB = 1;  // as the engine opens it
+
 std::string hex(uint64_t value, int digits) {
     char text[24];
     std::snprintf(text, sizeof text, "%0*llx", digits, static_cast<unsigned long long>(value));
@@ -68,8 +70,14 @@ bool can_be_in_database(const Position& position) {
            piece_count(m) <= EGDB_MAX_PIECES;
 }
 
-// Where the position stands in the databases, and what the open one says of it.
-void describe_in_database(const Position& position, const EgdbDriver* driver, Json& description) {
+// What is open; null for none.
+struct Databases {
+    OpenEgdb wld;
+    OpenEgdb mtc;
+};
+
+// Where the position stands in the databases, and what the open ones say of it.
+void describe_in_database(const Position& position, const Databases& open, Json& description) {
     const CanonicalPosition canonical = canonical_position(position, position.side);
     const int64_t index = position_to_index(canonical.position, canonical.material);
     char fen[FEN_TEXT_SIZE];
@@ -79,38 +87,41 @@ void describe_in_database(const Position& position, const EgdbDriver* driver, Js
     description["subslice"] = index / SUBSLICE_POSITIONS;
     description["index"] = index % SUBSLICE_POSITIONS;
     description["file"] = egdb_file_of(canonical.material);
+    const auto ask = [&](const OpenEgdb& driver) {
+        return driver->lookup(driver->handle, position, position.side, false);
+    };
     description["value"] = nullptr;
-    if (!driver) return;
-    description["value"] =
-        has_capture(position, position.side)
-            ? "capture"
-            : egdb_value_text(driver->lookup(driver->handle, position, position.side, false));
+    description["mtc"] = nullptr;
+    if (open.wld)
+        description["value"] =
+            has_capture(position, position.side) ? "capture" : egdb_value_text(ask(open.wld));
+    if (open.mtc) description["mtc"] = static_cast<int32_t>(ask(open.mtc));
 }
 
-void inspect_line(const std::string& fen, const EgdbDriver* driver) {
+void inspect_line(const std::string& fen, const Databases& open) {
     Position position;
     if (!read_position(fen, position)) return;
     Json description = describe_position(position);
-    if (can_be_in_database(position)) describe_in_database(position, driver, description);
+    if (can_be_in_database(position)) describe_in_database(position, open, description);
     std::printf("%s\n", description.dump().c_str());
 }
 
 // Null if there is none; a folder that the user has named must hold one, or the command fails.
-OpenEgdb open_chosen(const EgdbChoice& choice) {
-    const std::string folder = chosen_egdb_folder(choice, true);
+OpenEgdb open_folder(const std::string& folder, int cache_mb) {
     if (folder.empty()) return nullptr;
-    OpenEgdb driver = egdb_open("", choice.cache_mb, folder, egdb_log_text);
+    OpenEgdb driver = egdb_open("", cache_mb, folder, egdb_log_text);
     if (!driver) fail("the database in %s cannot be opened", folder.c_str());
     return driver;
 }
 
 void run_inspect(const std::string& fen, EgdbChoice& choice) {
     if (!check_egdb_choice(choice) || !start_console_engine()) return;
-    const OpenEgdb driver = open_chosen(choice);
-    if (fen != "-") return inspect_line(fen, driver.get());
+    const Databases open{open_folder(chosen_egdb_folder(choice, true), choice.cache_mb),
+                         open_folder(chosen_mtc_folder(choice, true), MTC_CACHE_MB)};
+    if (fen != "-") return inspect_line(fen, open);
     std::string line;
     while (!interrupted && std::getline(std::cin, line))
-        if (line.find_first_not_of(" \t\r") != std::string::npos) inspect_line(line, driver.get());
+        if (line.find_first_not_of(" \t\r") != std::string::npos) inspect_line(line, open);
 }
 
 }  // namespace

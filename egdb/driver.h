@@ -7,6 +7,7 @@
 #include "core/board.h"
 #include "egdb/file_list.h"
 #include "egdb/statistics.h"
+#include "egdb/verify.h"
 
 // Always from the point of view of the side to move.
 enum EgdbValue : int32_t {
@@ -29,6 +30,10 @@ struct EgdbDriver {
 
     void (*reset_stats)(void* handle) = nullptr;
     EgdbStatistics* (*get_stats)(void* handle) = nullptr;
+    // Checks the files that the opening asks for against the known checksums, as `verify_files` does. On any
+    // thread, also while lookups run.
+    int (*verify)(void* handle, const VerifyListener& listener, const std::atomic<bool>* abort,
+                  const VerifyTexts& texts) = nullptr;
     // Frees all that the database owns, the driver too. While no lookup runs.
     int (*close)(void* handle) = nullptr;
     // The material that the files which are there hold: most pieces, most of one side, most kings of both

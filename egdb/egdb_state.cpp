@@ -1,6 +1,7 @@
 #include "egdb/egdb_state.h"
 
 #include <chrono>
+#include <mutex>
 #include <system_error>
 #include <thread>
 
@@ -26,6 +27,37 @@ struct OpenDatabases {
 // Never destroyed: an opening or a search may run while the process ends.
 OpenDatabases& in_use = *new OpenDatabases;  // the search thread's
 OpenDatabases& opened = *new OpenDatabases;  // the opening's, until the state is EGDB_OPENED
+
+// Checks of the files of an open database, during which it is not closed.
+std::mutex checks_lock;
+int checks_under_way = 0;
+
+// True if the databases may be closed now; no check begins from then on until one is open again.
+bool may_close() {
+    const std::lock_guard guard(checks_lock);
+    if (checks_under_way > 0) return false;
+    egdb_state.store(EGDB_NOT_OPENED, std::memory_order_release);
+    return true;
+}
+
+// A check under way, or none if no database of values is there.
+struct FileCheck {
+    const EgdbDriver* driver = nullptr;
+
+    FileCheck() {
+        const std::lock_guard guard(checks_lock);
+        const int32_t state = egdb_state.load(std::memory_order_acquire);
+        if (state == EGDB_OPENED) driver = opened.wld.get();
+        if (state == EGDB_IN_USE) driver = in_use.wld.get();
+        if (driver) ++checks_under_way;
+    }
+    ~FileCheck() {
+        const std::lock_guard guard(checks_lock);
+        if (driver) --checks_under_way;
+    }
+    FileCheck(const FileCheck&) = delete;
+    FileCheck& operator=(const FileCheck&) = delete;
+};
 
 // Tells the user what the search waits for; nothing of an opening that runs beside searches.
 void show(const EgdbSurroundings* surroundings, const char* text) {
@@ -94,6 +126,7 @@ bool init_on_its_own_thread(const DatabaseOptions& options, int32_t maxpieces) {
 }
 
 void take_over() {
+    const std::lock_guard guard(checks_lock);
     in_use = std::move(opened);
     EgdbEngine& engine = egdb_engine;
     const EgdbDriver& wld = *in_use.wld;
@@ -139,6 +172,7 @@ void egdb_prepare_search(const DatabaseOptions& options, bool& reopen_wld, bool&
     take_over_if_opened();
     if (egdb_state.load(std::memory_order_acquire) == EGDB_OPENING) return;
     if (reopen_wld) {
+        if (!may_close()) return;
         reopen_wld = reopen_mtc = false;
         reopen(options, surroundings);
     } else if (reopen_mtc) {
@@ -148,6 +182,12 @@ void egdb_prepare_search(const DatabaseOptions& options, bool& reopen_wld, bool&
         if (options.mtc_enable) in_use.mtc = open_mtc_folder(options, egdb_engine.maxpieces, &surroundings);
         egdb_engine.mtc = in_use.mtc.get();
     }
+}
+
+int verify_open_egdb(const VerifyListener& listener, const std::atomic<bool>* abort,
+                     const VerifyTexts& texts) {
+    const FileCheck check;
+    return check.driver ? check.driver->verify(check.driver->handle, listener, abort, texts) : -1;
 }
 
 bool wait_for_egdb_opening(int milliseconds) {
@@ -161,7 +201,7 @@ bool wait_for_egdb_opening(int milliseconds) {
 void reset_egdb() {
     while (!wait_for_egdb_opening(1000)) {
     }
+    while (!may_close()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     close_all();
     opened = OpenDatabases{};
-    egdb_state.store(EGDB_NOT_OPENED, std::memory_order_release);
 }

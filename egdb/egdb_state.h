@@ -15,6 +15,7 @@
 #include <cstdint>
 
 #include "egdb/database_options.h"
+#include "egdb/verify.h"
 
 enum EgdbState : int32_t {
     EGDB_NOT_OPENED = 0,
@@ -42,8 +43,15 @@ struct EgdbSurroundings {
 void egdb_prepare_search(const DatabaseOptions& options, bool& reopen_wld, bool& reopen_mtc,
                          const EgdbSurroundings& surroundings);
 
+// Checks the files of the database of values that is open or has been opened, as its driver's `verify` does;
+// -1 if there is none. On any thread but the search thread. Meanwhile nothing is closed: the wish to reopen
+// waits for the end of the check.
+int verify_open_egdb(const VerifyListener& listener, const std::atomic<bool>* abort,
+                     const VerifyTexts& texts);
+
 // Waits for an opening under way. False if it takes longer than that.
 bool wait_for_egdb_opening(int milliseconds);
 
-// Back to EGDB_NOT_OPENED, with everything closed, when an opening under way has ended. While no search runs.
+// Back to EGDB_NOT_OPENED, with everything closed, when an opening and checks under way have ended. While no
+// search runs.
 void reset_egdb();

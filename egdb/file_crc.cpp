@@ -8,7 +8,7 @@ namespace {
 constexpr size_t PIECE_BYTES = 16384;
 }
 
-int file_crc(const InputFile& file, const std::atomic<int32_t>* abort, uint32_t& crc) {
+int file_crc(const InputFile& file, const std::atomic<bool>* abort, uint32_t& crc) {
     std::array<uint8_t, PIECE_BYTES> piece;
     crc = 0;
     uint32_t sum = 0;

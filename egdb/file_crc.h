@@ -8,4 +8,4 @@
 
 // CRC-32 of the file from its start to its end. 0; 1 if it cannot be read or `abort` was set meanwhile, and
 // `crc` is then 0. `abort` may be null.
-int file_crc(const InputFile& file, const std::atomic<int32_t>* abort, uint32_t& crc);
+int file_crc(const InputFile& file, const std::atomic<bool>* abort, uint32_t& crc);

@@ -24,6 +24,14 @@ void reset_stats(void* handle) {
     s.avg_ht_list_length.store(0, std::memory_order_relaxed);
 }
 
+int verify(void* handle, const VerifyListener& listener, const std::atomic<bool>* abort,
+           const VerifyTexts& texts) {
+    const EgdbDatabase& database = database_of(handle);
+    return verify_files(
+        {database.type, database.folder, database.max_pieces, database.maxkings_1side_8pcs, database.log},
+        listener, abort, texts);
+}
+
 int close(void* handle) {
     delete static_cast<DatabaseDriver*>(handle);
     return 0;
@@ -191,7 +199,7 @@ OpenEgdb open_database(const EgdbOpenRequest& request, const DriverOperations& o
         if (request.log) request.log("Cannot allocate memory for driver handle.\n");
         return nullptr;
     }
-    whole->driver = {operations.lookup,     whole,       reset_stats, get_stats, close,
+    whole->driver = {operations.lookup,     whole,       reset_stats, get_stats, verify, close,
                      operations.get_pieces, request.type};
     OpenEgdb owner(&whole->driver);
     EgdbDatabase& database = whole->database;

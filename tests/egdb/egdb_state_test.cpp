@@ -201,6 +201,56 @@ TEST_F(State, DistancesAreOpenedBesideTheValuesAndClosedWithThem) {
     EXPECT_NE(egdb_engine.mtc, nullptr);
 }
 
+// A listener that keeps the check waiting with its first text until it is let go.
+struct Checker {
+    std::atomic<bool> begun = false, go_on = false;
+    std::atomic<int> errors = -2;
+
+    static void hear(void* context, const char*) {
+        Checker& checker = *static_cast<Checker*>(context);
+        checker.begun = true;
+        while (!checker.go_on) std::this_thread::yield();
+    }
+};
+
+TEST_F(State, NothingIsClosedWhileFilesAreChecked) {
+    EXPECT_EQ(verify_open_egdb({}, nullptr, {}), -1);  // nothing is open
+    change_and_prepare();
+    expect_open(4);
+    Checker checker;
+    std::thread thread([&] { checker.errors = verify_open_egdb({Checker::hear, &checker}, nullptr, {}); });
+    while (!checker.begun) std::this_thread::yield();
+    const EgdbDriver* const wld = egdb_engine.wld;
+    options.wld_max_pieces = 3;
+    events.clear();
+    change_and_prepare();
+    EXPECT_TRUE(reopen_wld);
+    EXPECT_EQ(events, Events{});
+    EXPECT_EQ(egdb_engine.wld, wld);
+    expect_open(4);
+    checker.go_on = true;
+    thread.join();
+    EXPECT_EQ(checker.errors, 0);
+    prepare();
+    expect_open(3);
+    EXPECT_FALSE(reopen_wld);
+}
+
+TEST_F(State, WhatHasBeenOpenedBesideIsCheckedToo) {
+    options.wld_parallel_init = true;
+    change_and_prepare();
+    wait();
+    EXPECT_EQ(egdb_state, EGDB_OPENED);
+    const std::atomic<bool> abort = true;
+    EXPECT_EQ(verify_open_egdb({}, &abort, {}), 6);
+    prepare();
+    expect_open(4);
+    EXPECT_EQ(verify_open_egdb({}, nullptr, {}), 0);
+    options.wld_enable = false;
+    change_and_prepare();
+    EXPECT_EQ(verify_open_egdb({}, nullptr, {}), -1);
+}
+
 TEST_F(State, SwitchedOffWhileItIsOpen) {
     change_and_prepare();
     expect_open(4);

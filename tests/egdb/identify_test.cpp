@@ -162,7 +162,7 @@ TEST(FileCrc, OverPiecesAndStopped) {
         uint32_t crc = 1;
         EXPECT_EQ(file_crc(file, nullptr, crc), 0);
         EXPECT_EQ(crc, slow ^ 0xffffffff) << size;
-        const std::atomic<int32_t> abort = 1;
+        const std::atomic<bool> abort = true;
         EXPECT_EQ(file_crc(file, &abort, crc), 1);
         EXPECT_EQ(crc, 0u);
     }

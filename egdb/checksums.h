@@ -1,0 +1,22 @@
+// The checksums of the known database files.
+//
+// Of the sets that come from elsewhere all names are known but only some checksums; of those that our own
+// builder makes, up to five pieces, all are. Several may stand for one name.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+#include "egdb/file_list.h"
+
+constexpr int MOST_CHECKSUMS = 4;  // of a name
+
+struct FileChecksums {
+    bool listed = false;
+    int count = 0;  // 0: listed at most by name
+    std::array<uint32_t, MOST_CHECKSUMS> crcs{};
+};
+
+// What is known of a file of the type, by its name with the extension. Any thread may call it.
+FileChecksums checksums_of(EgdbType type, std::string_view file);
