@@ -3,6 +3,7 @@
 #include <ui_dialog_databases.h>
 
 #include <QFileDialog>
+#include <QTimer>
 #include <array>
 
 #include "control/database_settings.h"
@@ -16,6 +17,7 @@
 
 namespace {
 
+constexpr int OFFER_INTERVAL_MS = 50;
 constexpr int MOST_BYTES_READ = 310;                                       // of an edit
 constexpr const char* FOLDER_TITLE = "Choose the WLD database directory";  // for both folders
 constexpr std::array<const char*, 2> INITIALIZATIONS = {"before search", "in parallel with search"};
@@ -117,6 +119,16 @@ void connect_folder(QDialog& dialog, const FolderKind& kind, QLineEdit& edit, co
     QObject::connect(&choose, &QPushButton::clicked, &dialog, [&] { browse(&dialog, kind, edit); });
 }
 
+// A database may be opened, or a search begin and end, while the dialog is shown.
+void offer_verification(QDialog& dialog, QPushButton& button) {
+    const auto offer = [&button] { button.setEnabled(can_verify_files()); };
+    auto* const timer = new QTimer(&dialog);
+    QObject::connect(timer, &QTimer::timeout, &dialog, offer);
+    timer->start(OFFER_INTERVAL_MS);
+    offer();
+    QObject::connect(&button, &QPushButton::clicked, &dialog, [&dialog] { verify_files_dialog(&dialog); });
+}
+
 }  // namespace
 
 void databases_dialog(QWidget* parent) {
@@ -127,5 +139,6 @@ void databases_dialog(QWidget* parent) {
     prepare_dialog(dialog, DIALOG_DATABASES);
     connect_folder(dialog, WLD_KIND, *form.id_1007, *form.id_1013, *form.id_1017);
     connect_folder(dialog, MTC_KIND, *form.id_1016, *form.id_1015, *form.id_1018);
+    offer_verification(dialog, *form.id_1019);
     if (dialog.exec() == QDialog::Accepted) store_fields(form);
 }

@@ -19,6 +19,7 @@ enum DialogNumber : int32_t {
     DIALOG_PARALLEL_SEARCH = 126,
     DIALOG_GAME_INFORMATION = 127,
     DIALOG_SELECT_GAME = 128,
+    DIALOG_VERIFY_FILES = 130,
     DIALOG_FONT = 140,
 };
 
@@ -34,6 +35,11 @@ void parallel_search_dialog(QWidget* parent);
 // The endgame databases and the size of the transposition table. `settings` follow, the next search follows
 // them.
 void databases_dialog(QWidget* parent);
+
+// Checks the files of the open win/loss/draw database, which takes as long as the disk does.
+void verify_files_dialog(QWidget* parent);
+// There is a database to check, and the engine is idle.
+bool can_verify_files();
 
 // The other side's computer into `settings`; false if the user cancels.
 bool make_connection_dialog(QWidget* parent);

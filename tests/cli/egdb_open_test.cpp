@@ -9,10 +9,14 @@
 namespace {
 
 const std::string SHIPPED = PROJECT_FOLDER "/data/wld_database";
+const std::string SHIPPED_MTC = PROJECT_FOLDER "/data/mtc_database";
 
 // Three kings against one that cannot reach the long diagonal soon: the search alone needs some depth to see
 // what the database knows at once.
 const std::string ENDING = "W:WK6,K11,K16:BK45";
+
+// Lost, but not soon.
+const std::string NUMBERED = "W:WK8:BK13,K19,K37";
 
 nlohmann::json inspect(const std::string& arguments) {
     const ProgramResult result = run_program("inspect " + arguments);
@@ -81,6 +85,58 @@ TEST(CliEgdbOptions, PlayHasTheDatabaseThatComesWithTheProgram) {
     const ProgramResult without = run_program("play --quiet --time 0.05 --no-egdb", lines);
     EXPECT_NE(without.output.find("Disabled"), std::string::npos) << without.output;
     EXPECT_EQ(run_program("play --no-egdb --egdb " + SHIPPED).status, 2);
+}
+
+TEST(CliEgdbVerify, TellsOfEachFile) {
+    const ProgramResult good = run_program("egdb verify " + SHIPPED);
+    EXPECT_EQ(good.status, 0) << good.errors;
+    EXPECT_EQ(good.output.find(SHIPPED + "/db2.idx1  OK\n" + SHIPPED + "/db2.cpr1  OK\n"), 0u) << good.output;
+    EXPECT_EQ(last_line(good.output), "No errors");
+    const TemporaryFolder folder;
+    for (const char* const name : {"db2.idx1", "db2.cpr1", "db3.idx1"})
+        folder.write(name, read_text(SHIPPED + "/" + name) + (name[2] == '3' ? "" : " "));
+    // The largest index alone is whole.
+    const ProgramResult damaged = run_program("egdb verify " + folder.path.string());
+    EXPECT_EQ(damaged.status, 1);
+    EXPECT_EQ(last_line(damaged.output), "2 errors");
+    // Not even that: it is no database to be opened, but its files are checked.
+    folder.write("db3.idx1", "");
+    EXPECT_EQ(last_line(run_program("egdb verify " + folder.path.string()).output), "3 errors");
+    EXPECT_EQ(last_line(run_program("egdb verify --max-pieces 2 " + folder.path.string()).output),
+              "2 errors");
+    const ProgramResult unknown = run_program("egdb verify " + SHIPPED_MTC);
+    EXPECT_EQ(unknown.status, 1);
+    EXPECT_EQ(unknown.output.find("No crc value known for file db2.idx\n"), 0u) << unknown.output;
+    const TemporaryFolder empty;
+    EXPECT_EQ(run_program("egdb verify " + empty.path.string()).errors,
+              "tessarin-cli: no database in " + empty.path.string() + "\n");
+}
+
+TEST(CliEgdbMtc, NumbersBehindTheValues) {
+    const std::string probe = "egdb probe " + SHIPPED + " " + NUMBERED + " --mtc ";
+    EXPECT_EQ(run_program(probe + SHIPPED_MTC).output, NUMBERED + " loss 14\n");
+    EXPECT_EQ(run_program("egdb probe " + SHIPPED + " W:WK6:BK45 --mtc " + SHIPPED_MTC).output,
+              "W:WK6:BK45 draw 1\n");
+    EXPECT_EQ(run_program(probe + SHIPPED).status, 1);
+    EXPECT_EQ(inspect(NUMBERED)["mtc"], 14);
+    EXPECT_EQ(inspect(NUMBERED + " --mtc " + SHIPPED_MTC)["mtc"], 14);
+    EXPECT_EQ(inspect(NUMBERED + " --no-egdb")["mtc"], nullptr);
+    EXPECT_EQ(run_program("inspect " + NUMBERED + " --mtc " + SHIPPED).errors,
+              "tessarin-cli: no moves-to-conversion database in " + SHIPPED + "\n");
+    // A search that has both plays by them; with the values alone it searches.
+    const std::string search = "search " + NUMBERED + " --depth 3 --egdb " + SHIPPED;
+    const ProgramResult by_numbers = run_program(search + " --mtc " + SHIPPED_MTC);
+    EXPECT_NE(by_numbers.output.find("(12)*  "), std::string::npos) << by_numbers.output;
+    EXPECT_EQ(run_program(search).output.find("(12)*"), std::string::npos);
+}
+
+TEST(CliEgdbMtc, BuildsThem) {
+    const TemporaryFolder folder;
+    const ProgramResult result = run_program("egdb build --mtc --pieces 2 " + folder.path.string());
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(read_text(folder.path.string() + "/db2.idx_mtc"), read_text(SHIPPED_MTC + "/db2.idx_mtc"));
+    EXPECT_EQ(read_text(folder.path.string() + "/db2.cpr_mtc"), read_text(SHIPPED_MTC + "/db2.cpr_mtc"));
+    EXPECT_EQ(run_program("egdb build --mtc --pieces 6 " + folder.path.string()).status, 1);
 }
 
 TEST(CliInspect, PlaceInTheDatabases) {
