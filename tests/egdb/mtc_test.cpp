@@ -22,8 +22,9 @@ TEST(MtcCodes, RunsAndNumbers) {
     for (uint32_t n = 1; n <= 50; ++n) runs.push_back(n);
     for (uint32_t n = 2; n <= 20; ++n) runs.push_back(50 * n);
     for (uint32_t n = 2; n <= 10; ++n) runs.push_back(1000 * n);
-    for (const uint32_t n : {20000, 30000, 40000, 50000, 60000, 70000, 800000, 90000, 100000, 300000, 1000000,
-                             3000000, 10000000, 30000000, 100000000, 1000000000})
+    for (const uint32_t n :
+         std::initializer_list<uint32_t>{20000, 30000, 40000, 50000, 60000, 70000, 800000, 90000, 100000,
+                                         300000, 1000000, 3000000, 10000000, 30000000, 100000000, 1000000000})
         runs.push_back(n);
     ASSERT_EQ(runs.size(), 94u);
     EXPECT_EQ(runs[84], 800000u);

@@ -87,7 +87,7 @@ Move exact_move(const Position& position, Random& random) {
             distance(position_after(move, position.side ^ 1)) == distance(position) - 1)
             exact.push_back(move);
     EXPECT_FALSE(exact.empty());
-    return exact[below(random, static_cast<int>(exact.size()))];
+    return exact[random() % exact.size()];
 }
 
 }  // namespace
