@@ -134,7 +134,7 @@ void dxp_send_game_request() {
     s.phase = DXP_REQUESTED;
     // The engine plays by the clock that the other side is told of.
     settings2.increment_mode = settings2.match_incremental;
-    limit_moves(s.moves_limited ? settings.clock_moves_limit : 0);
+    if (!settings2.match_incremental) limit_moves(s.moves_limited ? settings.clock_moves_limit : 0);
     clock_state.clock_side.store(s.engine_colour, std::memory_order_relaxed);
     start_user_lap(clock_ms());
     const DxpMessage message = make_request();

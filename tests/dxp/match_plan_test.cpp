@@ -264,6 +264,9 @@ TEST_F(MatchPlanTest, IncrementalTimeIsForThoseWhoMay) {
     EXPECT_EQ(settings2.increment_seconds, 0.25);
     EXPECT_EQ(settings.clock_minutes, 9) << "the edits held the other time";
     EXPECT_EQ(settings.clock_moves_limit, 8);
+    settings.clock_moves_limit = 0;
+    ASSERT_EQ(begin_match(fields), 0);
+    EXPECT_EQ(settings.clock_moves_limit, 0) << "of no concern to such a match";
     fields.incremental = false;
     ASSERT_EQ(begin_match(fields), 0);
     EXPECT_EQ(settings2.match_incremental, 0);
