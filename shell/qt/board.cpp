@@ -6,6 +6,7 @@
 #include <QStyleHints>
 #include <algorithm>
 
+#include "base/clock.h"
 #include "control/game_flow.h"
 #include "control/settings.h"
 #include "shell/board_clicks.h"
@@ -32,6 +33,8 @@ const ReplayState* entry_before_board() {
 
 }  // namespace
 
+int64_t (*slide_clock)() = clock_ms;
+
 Board::Board(QWidget* parent) : QWidget(parent) {
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_OpaquePaintEvent);
@@ -57,7 +60,9 @@ void Board::show_slides(bool on) {
     if (!on) slide.running = false;
 }
 
-bool Board::is_sliding() const { return slide.running && slide_time.elapsed() < slide_duration(slide.move); }
+int64_t Board::slid_ms() const { return slide_clock() - slide_start; }
+
+bool Board::is_sliding() const { return slide.running && slid_ms() < slide_duration(slide.move); }
 
 int Board::square_size() const {
     return std::clamp(std::min(width(), height()) / BOARD_ROWS, 1, MAX_SQUARE_SIZE);
@@ -105,7 +110,7 @@ void Board::begin_slide(const Position& now, int side) {
     }
     slide.by_hand = dropping;
     slide.running = true;
-    slide_time.start();
+    slide_start = slide_clock();
     slide_timer.start();
 }
 
@@ -120,7 +125,7 @@ void Board::mark_last_move() {
 
 void Board::add_slide(BoardScene& drawn) const {
     if (!is_sliding()) return;
-    const double elapsed = static_cast<double>(slide_time.elapsed());
+    const double elapsed = static_cast<double>(slid_ms());
     const double at = slide.backward ? slide_duration(slide.move) - elapsed : elapsed;
     const SlideFrame frame = slide_frame(slide.move, at);
     for (int jump = 0; jump < slide.move.jumps; ++jump) {

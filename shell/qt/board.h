@@ -15,13 +15,16 @@
 // before as it ended.
 #pragma once
 
-#include <QElapsedTimer>
 #include <QTimer>
 #include <QWidget>
+#include <cstdint>
 #include <string>
 
 #include "shell/board_slide.h"
 #include "shell/qt/board_paint.h"
+
+// Milliseconds since some moment: how far a slide is. Tests put their own in its place.
+extern int64_t (*slide_clock)();
 
 class Board : public QWidget {
     Q_OBJECT
@@ -78,6 +81,7 @@ class Board : public QWidget {
     void take_over_game();
     void begin_slide(const Position& now, int side);
     void mark_last_move();
+    int64_t slid_ms() const;
     void add_slide(BoardScene& drawn) const;
     void add_drag(BoardScene& drawn) const;
     void press(QPoint at, Qt::MouseButton button);
@@ -95,7 +99,7 @@ class Board : public QWidget {
     Shown shown;
     Slide slide;
     Drag drag;
-    QElapsedTimer slide_time;
+    int64_t slide_start = 0;
     QTimer slide_timer;
     std::string typed;
     bool slides = true;

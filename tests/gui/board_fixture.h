@@ -21,6 +21,7 @@ class BoardWidgetTest : public BoardGameTest {
         settings.square_size = SIZE;
         settings.board_inverted = 0;
         settings.square_numbers = 0;
+        slide_clock = [] { return passed_ms; };
         board = std::make_unique<Board>();
         board->show_slides(false);
         board->resize(SIZE * BOARD_ROWS, SIZE * BOARD_ROWS);
@@ -38,6 +39,7 @@ class BoardWidgetTest : public BoardGameTest {
         shown_board = nullptr;
         forget_art();
         program_paths = ProgramPaths{};
+        slide_clock = former_clock;
     }
 
     // Where a square of the number is on the board, in pixels of the widget.
@@ -79,6 +81,12 @@ class BoardWidgetTest : public BoardGameTest {
         QTest::mouseClick(board.get(), button, Qt::NoModifier, middle(square));
     }
 
+    // Lets time pass for pieces that slide.
+    void let_pass(int milliseconds) const {
+        passed_ms += milliseconds;
+        board->repaint();
+    }
+
     std::unique_ptr<Board> board;
 
   private:
@@ -87,4 +95,6 @@ class BoardWidgetTest : public BoardGameTest {
         QApplication::sendEvent(board.get(), &event);
     }
     static inline Board* shown_board = nullptr;
+    static inline int64_t passed_ms = 0;
+    int64_t (*const former_clock)() = slide_clock;
 };

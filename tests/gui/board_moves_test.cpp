@@ -93,7 +93,7 @@ TEST_F(BoardMoves, PieceSlidesAndArrives) {
     ASSERT_EQ(game.history_count, 2);
     ASSERT_TRUE(board->is_sliding());
     const QImage early = drawn_square(32);
-    QTest::qWait(FIRST_SLIDE_MS + FADE_MS);
+    let_pass(FIRST_SLIDE_MS);
     EXPECT_FALSE(board->is_sliding());
     const QImage late = drawn_square(32);
     EXPECT_NE(early, late) << "the piece was still near its start";
@@ -111,7 +111,7 @@ TEST_F(BoardMoves, TakenPiecesFade) {
     ASSERT_EQ(game.history_count, 2);
     ASSERT_TRUE(board->is_sliding());
     EXPECT_EQ(drawn_square(19), before) << "not passed yet";
-    QTest::qWait(FIRST_SLIDE_MS + FURTHER_SLIDE_MS + FADE_MS + 100);
+    let_pass(FIRST_SLIDE_MS + FURTHER_SLIDE_MS + FADE_MS);
     EXPECT_FALSE(board->is_sliding());
     EXPECT_NE(drawn_square(19), before);
 }
@@ -148,7 +148,7 @@ TEST_F(BoardMoves, StepBackSlidesBack) {
     board->redraw();
     click(32);
     click(28);
-    QTest::qWait(FIRST_SLIDE_MS + 50);
+    let_pass(FIRST_SLIDE_MS);
     ASSERT_FALSE(board->is_sliding());
     move_in_game_history(1);
     EXPECT_TRUE(board->is_sliding());
