@@ -31,10 +31,11 @@ QString first_folder() {
 void widen(QFileDialog& dialog) {
     dialog.resize(760, 480);
     if (auto* const splitter = dialog.findChild<QSplitter*>()) splitter->setSizes({150, 600});
-    constexpr int DATE_COLUMN = 3;
+    constexpr int SIZE_COLUMN = 1, DATE_COLUMN = 3;
     auto* const files = dialog.findChild<QTreeView*>(QStringLiteral("treeView"));
-    if (files && files->header()->count() > DATE_COLUMN)
-        files->header()->setSectionResizeMode(DATE_COLUMN, QHeaderView::ResizeToContents);
+    for (const int column : {SIZE_COLUMN, DATE_COLUMN})
+        if (files && files->header()->count() > column)
+            files->header()->setSectionResizeMode(column, QHeaderView::ResizeToContents);
 }
 
 QString dialog_text(int id) {
