@@ -33,7 +33,7 @@ class BoardFrame : public BoardGameTest {
         EXPECT_EQ(board().square_size(), size);
     }
     void settle() const {
-        EXPECT_TRUE(QTest::qWaitFor([this] { return window->is_settled(); }, 20000));
+        EXPECT_TRUE(QTest::qWaitFor([this] { return window->is_settled(); }, 120000));
     }
     // What the window is larger than the board.
     QSize frame() const { return window->size() - board().size(); }

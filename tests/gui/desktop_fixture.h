@@ -97,7 +97,7 @@ class DesktopTest : public testing::Test {
         QApplication::processEvents();
     }
     // Events until it holds; false if that takes too long.
-    static bool wait_until(const std::function<bool()>& holds, int limit_ms = 20000) {
+    static bool wait_until(const std::function<bool()>& holds, int limit_ms = 120000) {
         return QTest::qWaitFor(holds, limit_ms);
     }
 

@@ -7,6 +7,7 @@
 #include <QScrollBar>
 
 #include "base/file_calls.h"
+#include "control/analyze_games.h"
 #include "control/load_save.h"
 #include "control/text_ids.h"
 #include "shell/qt/arrangement.h"
@@ -19,6 +20,9 @@ namespace {
 
 constexpr std::array<ChildWindow, CHILD_WINDOWS> ALL_PANES = {CLOCK_WINDOW, GAME_WINDOW, STATUS_WINDOW,
                                                               PONDER_WINDOW, DXP_WINDOW};
+
+constexpr int32_t TIME_ONE_SECOND = 40006;
+constexpr int32_t TIME_ONE_HOUR = 40020;
 
 class Frame : public DesktopTest {
   protected:
@@ -409,17 +413,42 @@ TEST_F(Frame, LongStatusTextsDoNotWidenIt) {
     EXPECT_EQ(main_window->status_line().text().size(), 5000);
 }
 
-TEST_F(Frame, ClosesAtOnceWhileASearchRuns) {
+// None of them ever ends by itself here.
+TEST_F(Frame, ClosesWhateverTheEngineDoes) {
+    for (const int32_t mode : std::initializer_list<int32_t>{
+             COMMAND_NORMAL, COMMAND_ANALYSIS, COMMAND_ANALYSIS_ALLSCORES, COMMAND_AUTOPLAY,
+             COMMAND_ANALYZE_GAME, COMMAND_ANALYZE_GAME_ALLSCORES}) {
+        SCOPED_TRACE(mode);
+        open_small();
+        play_moves(3);
+        const bool analyzes = mode == COMMAND_ANALYZE_GAME || mode == COMMAND_ANALYZE_GAME_ALLSCORES;
+        run_command(analyzes ? TIME_ONE_HOUR : TIME_INFINITE);
+        run_command(mode);
+        if (mode == COMMAND_NORMAL) run_command(COMMAND_SEARCH_BUTTON);
+        ASSERT_TRUE(wait_until([] { return real_search_runs(); }));
+        main_window->close();
+        ASSERT_TRUE(close_desktop());
+        EXPECT_FALSE(real_search_runs());
+    }
+}
+
+TEST_F(Frame, ClosesWhileItPonders) {
     open_small();
-    run_command(TIME_INFINITE);
-    run_command(COMMAND_ANALYSIS);
-    ASSERT_TRUE(wait_until([] { return real_search_runs(); }));
-    QElapsedTimer time;
-    time.start();
+    settings.pondering_on = 1;
+    run_command(TIME_ONE_SECOND);
+    run_command(COMMAND_SEARCH_BUTTON);
+    ASSERT_TRUE(wait_until([] { return search_thread.pondering.load(); }));
     main_window->close();
     ASSERT_TRUE(close_desktop());
-    EXPECT_LT(time.elapsed(), 2000);
-    EXPECT_FALSE(real_search_runs());
+}
+
+TEST_F(Frame, ClosesWhilePositionsAreSetUpOrTwoPlay) {
+    for (const int32_t mode : {COMMAND_SETUP, COMMAND_TWO_PLAYERS}) {
+        open_small();
+        run_command(mode);
+        main_window->close();
+        ASSERT_TRUE(close_desktop());
+    }
 }
 
 TEST_F(Frame, CommandsWithoutAWindowDoNothing) {
