@@ -2,7 +2,7 @@
 add_executable(gui_stories_tests stories_main.cpp stories_screen.cpp stories_program.cpp stories_board.cpp
                                  stories_menu.cpp story_steps.cpp story_play_test.cpp
                                  story_album_test.cpp story_files_test.cpp story_windows_test.cpp
-                                 story_network_test.cpp ../dxp/scripted_peer.cpp ../dxp/scripted_player.cpp)
+                                 story_network_test.cpp story_dialogs_test.cpp ../dxp/scripted_peer.cpp ../dxp/scripted_player.cpp)
 target_link_libraries(gui_stories_tests PRIVATE shell_qt GTest::gtest)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(gui_stories_tests PRIVATE -Wno-restrict) # as in tessarin_test

@@ -16,7 +16,7 @@
 
 #include "base/child_process.h"
 
-constexpr double PATIENCE = 30;  // seconds
+constexpr double PATIENCE = 120;  // seconds
 
 // Waits until the condition holds; false if it does not within the time. Events of the test's own, such as
 // another program asking for its clipboard, are served meanwhile.
@@ -71,6 +71,10 @@ void install(Desk& desk);
 void launch(Desk& desk);
 bool run(Desk& desk);
 
+// Waits until all that is shown is as it stays: the program, its screen and its window manager have had
+// nothing to do for half a second, in which a machine that lets them wait does not count.
+void wait_until_at_rest(const Desk& desk);
+
 // Closes the main window as its button does. True if the program then ended with status 0.
 bool close_program(Desk& desk);
 // Waits for the end of the program; its exit status, or -1.
@@ -90,6 +94,8 @@ QRect place_of(const Desk& desk, const QString& window);
 
 // Clicks in a window, by default the main one.
 void click_in(const Desk& desk, QPoint at, int button = 1, const QString& window = {});
+// Has the keys go to the window.
+void take_keyboard(const Desk& desk, const QString& window);
 // A key with the keyboard in the main window, or wherever it is.
 void press(const Desk& desk, const QString& key);
 void press_here(const Desk& desk, const QString& key);

@@ -21,6 +21,9 @@ namespace {
 // Wide enough for the menu bar in every language.
 constexpr QSize TWIN_SIZE(900, 400);
 
+// In which a pop-up opens unless the machine is very busy.
+constexpr double USUAL_SECONDS = 5;
+
 struct Twin {
     QMainWindow window;
     QToolBar* buttons = new QToolBar;
@@ -51,18 +54,19 @@ bool way_to(QAction* wanted, const QList<QAction*>& actions, QList<QAction*>& wa
 }
 
 // Clicks where a pop-up opens and waits for it. A window that comes to the front just then can close it
-// before it is seen; so there are several tries.
+// before it is seen; so there are several tries, each when all is quiet.
 QString open_by_click(const Desk& desk, QPoint at, const QString& window, const QStringList& before) {
     QString popup;
+    const auto look_for_it = [&] {
+        for (const QString& shown : windows(desk))
+            if (!before.contains(shown)) popup = shown;
+        return !popup.isEmpty();
+    };
     for (int tries = 0; tries < 4 && popup.isEmpty(); ++tries) {
-        click_in(desk, at, 1, window);
-        wait_until(
-            [&] {
-                for (const QString& shown : windows(desk))
-                    if (!before.contains(shown)) popup = shown;
-                return !popup.isEmpty();
-            },
-            PATIENCE / 4);
+        click_in(desk, at * desk.scale, 1, window);
+        if (wait_until(look_for_it, USUAL_SECONDS)) break;
+        wait_until_at_rest(desk);
+        look_for_it();
     }
     return popup;
 }
@@ -108,7 +112,7 @@ bool choose(const Desk& desk, int32_t command) {
     Twin& t = *twin;
     QList<QAction*> way;
     if (!way_to(command_action(t.binding, command), t.window.menuBar()->actions(), way)) return false;
-    xdotool(desk, {QStringLiteral("windowactivate"), QStringLiteral("--sync"), desk.window});
+    take_keyboard(desk, desk.window);
     QStringList shown = windows(desk);
     QString popup = open_by_click(desk, title_place(way.front()), desk.window, shown);
     for (qsizetype i = 1; i < way.size() && !popup.isEmpty(); ++i) {
@@ -117,7 +121,7 @@ bool choose(const Desk& desk, int32_t command) {
         if (way[i]->menu())
             popup = open_by_click(desk, at, popup, shown);
         else
-            click_in(desk, at, 1, popup);
+            click_in(desk, at * desk.scale, 1, popup);
     }
     take_mouse_away(desk);
     return !popup.isEmpty() && wait_until_closed(desk, popup);
@@ -130,7 +134,7 @@ void open_popup(const Desk& desk, int popup) {
 }
 
 void click_button(const Desk& desk, int32_t command) {
-    click_in(desk, button_place(command).center());
+    click_in(desk, button_place(command).center() * desk.scale);
     take_mouse_away(desk);
 }
 

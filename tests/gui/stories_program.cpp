@@ -14,8 +14,7 @@
 
 namespace {
 
-constexpr int END_MS = 60000;
-constexpr double PASTE_SECONDS = 0.5;
+constexpr int END_MS = 120000;
 const QString MAIN_TITLE = QStringLiteral("Tessarin International(x64) 1.60b");
 const QString USER_FOLDER = QStringLiteral("/Quillorn/Tessarin International/");
 // Notes what is to be opened, a line each.
@@ -66,6 +65,12 @@ QProcessEnvironment environment_of(const Desk& desk) {
     return environment;
 }
 
+// The process waits for something to come.
+bool sleeps(qint64 process) {
+    QFile file(QStringLiteral("/proc/%1/stat").arg(process));
+    return file.open(QIODevice::ReadOnly) && file.readAll().contains(") S ");
+}
+
 QStringList lines_of(const QString& text) { return text.split(QLatin1Char('\n'), Qt::SkipEmptyParts); }
 
 // Of the lines NAME=NUMBER.
@@ -81,7 +86,7 @@ void enter_text(const Desk& desk, const QString& text) {
     QGuiApplication::clipboard()->setText(text);
     press_here(desk, QStringLiteral("ctrl+v"));
     // The program asks for the text now.
-    wait_until([] { return false; }, PASTE_SECONDS);
+    wait_until_at_rest(desk);
 }
 
 }  // namespace
@@ -147,14 +152,26 @@ int exit_status(Desk& desk) {
     return desk.program.exitStatus() == QProcess::NormalExit ? desk.program.exitCode() : -1;
 }
 
+void wait_until_at_rest(const Desk& desk) {
+    constexpr int LOOKS_AT_REST = 35;
+    int looks = 0;
+    wait_until([&] {
+        if (desk.program.state() == QProcess::NotRunning) return true;
+        looks += sleeps(desk.program.processId()) && sleeps(desk.screen->server.pid) &&
+                 sleeps(desk.screen->manager.pid);
+        return looks >= LOOKS_AT_REST;
+    });
+}
+
+// The window manager loses the key while it is still about to give the window the keyboard. A second key
+// while the first one waits in a busy program would have it ask whether the program is to be killed.
 bool close_program(Desk& desk) {
-    // The window manager takes the key only once it knows that the window has the keyboard.
     const auto has_ended = [&] { return desk.program.state() == QProcess::NotRunning; };
-    for (int tries = 0; tries < 10 && !has_ended(); ++tries) {
+    for (int tries = 0; tries < 5 && !has_ended(); ++tries) {
         press(desk, QStringLiteral("alt+F4"));
-        wait_until(has_ended, PATIENCE / 10);
+        wait_until_at_rest(desk);
     }
-    return desk.program.state() == QProcess::NotRunning && exit_status(desk) == 0;
+    return wait_until(has_ended) && exit_status(desk) == 0;
 }
 
 QString xdotool(const Desk& desk, const QStringList& arguments) {
@@ -212,6 +229,10 @@ void click_in(const Desk& desk, QPoint at, int button, const QString& window) {
                    QStringLiteral("click"), QString::number(button)});
 }
 
+void take_keyboard(const Desk& desk, const QString& window) {
+    xdotool(desk, {QStringLiteral("windowactivate"), QStringLiteral("--sync"), window});
+}
+
 void press(const Desk& desk, const QString& key) {
     xdotool(desk, {QStringLiteral("windowactivate"), QStringLiteral("--sync"), desk.window,
                    QStringLiteral("key"), QStringLiteral("--clearmodifiers"), key});
@@ -231,7 +252,7 @@ QString clipboard_of_screen() {
 bool answer_file_dialog(const Desk& desk, const QString& title, const QString& path) {
     const QString dialog = wait_for_window(desk, title);
     if (dialog.isEmpty()) return false;
-    xdotool(desk, {QStringLiteral("windowactivate"), QStringLiteral("--sync"), dialog});
+    take_keyboard(desk, dialog);
     press_here(desk, QStringLiteral("ctrl+a"));
     enter_text(desk, path);
     press_here(desk, QStringLiteral("Return"));

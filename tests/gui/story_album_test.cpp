@@ -1,6 +1,10 @@
 // Pictures of all windows in all languages, for the eyes of whoever changes them: they are written to the
-// folder that TESSARIN_STORY_PICTURES names. TESSARIN_STORY_ENVIRONMENT, NAME=VALUE, is given to the program,
-// such as QT_SCALE_FACTOR=2.
+// folder that TESSARIN_STORY_PICTURES names. TESSARIN_STORY_SCREEN, such as 800x600, is the size of the
+// screen, TESSARIN_STORY_SCALE the number of its pixels to one of the program's, and
+// TESSARIN_STORY_ENVIRONMENT, NAME=VALUE with semicolons between, is given to the program. What changes its
+// look must be in the environment of the test too, for it to know where the menu is.
+#include <algorithm>
+
 #include "control/analyze_games.h"
 #include "control/game_commands.h"
 #include "control/load_save.h"
@@ -14,13 +18,18 @@
 namespace {
 
 struct Album {
+    std::unique_ptr<Screen> screen;  // null: the one of all stories
     Desk desk;
     QString folder;
     QString language;
 
-    void add(const QString& name) const {
-        look(*desk.screen)
-            .save(folder + QLatin1Char('/') + language + QLatin1Char('-') + name + QStringLiteral(".png"));
+    // The screen, or of a window what it shows with the frame around it.
+    void add(const QString& name, const QString& window = {}) const {
+        constexpr int FRAME = 6, TITLE_BAR = 30;
+        QImage seen = look(*desk.screen);
+        if (!window.isEmpty())
+            seen = seen.copy(place_of(desk, window).adjusted(-FRAME, -TITLE_BAR, FRAME, FRAME) & seen.rect());
+        seen.save(folder + QLatin1Char('/') + language + QLatin1Char('-') + name + QStringLiteral(".png"));
     }
 };
 
@@ -39,9 +48,8 @@ void add_dialog(const Album& album, int32_t command, const QString& name) {
     ASSERT_TRUE(choose(album.desk, command));
     const QString dialog = opened_window(album.desk);
     ASSERT_FALSE(dialog.isEmpty()) << name.toStdString();
-    // What is shown is painted a moment later.
-    wait_until([] { return false; }, 0.5);
-    album.add(name);
+    wait_until_at_rest(album.desk);
+    album.add(name, dialog);
     press_here(album.desk, QStringLiteral("Escape"));
     ASSERT_TRUE(wait_until_closed(album.desk, dialog)) << name.toStdString();
 }
@@ -49,10 +57,14 @@ void add_dialog(const Album& album, int32_t command, const QString& name) {
 void add_menus(const Album& album) {
     for (int popup = 0; popup < menu_popups(); ++popup) {
         open_popup(album.desk, popup);
-        wait_until([] { return false; }, 0.2);
-        album.add(QStringLiteral("menu%1").arg(popup));
-        press_here(album.desk, QStringLiteral("Escape"));
-        ASSERT_TRUE(wait_until([&] { return windows(album.desk).size() == 1; }));
+        wait_until_at_rest(album.desk);
+        album.add(QStringLiteral("menu%1").arg(popup), opened_window(album.desk));
+        // One closes the pop-up within that the mouse may have opened.
+        ASSERT_TRUE(wait_until([&] {
+            press_here(album.desk, QStringLiteral("Escape"));
+            wait_until_at_rest(album.desk);
+            return windows(album.desk).size() == 1;
+        }));
     }
 }
 
@@ -60,11 +72,13 @@ void add_language(Album& album, const Language& language) {
     ASSERT_TRUE(choose(album.desk, language.id));
     expect_language(language.id);
     album.language = QString::fromLatin1(language.name);
-    wait_until([] { return false; }, 0.5);
+    wait_until_at_rest(album.desk);
     album.add(QStringLiteral("main"));
     add_menus(album);
     add_dialog(album, TIME_GAME_CLOCK, QStringLiteral("game-time"));
     add_dialog(album, COMMAND_PARALLEL_SEARCH, QStringLiteral("parallel-search"));
+    add_dialog(album, COMMAND_DATABASE_OPTIONS, QStringLiteral("databases"));
+    add_dialog(album, COMMAND_DXP_CONNECT, QStringLiteral("connection"));
     add_dialog(album, COMMAND_PDN_HEADER, QStringLiteral("game-information"));
     add_dialog(album, COMMAND_LOAD, QStringLiteral("load"));
     add_dialog(album, COMMAND_FONT, QStringLiteral("font"));
@@ -77,7 +91,7 @@ void add_language(Album& album, const Language& language) {
 void save_main_window(const Desk& desk, const QString& file) {
     const QRect place = place_of(desk, desk.window);
     take_mouse_away(desk);
-    wait_until([] { return false; }, 0.5);
+    wait_until_at_rest(desk);
     EXPECT_TRUE(look(*desk.screen).copy(place).save(file));
 }
 
@@ -96,7 +110,16 @@ TEST_F(Story, AlbumOfAllWindows) {
     album.folder = qEnvironmentVariable("TESSARIN_STORY_PICTURES");
     if (album.folder.isEmpty()) GTEST_SKIP() << "TESSARIN_STORY_PICTURES names no folder";
     const QString extra = qEnvironmentVariable("TESSARIN_STORY_ENVIRONMENT");
-    if (!extra.isEmpty()) album.desk.extra_environment = {extra};
+    album.desk.extra_environment = extra.split(QLatin1Char(';'), Qt::SkipEmptyParts);
+    const QStringList size = qEnvironmentVariable("TESSARIN_STORY_SCREEN").split(QLatin1Char('x'));
+    if (size.size() == 2) {
+        album.screen = open_screen({size[0].toInt(), size[1].toInt()});
+        ASSERT_NE(album.screen, nullptr);
+        album.desk.screen = album.screen.get();
+    }
+    album.desk.scale = std::max(qEnvironmentVariableIntValue("TESSARIN_STORY_SCALE"), 1);
+    if (album.desk.scale > 1)
+        album.desk.extra_environment << QStringLiteral("QT_SCALE_FACTOR=%1").arg(album.desk.scale);
     ASSERT_TRUE(run(album.desk));
     for (const int32_t pane : {COMMAND_CLOCK_WINDOW, COMMAND_PONDER_WINDOW, COMMAND_DXP_WINDOW})
         ASSERT_TRUE(choose(album.desk, pane));

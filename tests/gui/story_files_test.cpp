@@ -87,13 +87,15 @@ TEST_F(Story, FilesHaveNamesInAnyScriptAndMayBeGone) {
     ASSERT_TRUE(choose(desk, COMMAND_LOAD));
     const QString dialog = wait_for_window(desk, QString::fromLatin1(LOAD_FILE_TITLE));
     ASSERT_FALSE(dialog.isEmpty());
-    xdotool(desk, {QStringLiteral("windowactivate"), QStringLiteral("--sync"), dialog});
+    take_keyboard(desk, dialog);
     type_here(desk, desk.path(QStringLiteral("gone.pdn")));
     press_here(desk, QStringLiteral("Return"));
-    EXPECT_FALSE(wait_until([&] { return find_board(desk) == board; }, 0.5)) << "taken";
+    wait_until_at_rest(desk);
+    EXPECT_NE(find_board(desk), board) << "taken";
     press_here(desk, QStringLiteral("Escape"));
     // It may only have closed the list of names.
-    if (!wait_until([&] { return find_board(desk) == board; }, 2)) press_here(desk, QStringLiteral("Escape"));
+    wait_until_at_rest(desk);
+    if (find_board(desk) != board) press_here(desk, QStringLiteral("Escape"));
     ASSERT_TRUE(wait_until_closed(desk, dialog));
     EXPECT_TRUE(wait_for_position(desk, board, game.back()));
     EXPECT_TRUE(close_program(desk));
@@ -143,14 +145,15 @@ TEST_F(Story, AFileIsAnalysedAndAnotherAnalysisCancelled) {
     EXPECT_LT(text.find("Player 1"), text.find("Player 2")) << text;
     EXPECT_TRUE(wait_for_position(desk, board, game.back()));
 
-    const QString file = desk.path(QStringLiteral("forty.pdn"));
-    ASSERT_TRUE(write_text(file, many_games()));
+    // No game of it is over soon.
+    const QString file = desk.path(QStringLiteral("long.pdn"));
+    ASSERT_TRUE(write_text(file, pdn_of(made_game(37, 37), 37) + pdn_of(made_game(38, 38), 38)));
     ASSERT_TRUE(choose(desk, COMMAND_ANALYZE_PDN));
     ASSERT_TRUE(answer_file_dialog(desk, QString::fromLatin1(LOAD_FILE_TITLE), file));
     ASSERT_TRUE(wait_until([&] { return button_shows(desk, COMMAND_SEARCH_BUTTON, PICTURE_STOP); }));
     ASSERT_TRUE(choose(desk, COMMAND_CANCEL_ANALYZE));
     EXPECT_TRUE(wait_until([&] { return button_shows(desk, COMMAND_SEARCH_BUTTON, PICTURE_GO); }));
-    EXPECT_LT(times_in(file_text(result), "[Event"), 3U);
+    EXPECT_LT(times_in(file_text(result), "[Event"), 2U);
     EXPECT_EQ(times_in(file_text(opened), "analysis.txt"), 1U);
     EXPECT_TRUE(close_program(desk));
 }

@@ -44,12 +44,14 @@ TEST_F(Story, AMatchIsStartedWatchedAndBrokenOff) {
     ASSERT_TRUE(choose(desk, COMMAND_DXP_CONNECT));
     const QString host = wait_for_window(desk, QStringLiteral("Make Connection"));
     ASSERT_FALSE(host.isEmpty());
+    take_keyboard(desk, host);
     press_here(desk, QStringLiteral("Return"));
     ASSERT_TRUE(wait_until_closed(desk, host));
 
     ASSERT_TRUE(choose(desk, COMMAND_START_MATCH));
     const QString match = wait_for_window(desk, QStringLiteral("Start DamExchange match"));
     ASSERT_FALSE(match.isEmpty());
+    take_keyboard(desk, match);
     type_here(desk, QStringLiteral("0.2"));
     press_here(desk, QStringLiteral("Tab"));
     type_here(desk, QStringLiteral("60"));

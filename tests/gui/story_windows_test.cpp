@@ -1,11 +1,13 @@
 // Windows: kept from one start to the next, brought back from anywhere, on small screens, in all languages;
 // and what a user is told when the program cannot start as it should.
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <cstring>
 
+#include "control/game_commands.h"
+#include "control/load_save.h"
 #include "control/settings.h"
+#include "control/time_control.h"
 #include "shell/languages.h"
 #include "shell/menu.h"
 #include "tests/gui/story_steps.h"
@@ -14,7 +16,7 @@ namespace {
 
 constexpr QSize SMALL_SCREEN(800, 600);
 constexpr int STARTUP_FAILED = 1;
-constexpr int AT_REST_MS = 400;
+constexpr int DISPLAY_LOST = 1;
 constexpr int BORDER = 4;
 
 Settings stored_settings(const Desk& desk) {
@@ -45,20 +47,6 @@ void drag(const Desk& desk, QPoint from, QPoint to) {
     take_mouse_away(desk);
 }
 
-// Showing a pane may make the main window larger and move it.
-BoardPlaceOnScreen board_at_rest(const Desk& desk) {
-    BoardPlaceOnScreen place;
-    QElapsedTimer unchanged;
-    unchanged.start();
-    wait_until([&] {
-        const BoardPlaceOnScreen now = find_board(desk);
-        if (now != place) unchanged.start();
-        place = now;
-        return place.is_found() && unchanged.elapsed() > AT_REST_MS;
-    });
-    return place;
-}
-
 std::string text_of(const QRect& rect) {
     return std::to_string(rect.width()) + "x" + std::to_string(rect.height()) + " at " +
            std::to_string(rect.x()) + "," + std::to_string(rect.y());
@@ -76,7 +64,9 @@ TEST_F(Story, WindowsAreFoundWhereTheyWereLeft) {
     ASSERT_TRUE(run(desk));
     ASSERT_TRUE(choose(desk, COMMAND_CLOCK_WINDOW));
     ASSERT_TRUE(choose(desk, COMMAND_SQUARE_NUMBERS));
-    const BoardPlaceOnScreen first = board_at_rest(desk);
+    // Showing a pane may make the main window larger and move it.
+    wait_until_at_rest(desk);
+    const BoardPlaceOnScreen first = find_board(desk);
     // The border of the board, taken at its lower right corner.
     const int extent = 10 * first.square_size;
     const QPoint corner = first.corner + QPoint(extent + 2, extent + 2);
@@ -86,9 +76,9 @@ TEST_F(Story, WindowsAreFoundWhereTheyWereLeft) {
                    QStringLiteral("30"), QStringLiteral("windowsize"), QStringLiteral("--sync"), desk.window,
                    QStringLiteral("800"), QStringLiteral("640")});
     wait_until([&] { return place_of(desk, desk.window).size() == QSize(800, 640); });
-    take_mouse_away(desk);
     const QRect place = place_of(desk, desk.window);
     take_mouse_away(desk);
+    wait_until_at_rest(desk);
     const QImage before = look(*desk.screen);
     ASSERT_TRUE(close_program(desk));
     const Settings kept = stored_settings(desk);
@@ -99,7 +89,7 @@ TEST_F(Story, WindowsAreFoundWhereTheyWereLeft) {
     ASSERT_TRUE(run(desk));
     EXPECT_EQ(place_of(desk, desk.window), place);
     take_mouse_away(desk);
-    EXPECT_TRUE(wait_until([&] { return look(*desk.screen) == before; }, 5)) << "it does not look the same";
+    EXPECT_TRUE(wait_until([&] { return look(*desk.screen) == before; })) << "it does not look the same";
     EXPECT_TRUE(close_program(desk));
 }
 
@@ -112,7 +102,7 @@ TEST_F(Story, AWindowThatIsFarOutsideComesBack) {
     ASSERT_TRUE(store_settings(desk, record));
     ASSERT_TRUE(run(desk));
     EXPECT_EQ(find_board(desk).square_size, 40);
-    EXPECT_TRUE(wait_until([&] { return fits(place_of(desk, desk.window), desk.screen->size); }, 5))
+    EXPECT_TRUE(wait_until([&] { return fits(place_of(desk, desk.window), desk.screen->size); }))
         << text_of(place_of(desk, desk.window));
     EXPECT_TRUE(close_program(desk));
 }
@@ -183,6 +173,22 @@ TEST_F(Story, WithoutWeightsItSaysSoAndEnds) {
     EXPECT_EQ(exit_status(desk), STARTUP_FAILED);
     EXPECT_NE(file_text(desk.data_folder() + QStringLiteral("Tessarin.log")).find("weights"),
               std::string::npos);
+}
+
+// As when the user's session breaks down, in the midst of a search and with a dialog open.
+TEST_F(Story, ADisplayThatGoesEndsTheProgram) {
+    std::unique_ptr<Screen> screen = open_screen(SMALL_SCREEN);
+    ASSERT_NE(screen, nullptr);
+    Desk desk;
+    desk.screen = screen.get();
+    ASSERT_TRUE(run(desk));
+    ASSERT_TRUE(choose(desk, TIME_INFINITE));
+    ASSERT_TRUE(choose(desk, COMMAND_ANALYSIS));
+    ASSERT_TRUE(choose(desk, COMMAND_PDN_HEADER));
+    ASSERT_FALSE(wait_for_window(desk, QStringLiteral("Game Information")).isEmpty());
+    desk.screen = test_screen;
+    screen.reset();
+    EXPECT_EQ(exit_status(desk), DISPLAY_LOST);
 }
 
 TEST_F(Story, WithoutADisplayItSaysSoAndEnds) {
