@@ -64,6 +64,14 @@ int begin_at_file_position(int index) {
     return 0;
 }
 
+// The number of moves that the settings tell, 0 for no limit: for that the last game's clock may still reckon
+// with as many as it does then.
+int32_t moves_of_settings() {
+    const bool unlimited =
+        !dxp_state.moves_limited && settings.clock_moves_limit == DXP_UNLIMITED_CLOCK_MOVES;
+    return unlimited ? 0 : settings.clock_moves_limit;
+}
+
 // What every match begins with: this side is the initiator of a game by the clock, and nothing is counted.
 void prepare_match() {
     dxp_drop_search();
@@ -74,7 +82,7 @@ void prepare_match() {
     set_time_control(TIME_GAME_CLOCK);
     dxp_state.match_games = 0;
     dxp_state.dxp_follower = 0;
-    dxp_state.moves_limited = true;  // unless the setting of the match is 0
+    dxp_state.moves_limited = moves_of_settings() > 0;
     clear_match_counters();
 }
 
@@ -85,6 +93,7 @@ void take_over_times(const MatchFields& fields) {
     } else {
         settings.clock_minutes = fields.minutes;
         settings.clock_moves_limit = fields.moves;
+        dxp_state.moves_limited = fields.moves > 0;
     }
 }
 
@@ -128,7 +137,7 @@ MatchFields match_fields() {
     fields.ballot_file = setting_text(settings2.match_ballot_file);
     fields.incremental = settings2.match_incremental != 0;
     fields.minutes = settings.clock_minutes;
-    fields.moves = settings.clock_moves_limit;
+    fields.moves = moves_of_settings();
     fields.initial_seconds = settings2.initial_seconds;
     fields.increment_seconds = settings2.increment_seconds;
     fields.repeats = repeats_of_settings();

@@ -270,7 +270,10 @@ TEST_F(MatchPlayTest, NoMovesAreNoLimit) {
         EXPECT_EQ(dxp_state.match_unknowns, 8) << "the peer ends each game";
         ASSERT_EQ(follower.report.requests.size(), 8u);
         for (const std::string& request : follower.report.requests) EXPECT_EQ(request.substr(39, 3), "000");
+        EXPECT_EQ(match_fields().moves, 0) << "as it was chosen, for the next match";
     }
+    settings.clock_moves_limit = 60;
+    EXPECT_EQ(match_fields().moves, 60) << "but for a choice since";
     Follower follower;
     follower.run(port(), options);
     connect_to_peer();
@@ -278,6 +281,7 @@ TEST_F(MatchPlayTest, NoMovesAreNoLimit) {
     ASSERT_TRUE(run_until(match_is_over));
     follower.expect_well();
     EXPECT_EQ(follower.report.requests.back().substr(39, 3), "040") << "the next match has a limit again";
+    EXPECT_EQ(match_fields().moves, 40);
 }
 
 TEST_F(MatchPlayTest, AutoconnectNeedsNoDialog) {
