@@ -1,5 +1,6 @@
 // The builder of opening books and its workers. Each worker is a process that is told positions and answers
 // with their analyses, so every processor searches with a table and a history of its own.
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cinttypes>
@@ -29,6 +30,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int MAX_BOOK_JOBS = 64;
 constexpr int64_t MAX_BOOK_POSITIONS = 50000000;
+constexpr int32_t MOST_LINE_MOVES = 100;
 
 struct WorkerOptions {
     std::string weights;  // empty: those of the program
@@ -67,7 +69,8 @@ bool start_worker(const WorkerOptions& options, ChildProcess& child) {
 }
 
 void show_state(const Build& build) {
-    const int64_t all = build.command.build.positions;
+    // How many the lines will need is not known.
+    const int64_t all = std::max(build.command.build.positions, build.asked);
     const double elapsed = std::chrono::duration<double>(Clock::now() - build.start).count();
     const double left = elapsed / static_cast<double>(build.made) * static_cast<double>(all - build.asked);
     show_progress(std::to_string(build.asked) + " of " + std::to_string(all) + " positions, " +
@@ -231,7 +234,19 @@ void add_growth_options(CLI::App& command, BookBuildOptions& options) {
                     "Positions, the cheapest, that are searched with more nodes")
         ->check(CLI::Range(int64_t{0}, MAX_BOOK_POSITIONS))
         ->capture_default_str();
-    add_nodes_option(command, "--deep-nodes", options.deep_nodes, "Nodes of these");
+    add_nodes_option(command, "--deep-nodes", options.deep_nodes,
+                     "Nodes of these, and of the book's side in lines");
+    command
+        .add_option("--line-moves", options.lines.moves,
+                    "Moves of the book's side in lines as games against a program without a book are\n"
+                    "likely to go, which are analysed behind all else; none by default")
+        ->check(CLI::Range(0, MOST_LINE_MOVES));
+    command
+        .add_option("--line-variants", options.lines.variants, "Lines from each start position for each side")
+        ->check(CLI::Range(1, MOST_BOOK_VARIANTS))
+        ->capture_default_str();
+    add_nodes_option(command, "--reply-nodes", options.lines.reply_nodes,
+                     "Nodes of that program's searches, in some variants half as many more");
     const auto add_cost = [&command](const char* name, int32_t& cost, const char* help) {
         command.add_option(name, cost, help)->check(CLI::Range(0, 1000000))->capture_default_str();
     };

@@ -157,10 +157,16 @@ void add_book_root(BookGraph& graph, const Position& position, int32_t cost) {
 
 void add_book_analysis(BookGraph& graph, int32_t number, const BookAnalysis& analysis) {
     BookNode node = graph.nodes[static_cast<size_t>(number)];
-    if (node.analysed || !node.has_moves) return;
-    node.analysed = true;
+    if (!node.has_moves || analysis.nodes < node.searched) return;
+    node.searched = analysis.nodes;
     node.search_value = static_cast<int16_t>(analysis.value);
     node.search_best = static_cast<int16_t>(analysis.best);
+    graph.searched_nodes += analysis.nodes;
+    if (node.analysed) {
+        graph.nodes[static_cast<size_t>(number)] = std::move(node);
+        return;
+    }
+    node.analysed = true;
     const Position position = position_of_node(node);
     MoveList list;
     generate_moves(position, list, position.side);
@@ -170,7 +176,6 @@ void add_book_analysis(BookGraph& graph, int32_t number, const BookAnalysis& ana
     }
     graph.nodes[static_cast<size_t>(number)] = std::move(node);
     graph.analysed.push_back(number);
-    graph.searched_nodes += analysis.nodes;
 }
 
 // Everything begins as a draw and changes until nothing does. Children come first in the order, so that one

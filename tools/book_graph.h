@@ -38,6 +38,7 @@ struct BookNode {
     int8_t side = WHITE;
     bool analysed = false;
     bool has_moves = true;
+    uint64_t searched = 0;  // nodes of the search that the next two are from
     int16_t search_value = 0;
     int16_t search_best = 0;
     // By minimax; of analysed nodes alone.
@@ -77,7 +78,7 @@ int32_t find_book_node(const BookGraph& graph, const Position& position);
 
 void add_book_root(BookGraph& graph, const Position& position, int32_t cost);
 
-// Enters what was found. A second analysis of a node is not looked at.
+// Enters what was found. Of a second analysis of a node the long search counts, if it had more nodes.
 void add_book_analysis(BookGraph& graph, int32_t node, const BookAnalysis& analysis);
 
 // Works out the values and best moves of all analysed nodes.

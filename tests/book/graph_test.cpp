@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <functional>
 #include <limits>
+#include <map>
 #include <set>
 
 #include "book_fixture.h"
@@ -273,6 +274,68 @@ TEST_F(BookGraphTest, TheFirstAreSearchedDeeper) {
     for (size_t i = 0; i < analyst.nodes.size(); ++i)
         EXPECT_EQ(analyst.nodes[i], i < 100 ? options.deep_nodes : options.nodes) << i;
     EXPECT_EQ(graph.searched_nodes, 500u * 1000u);
+}
+
+TEST_F(BookGraphTest, ADeeperSearchTakesThePlaceOfAnother) {
+    BookGraph graph;
+    add_book_root(graph, START_POSITION, 0);
+    BookAnalysis analysis = made_up(START_POSITION, 10);
+    add_book_analysis(graph, 0, analysis);
+    const auto enter = [&](uint64_t nodes, int32_t value, int32_t best) {
+        analysis.nodes = nodes;
+        analysis.value = value;
+        analysis.best = best;
+        add_book_analysis(graph, 0, analysis);
+        carry_back_values(graph);
+    };
+    enter(2000, 22, 5);
+    EXPECT_EQ(graph.nodes[0].value, 22);
+    EXPECT_EQ(graph.nodes[0].best, 5);
+    enter(1500, 33, 6);
+    EXPECT_EQ(graph.nodes[0].value, 22);
+    EXPECT_EQ(graph.nodes[0].best, 5);
+    EXPECT_EQ(graph.analysed.size(), 1u);
+    EXPECT_EQ(graph.searched_nodes, 3000u);
+}
+
+// Each line is followed by the test itself, by the book's moves and those that the analyst finds for the
+// opponent.
+TEST_F(BookGraphTest, LinesGoAsGamesDo) {
+    Analyst analyst;
+    BookGraph graph;
+    BookBuildOptions options;
+    options.positions = 200;
+    options.lines = {6, 2, 5000};
+    ASSERT_TRUE(grow_book(graph, options, {&analyst, analyse}));
+    std::map<uint64_t, int> asked;
+    for (const uint64_t nodes : analyst.nodes) ++asked[nodes];
+    EXPECT_EQ(asked[options.nodes], 200);
+    EXPECT_GT(asked[5000], 200);
+    EXPECT_GT(asked[7500], 200);
+    EXPECT_GT(asked[options.deep_nodes], 400);
+    EXPECT_EQ(asked.size(), 4u);
+    for (const auto& root : graph.roots) {
+        for (const int book_side : {BLACK, WHITE}) {
+            int32_t number = root.node;
+            for (int moves = 0; moves < 6;) {
+                const BookNode& node = node_at(graph, number);
+                if (!node.has_moves) break;
+                ASSERT_TRUE(node.analysed) << root.node << ' ' << book_side << ' ' << moves;
+                const bool own = node.side == book_side;
+                const int32_t index = own ? node.best : made_up(position_of_node(node), 20).best;
+                number = node.edges[static_cast<size_t>(index)].child;
+                moves += own;
+            }
+        }
+    }
+    Analyst again;
+    BookGraph same;
+    ASSERT_TRUE(grow_book(same, options, {&again, analyse}));
+    EXPECT_EQ(same.analysed, graph.analysed);
+    EXPECT_EQ(again.nodes, analyst.nodes);
+    again = Analyst{};
+    again.budget = 250;
+    EXPECT_FALSE(grow_book(same, options, {&again, analyse})) << "stopped in the midst of the lines";
 }
 
 TEST_F(BookGraphTest, TheSecondBestMoveIsNearTheBest) {
