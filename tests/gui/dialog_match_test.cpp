@@ -86,7 +86,7 @@ TEST_F(ConnectionDialog, ShowsAndStoresTheHost) {
     store_setting_text(settings.dxp_host, "192.168.1.7");
     EXPECT_TRUE(connect_dialog_used([](QDialog& dialog) {
         EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Make Connection"));
-        EXPECT_EQ(control<QLabel>(dialog, 1100).text(), QStringLiteral("Remote hostname or IP address"));
+        EXPECT_EQ(control<QLabel>(dialog, 1100).text(), QStringLiteral("&Remote hostname or IP address"));
         EXPECT_EQ(edit_text(dialog, HOST), "192.168.1.7");
         EXPECT_EQ(dialog.focusWidget(), &edit(dialog, HOST));
         type(dialog, HOST, "draughts.example");
