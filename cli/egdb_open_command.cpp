@@ -40,7 +40,7 @@ void run_open(const OpenOptions& options) {
     const OpenEgdb driver =
         egdb_open(options_text(options.limits).c_str(), options.cache_mb, options.folder, print_line);
     if (!driver) return fail("the database in %s cannot be opened", options.folder.c_str());
-    if (driver->type == EGDB_WLD) print_files(wld_database(*driver));
+    if (driver->type != EGDB_MTC) print_files(wld_database(*driver));
     int32_t most = 0, one_side = 0, kings_of_nine = 0, kings_of_eight = 0;
     driver->get_pieces(driver->handle, &most, &one_side, &kings_of_nine, &kings_of_eight);
     std::printf(

@@ -42,6 +42,10 @@ bool open_data_file(const EgdbDatabase& database, DbFile& file) {
     return false;
 }
 
+uint32_t key_of(const EgdbDatabase& database, const DbFile& file, uint32_t block) {
+    return block_key(static_cast<uint32_t>(&file - database.files.data()), block);
+}
+
 int32_t bytes_in_block(const EgdbDatabase& database, const DbFile& file, uint32_t block) {
     const int64_t bytes = block_bytes(database);
     return static_cast<int32_t>(std::min(bytes, file.data_bytes - block * bytes));
@@ -122,8 +126,9 @@ int autoload_file(EgdbDatabase& database, DbFile& file, int64_t& memory_counter)
     }
     memory_counter += static_cast<int64_t>(bytes);
     auto* const data = static_cast<uint8_t*>(file.autoload_data.get());
-    const bool read =
-        read_region(database, file, 0, data, static_cast<size_t>(file.data_bytes), "autoload seek failed\n");
+    const bool read = read_region(
+        database, file, 0, data, static_cast<size_t>(file.data_bytes),
+        database.type == EGDB_WLD_FIXED_CODES ? "ERROR: autoload seek failed\n" : "autoload seek failed\n");
     file.file_handle.close();
     if (!read) return 1;
     file.autoload = 1;
@@ -142,6 +147,7 @@ int autoload_file(EgdbDatabase& database, DbFile& file, int64_t& memory_counter)
 
 int open_for_blocks(EgdbDatabase& database, DbFile& file, int64_t& memory_counter) {
     if (!open_data_file(database, file)) return 1;
+    if (database.type == EGDB_WLD_VALUE_LISTS) return 0;
     try {
         file.cache_bufferi.assign(static_cast<size_t>(file.num_cache_blocks), -1);
     } catch (const std::bad_alloc&) {
@@ -178,17 +184,28 @@ int allocate_cache(EgdbDatabase& database, int32_t blocks) {
     }
     database.numcacheblocks = blocks;
     database.lru_head = 0;
-    return 0;
+    if (database.type != EGDB_WLD_VALUE_LISTS) return 0;
+    try {
+        make_block_hash(database.hash, blocks);
+        return 0;
+    } catch (const std::bad_alloc&) {
+        egdb_log(database, "Cannot allocate memory for cache hashtable\n");
+        return 1;
+    }
 }
 
 int32_t get_block_for(EgdbDatabase& database, const Subslice& subslice, uint32_t block) {
     database.statistics.lru_cache_loads.fetch_add(1, std::memory_order_relaxed);
     const int32_t victim = database.lru_head;
     CacheBlock& cache_block = database.ccbs[static_cast<size_t>(victim)];
-    if (cache_block.blocknum >= 0)
-        cache_block.subdb->file->cache_bufferi[static_cast<size_t>(cache_block.blocknum)] = -1;
     DbFile& file = *subslice.file;
-    file.cache_bufferi[block] = victim;
+    if (database.hash.is_used()) {
+        set_hashed(database.hash, victim, key_of(database, file, block));
+    } else {
+        if (cache_block.blocknum >= 0)
+            cache_block.subdb->file->cache_bufferi[static_cast<size_t>(cache_block.blocknum)] = -1;
+        file.cache_bufferi[block] = victim;
+    }
     cache_block.subdb = &subslice;
     cache_block.blocknum = static_cast<int32_t>(block);
     cache_block.is_sound =
@@ -197,6 +214,11 @@ int32_t get_block_for(EgdbDatabase& database, const Subslice& subslice, uint32_t
         number_block(database, cache_block);
     database.lru_head = cache_block.next;
     return victim;
+}
+
+int32_t cached_block(const EgdbDatabase& database, const DbFile& file, uint32_t block) {
+    return database.hash.is_used() ? find_hashed(database.hash, key_of(database, file, block))
+                                   : file.cache_bufferi[block];
 }
 
 void touch_cache_block(EgdbDatabase& database, int32_t cache_block) {

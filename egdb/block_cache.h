@@ -20,6 +20,9 @@ int allocate_cache(EgdbDatabase& database, int32_t blocks);
 // Under the database's lock, or before lookups run.
 int32_t get_block_for(EgdbDatabase& database, const Subslice& subslice, uint32_t block);
 
+// The cache block that holds that block of the file, or -1. Under the lock.
+int32_t cached_block(const EgdbDatabase& database, const DbFile& file, uint32_t block);
+
 // Notes that the cache block has just been used. Under the lock.
 void touch_cache_block(EgdbDatabase& database, int32_t cache_block);
 

@@ -1,7 +1,7 @@
 #include "egdb/block_codes.h"
 
-#include "egdb/catalogues.h"
 #include "egdb/mtc_codes.h"
+#include "egdb/older_codes.h"
 
 namespace {
 
@@ -23,7 +23,7 @@ BlockPart block_part(const Subslice& subslice, uint32_t block, int32_t block_byt
     part.first_byte = r == 0 ? subslice.startbyte : 0;
     part.end_byte = block_bytes;
     part.first_position = subslice.indices[r];
-    if (!subslice.catalogidx.empty()) part.catalogue = subslice.catalogidx[r];
+    part.catalogue = code_of_block(subslice, r);
     part.is_last = r + 1 == subslice.num_idx_blocks;
     part.end_position = part.is_last ? subslice.positions : subslice.indices[r + 1];
     if (part.is_last && subslice.next && subslice.next->first_idx_block == block)
@@ -32,7 +32,7 @@ BlockPart block_part(const Subslice& subslice, uint32_t block, int32_t block_byt
 }
 
 bool is_part_sound(const BlockPart& part, const uint8_t* bytes) {
-    return adds_up(part, catalogue(part.catalogue).totals, bytes);
+    return adds_up(part, block_code(part.catalogue).totals, bytes);
 }
 
 bool is_mtc_part_sound(const BlockPart& part, const uint8_t* bytes) {
@@ -41,7 +41,7 @@ bool is_mtc_part_sound(const BlockPart& part, const uint8_t* bytes) {
 
 void number_subblocks(const BlockPart& part, const uint8_t* bytes,
                       std::span<uint32_t, SUBBLOCKS> subindices) {
-    const CatalogueTable& table = catalogue(part.catalogue);
+    const CatalogueTable& table = block_code(part.catalogue);
     uint32_t position = part.first_position;
     for (int32_t o = part.first_byte; o < part.end_byte; ++o) {
         if (o % SUBBLOCK_BYTES == 0) subindices[static_cast<size_t>(o / SUBBLOCK_BYTES)] = position;
@@ -51,7 +51,7 @@ void number_subblocks(const BlockPart& part, const uint8_t* bytes,
 
 int decode_symbol(const uint8_t* bytes, int32_t catalogue_number, int64_t start, uint32_t index,
                   int32_t& offset) {
-    const CatalogueTable& table = catalogue(catalogue_number);
+    const CatalogueTable& table = block_code(catalogue_number);
     int64_t position = start;
     while (position <= index) {
         if (offset >= SUBBLOCK_BYTES) return -1;

@@ -17,8 +17,8 @@ struct BlockPart {
     int32_t end_byte = 0;
     uint32_t first_position = 0;
     int64_t end_position = 0;  // where the next block takes over, or the number of positions of the Subslice
-    int32_t catalogue = 0;
-    bool is_last = false;  // of the Subslice: the last byte may stand for more positions than there are
+    int32_t catalogue = 0;     // number of a block code (older_codes.h)
+    bool is_last = false;      // of the Subslice: the last byte may stand for more positions than there are
 };
 
 // The part in the block with that number, one of the Subslice's. `block_bytes` is how many bytes of the block

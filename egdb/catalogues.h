@@ -24,7 +24,8 @@ extern const uint8_t catalogue_entries[];
 
 struct CatalogueTable {
     std::array<uint16_t, CATALOGUE_ROWS> totals;   // how many positions each row stands for, at least one
-    std::array<uint32_t, CATALOGUE_ROWS> offsets;  // where each row begins in `catalogue_entries`
+    std::array<uint32_t, CATALOGUE_ROWS> offsets;  // where each row begins in the entries
+    const uint8_t* entries = catalogue_entries;
 };
 extern const std::array<CatalogueTable, CATALOGUES> catalogues;
 
@@ -32,7 +33,7 @@ inline const CatalogueTable& catalogue(int number) { return catalogues[static_ca
 
 // The symbol of position `place` of the row, which is less than the row's total.
 inline int catalogue_symbol(const CatalogueTable& table, uint8_t row, int32_t place) {
-    const uint8_t* entry = catalogue_entries + table.offsets[row];
+    const uint8_t* entry = table.entries + table.offsets[row];
     while (true) {
         place -= entry[1] | entry[2] << 8;
         if (place < 0) return entry[0];

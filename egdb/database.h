@@ -13,6 +13,7 @@
 #include "base/input_file.h"
 #include "base/memory.h"
 #include "base/spin_lock.h"
+#include "egdb/block_hash.h"
 #include "egdb/driver.h"
 #include "egdb/egdb_format.h"
 #include "egdb/file_list.h"
@@ -50,14 +51,20 @@ struct Subslice {
     uint32_t num_idx_blocks = 0;  // blocks that it touches
     uint32_t first_idx_block = 0;               // number of the first of these in the file
     std::vector<uint32_t> indices;              // position number that starts each block; the first one is 0
-    std::vector<uint8_t> catalogidx;            // catalogue of each block
-    std::vector<uint8_t> vmap;                  // values of the symbols of each block
+    std::vector<uint8_t> catalogidx;            // catalogue of each block; empty in the older forms
+    std::vector<uint8_t> vmap;                  // values of the symbols of each block; likewise
+    uint8_t code = 0;                           // of all blocks, in the older forms (older_codes.h)
+    std::array<uint8_t, 7> values{};            // of the symbols there
     std::vector<uint32_t> autoload_subindices;  // of an autoloaded file: position number at each sub-block
     DbFile* file = nullptr;
     Subslice* next = nullptr;  // the one stored in blocks behind this one in the file
     Subslice* prev = nullptr;
     uint32_t positions = 0;  // how many there are in it
 };
+
+inline int32_t code_of_block(const Subslice& subslice, uint32_t r) {
+    return subslice.catalogidx.empty() ? subslice.code : subslice.catalogidx[r];
+}
 
 struct SubdbSlot {
     std::unique_ptr<Subslice[]> subslices;  // null while no file tells about the Slice
@@ -92,7 +99,8 @@ struct EgdbDatabase {
     int32_t lru_head = 0;  // least recently used; the one before it was used last
     std::vector<CacheBlock> ccbs;
     std::vector<LargeMemory> buffers;
-    SpinLock lock;  // of the cache: `cache_bufferi`, the ring, the loading of blocks and their sub-indices
+    BlockHash hash;  // in place of `cache_bufferi`, of type EGDB_WLD_VALUE_LISTS
+    SpinLock lock;   // of the cache: `cache_bufferi`, the ring, the loading of blocks and their sub-indices
     EgdbStatistics statistics;
 };
 

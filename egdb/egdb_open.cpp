@@ -1,7 +1,5 @@
 #include "egdb/egdb_open.h"
 
-#include <array>
-#include <cstdio>
 #include <new>
 
 #include "egdb/identify.h"
@@ -10,26 +8,6 @@
 #include "egdb/wld_open.h"
 
 namespace {
-
-// Who opens the databases of a type. A type that has no row is known but cannot be opened.
-struct DriverRow {
-    EgdbType type;
-    OpenEgdb (*open)(const EgdbOpenRequest& request);
-};
-constexpr std::array<DriverRow, 2> DRIVERS{{{EGDB_WLD, open_wld}, {EGDB_MTC, open_mtc}}};
-
-const char* name_of_type(EgdbType type) {
-    switch (type) {
-        case EGDB_WLD_FIXED_CODES:
-            return ".cpr with fixed codes";
-        case EGDB_MTC:
-            return ".cpr_mtc";
-        case EGDB_WLD_VALUE_LISTS:
-            return ".cpr with value lists";
-        default:
-            return ".cpr1";
-    }
-}
 
 OpenEgdb open_identified(const char* options, int32_t cache_megabytes, const std::string& folder,
                          void (*log)(const char* text)) {
@@ -45,13 +23,8 @@ OpenEgdb open_identified(const char* options, int32_t cache_megabytes, const std
     request.folder = folder;
     request.cache_megabytes = cache_megabytes;
     request.log = log;
-    for (const DriverRow& row : DRIVERS)
-        if (row.type == type) return row.open(request);
-    char line[1024];
-    std::snprintf(line, sizeof line, "%s holds a database of type %d (%s), which this version cannot open\n",
-                  folder.c_str(), static_cast<int>(type), name_of_type(type));
-    if (log) log(line);
-    return nullptr;
+    request.type = type;
+    return type == EGDB_MTC ? open_mtc(request) : open_wld(request);
 }
 
 }  // namespace

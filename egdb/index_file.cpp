@@ -6,6 +6,7 @@
 
 #include "base/files.h"
 #include "egdb/catalogues.h"
+#include "egdb/older_codes.h"
 
 namespace {
 
@@ -176,12 +177,49 @@ bool follows(const Subslice& previous, int32_t block, int32_t startbyte) {
     return block == last_block + 1 && startbyte == 0;
 }
 
-// Passes over lines that begin with "#".
-void pass_comments(FormattedText& text) {
+constexpr size_t COMMENT_BYTES = 120;  // in which the word of a comment is looked for
+
+// What holds where no comment tells.
+void begin_codes(const IndexReader& reader, Subslice& subslice) {
+    subslice.code = FIRST_VALUE_LIST_CODE;
+    if (reader.database.type != EGDB_WLD_FIXED_CODES) return;
+    subslice.code = CODE_WITHOUT_PARTIALS;
+    for (uint8_t value = 0; value < subslice.values.size(); ++value) subslice.values[value] = value;
+}
+
+// "vmap 3: 1,2,3" or with six values: catalogue and values of the symbols. False if they are out of range;
+// what has another number of values says nothing.
+bool read_value_list(FormattedText text, Subslice& subslice) {
+    int32_t catalogue = 0;
+    if (!text.take_number(catalogue) || !text.take(':')) return true;
+    std::array<int32_t, VALUE_LIST_SYMBOLS> values{};
+    const int count = text.take_numbers(values, ",,,,,");
+    if (count != 3 && count != VALUE_LIST_SYMBOLS) return true;
+    if (catalogue < 0 || catalogue >= VALUE_LIST_CATALOGUES) return false;
+    const auto used = static_cast<size_t>(count);
+    for (size_t i = 0; i < used; ++i)
+        if (values[i] < EGDB_UNKNOWN || values[i] > EGDB_WIN_OR_DRAW) return false;
+    subslice.code = static_cast<uint8_t>(FIRST_VALUE_LIST_CODE + catalogue);
+    for (size_t i = 0; i < used; ++i) subslice.values[i] = static_cast<uint8_t>(values[i]);
+    return true;
+}
+
+// Lines that begin with "#", of which the forms look for a word each; the others pass over them.
+bool read_comments(IndexReader& reader, Subslice& subslice) {
+    FormattedText& text = reader.text;
     for (text.skip_space(); text.take('#'); text.skip_space()) {
-        const size_t end = text.rest.find('\n');
-        text.rest.remove_prefix(end == std::string_view::npos ? text.rest.size() : end);
+        const std::string_view line = text.rest.substr(0, text.rest.find('\n'));
+        text.rest.remove_prefix(line.size());
+        const std::string_view seen = line.substr(0, COMMENT_BYTES);
+        if (reader.database.type == EGDB_WLD_FIXED_CODES &&
+            seen.find("haspartials") != std::string_view::npos)
+            subslice.code = CODE_WITH_PARTIALS;
+        const size_t list = seen.find("vmap");
+        if (reader.database.type == EGDB_WLD_VALUE_LISTS && list != std::string_view::npos &&
+            !read_value_list({seen.substr(list + 4)}, subslice))
+            return false;
     }
+    return true;
 }
 
 // Puts the Subslice behind the one before it. False if its bytes cannot begin there.
@@ -252,7 +290,8 @@ int read_units(IndexReader& reader, Subslice& subslice) {
     if (unit < 0 || offset < 0 || offset >= unit_bytes ||
         !begin_subslice(reader, subslice, unit / units_of_block, unit % units_of_block * unit_bytes + offset))
         return reader.fail("Bad line in");
-    pass_comments(text);
+    begin_codes(reader, subslice);
+    if (!read_comments(reader, subslice)) return reader.fail("Bad line in");
     if (!push_block(reader, subslice, 0)) return 1;
     uint32_t before = 0;
     for (int32_t counter = unit % units_of_block;;) {

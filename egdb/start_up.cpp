@@ -1,6 +1,7 @@
 #include "egdb/start_up.h"
 
 #include <algorithm>
+#include <mutex>
 #include <new>
 
 #include "base/clock.h"
@@ -14,7 +15,14 @@ namespace {
 
 constexpr double MS_PER_SECOND = 1000;
 
-EgdbStatistics* get_stats(void* handle) { return &database_of(handle).statistics; }
+EgdbStatistics* get_stats(void* handle) {
+    EgdbDatabase& database = database_of(handle);
+    if (database.hash.is_used()) {
+        const std::lock_guard guard(database.lock);
+        database.statistics.avg_ht_list_length = average_list_length(database.hash);
+    }
+    return &database.statistics;
+}
 
 void reset_stats(void* handle) {
     EgdbStatistics& s = database_of(handle).statistics;
@@ -132,7 +140,7 @@ int make_cache(Opening& opening, int64_t cacheable) {
 int preload_file(EgdbDatabase& database, const DbFile& file, int32_t& blocks_read) {
     for (uint32_t block = 0; block < static_cast<uint32_t>(file.num_cache_blocks); ++block) {
         if (blocks_read >= database.numcacheblocks) return 0;
-        if (file.cache_bufferi[block] != -1) continue;
+        if (cached_block(database, file, block) != -1) continue;
         const Subslice* const subslice = find_subdb_of_block(database, file, block);
         if (!subslice) continue;
         const int32_t cached = get_block_for(database, *subslice, block);

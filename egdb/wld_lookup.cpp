@@ -23,13 +23,15 @@ EgdbValue decode(const EgdbDatabase& database, const Subslice& subslice, const D
                  uint32_t index) {
     const uint32_t r = start.block - subslice.first_idx_block;
     int32_t offset = start.offset;
-    const int symbol = decode_symbol(start.bytes, subslice.catalogidx[r], start.position, index, offset);
+    const int symbol = decode_symbol(start.bytes, code_of_block(subslice, r), start.position, index, offset);
     if (symbol < 0) {
         egdb_log(database, "db block array index outside block bounds: %d\nFile %s\n", offset,
                  subslice.file->name.data());
         return EGDB_UNKNOWN;
     }
-    return static_cast<EgdbValue>(vmap_values[subslice.vmap[r]][static_cast<size_t>(symbol)]);
+    const auto s = static_cast<size_t>(symbol);
+    return static_cast<EgdbValue>(subslice.vmap.empty() ? subslice.values[s]
+                                                        : vmap_values[subslice.vmap[r]][s]);
 }
 
 EgdbValue lookup_autoloaded(EgdbDatabase& database, const Subslice& subslice, uint32_t index) {
@@ -78,7 +80,7 @@ EgdbValue lookup_cached(EgdbDatabase& database, const Subslice& subslice, uint32
     DecodeStart start;
     {
         const std::lock_guard guard(database.lock);
-        int32_t cache_block = subslice.file->cache_bufferi[block];
+        int32_t cache_block = cached_block(database, *subslice.file, block);
         if (cache_block >= 0) {
             touch_cache_block(database, cache_block);
         } else {
@@ -113,9 +115,12 @@ EgdbValue wld_lookup(EgdbDatabase& database, const Position& position, int side,
         return side == loser ? EGDB_LOSS : EGDB_WIN;
     }
     const int black = bit_count(position.black), white = bit_count(position.white);
-    if (black + white > EGDB_MAX_PIECES || black > EGDB_MAX_SIDE || white > EGDB_MAX_SIDE) {
+    // The oldest form knows nothing of what the others do not have.
+    const EgdbValue absent = database.type == EGDB_WLD_FIXED_CODES ? EGDB_UNKNOWN : EGDB_SUBDB_UNAVAILABLE;
+    if (black + white > egdb_type_rules(database.type).most_pieces || black > EGDB_MAX_SIDE ||
+        white > EGDB_MAX_SIDE) {
         count(statistics.db_not_present_requests);
-        return EGDB_SUBDB_UNAVAILABLE;
+        return absent;
     }
     const CanonicalPosition canonical = canonical_position(position, side);
     const int64_t index = position_to_index(canonical.position, canonical.material);
@@ -123,7 +128,7 @@ EgdbValue wld_lookup(EgdbDatabase& database, const Position& position, int side,
     if (!subslice) {
         count(statistics.db_not_present_requests);
         const bool other_side = find_subslice(database, canonical.material, canonical.side ^ 1, 0) != nullptr;
-        return other_side ? EGDB_UNKNOWN : EGDB_SUBDB_UNAVAILABLE;
+        return other_side ? EGDB_UNKNOWN : absent;
     }
     const EgdbValue value =
         lookup_subslice(database, *subslice, static_cast<uint32_t>(index % SUBSLICE_POSITIONS), conditional);

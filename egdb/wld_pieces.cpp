@@ -17,7 +17,8 @@ bool is_filled(const EgdbDatabase& database, const Material& m, int side) {
 
 int32_t kings_of_eight(const EgdbDatabase& database) {
     for (const Material& m : KINGS_OF_EIGHT)
-        if (is_filled(database, m, BLACK) || is_filled(database, m, WHITE)) return m.bk;
+        if (is_filled(database, m, BLACK) || (database.type == EGDB_WLD && is_filled(database, m, WHITE)))
+            return m.bk;
     return 0;
 }
 

@@ -142,20 +142,6 @@ TEST(WldOpen, LargeFilesMayBeMissing) {
     EXPECT_EQ(driver->lookup(driver->handle, men, BLACK, true), EGDB_DRAW);
 }
 
-TEST(WldOpen, SetsThatCannotBeOpenedYetAreNamed) {
-    for (const EgdbIdentityRow& row : egdb_identities) {
-        if (row.type == EGDB_WLD || row.type == EGDB_MTC) continue;
-        const ScratchFolder folder;
-        std::ofstream(folder.file(row.file), std::ios::binary) << with_crc("some set", row.crc);
-        EXPECT_FALSE(open_folder(folder.path));
-        EXPECT_NE(database_log.find(folder.path + " holds a database of type " +
-                                    std::to_string(static_cast<int>(row.type))),
-                  std::string::npos)
-            << database_log;
-        EXPECT_NE(database_log.find("which this version cannot open\n"), std::string::npos);
-    }
-}
-
 TEST(WldOpen, TheLeastCacheIsMadeWhereThereIsNoMemoryForIt) {
     const OpenEgdb driver = open_by_blocks(shipped_database(), 0, 0);
     ASSERT_TRUE(driver);

@@ -7,14 +7,14 @@
 
 #include "check.h"
 #include "egdb/block_codes.h"
-#include "egdb/catalogues.h"
+#include "egdb/older_codes.h"
 
 namespace {
 
 void check_decoding(const BlockPart& part, const uint8_t* bytes) {
     std::array<uint32_t, SUBBLOCKS> subindices{};
     number_subblocks(part, bytes, subindices);
-    const CatalogueTable& table = catalogue(part.catalogue);
+    const CatalogueTable& table = block_code(part.catalogue);
     int64_t position = part.first_position;
     for (int32_t o = part.first_byte; o < part.end_byte; ++o) {
         const int32_t subblock = o / SUBBLOCKS;
@@ -50,16 +50,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const size_t count = std::min(size - 6, block.size() - first);
     std::memcpy(block.data() + first, data + 6, count);
     BlockPart part;
-    part.catalogue = data[0] % CATALOGUES;
+    part.catalogue = data[0] % BLOCK_CODES;
     part.first_byte = static_cast<int32_t>(first);
     part.end_byte = static_cast<int32_t>(first + count);
     part.first_position = static_cast<uint32_t>(data[2]) * 1000;
     int64_t sum = 0;
-    for (size_t i = first; i < first + count; ++i) sum += catalogue(part.catalogue).totals[block[i]];
+    for (size_t i = first; i < first + count; ++i) sum += block_code(part.catalogue).totals[block[i]];
     const int64_t change = data[3] % 3 - 1;
     part.end_position = part.first_position + sum + change;
     part.is_last = data[4] % 2 == 1;
-    const int64_t last_total = catalogue(part.catalogue).totals[block[first + count - 1]];
+    const int64_t last_total = block_code(part.catalogue).totals[block[first + count - 1]];
     const bool sound = change == 0 || (change == -1 && part.is_last && last_total > 1);
     FUZZ_CHECK(is_part_sound(part, block.data()) == sound);
     check_decoding(part, block.data());
