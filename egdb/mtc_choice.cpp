@@ -25,13 +25,12 @@ int32_t number_of(const Position& position) {
 // A root move that comes into question.
 struct Choice {
     int index = 0;
-    Position reached;
     bool converts = false;
-    int32_t mtc = 0;      // of the position reached
-    int32_t further = 0;  // of what the opponent makes of it: tells moves apart that rounding makes equal
+    int32_t mtc = 0;  // of the position reached
 };
 
-// The moves that come into question, which are all moves of a lost position.
+// The moves that come into question, which are all moves of a lost position; in the end the best first, as
+// the numbers tell them apart.
 struct Choices {
     int count = 0;
     std::array<Choice, MAX_MOVES> list;
@@ -39,31 +38,6 @@ struct Choices {
     Choice* begin() { return list.data(); }
     Choice* end() { return list.data() + count; }
 };
-
-// What the opponent, whose best replies keep him from converting if he has lost and from letting us last if
-// he has won, leaves us with: the number of the longest, or shortest, way on.
-int32_t number_behind(const Position& position, bool opponent_wins) {
-    const int us = position.side ^ 1;
-    MoveList replies;
-    generate_moves(position, replies, position.side);
-    int32_t found = opponent_wins ? INT32_MAX : 0;
-    for (const Move& reply : replies) {
-        const Position child = position_after(reply, us);
-        // A conversion that wins would have made the distance one.
-        if (is_conversion(position, child)) continue;
-        if (!opponent_wins)
-            found = std::max(found, number_of(child));
-        else if (resolve_value(child, us, LOSERS_DEPTH) == EGDB_LOSS)
-            found = std::min(found, number_of(child));
-    }
-    return found;
-}
-
-// Moves that rounding makes as good as the best one are looked into further.
-void look_further(Choices& choices, bool we_win, int32_t best) {
-    for (Choice& choice : choices)
-        if (choice.mtc == best && !choice.converts) choice.further = number_behind(choice.reached, !we_win);
-}
 
 // True, with the winning moves, if all of them are known.
 bool winners_choices(const MoveList& moves, int side, Choices& choices) {
@@ -74,15 +48,11 @@ bool winners_choices(const MoveList& moves, int side, Choices& choices) {
         if (value != EGDB_LOSS) continue;
         const int32_t mtc = number_of(reached);
         if (mtc == NO_MTC) return false;
-        choices.list[static_cast<size_t>(choices.count++)] = {i, reached, false, mtc, 0};
+        choices.list[static_cast<size_t>(choices.count++)] = {i, false, mtc};
     }
-    if (choices.count == 0) return false;
-    const auto nearer = [](const Choice& a, const Choice& b) {
-        return a.mtc != b.mtc ? a.mtc < b.mtc : a.further < b.further;
-    };
-    look_further(choices, true, std::min_element(choices.begin(), choices.end(), nearer)->mtc);
-    std::stable_sort(choices.begin(), choices.end(), nearer);
-    return true;
+    std::stable_sort(choices.begin(), choices.end(),
+                     [](const Choice& a, const Choice& b) { return a.mtc < b.mtc; });
+    return choices.count > 0;
 }
 
 // True if the best move lasts long enough to have a number.
@@ -90,18 +60,13 @@ bool losers_choices(const Position& position, const MoveList& moves, int side, C
     for (int i = 0; i < moves.count; ++i) {
         const Position reached = position_after(moves[i], side ^ 1);
         const bool won = resolve_value(reached, side ^ 1, LOSERS_DEPTH) == EGDB_WIN;
-        choices.list[static_cast<size_t>(choices.count++)] = {i, reached, is_conversion(position, reached),
-                                                              won ? number_of(reached) : 0, 0};
+        choices.list[static_cast<size_t>(choices.count++)] = {i, is_conversion(position, reached),
+                                                              won ? number_of(reached) : 0};
     }
-    const auto lasts_longer = [](const Choice& a, const Choice& b) {
-        if (a.converts != b.converts) return b.converts;
-        return a.mtc != b.mtc ? a.mtc > b.mtc : a.further > b.further;
-    };
-    const Choice best = *std::min_element(choices.begin(), choices.end(), lasts_longer);
-    if (best.mtc < MTC_THRESHOLD) return false;
-    look_further(choices, false, best.mtc);
-    std::stable_sort(choices.begin(), choices.end(), lasts_longer);
-    return true;
+    std::stable_sort(choices.begin(), choices.end(), [](const Choice& a, const Choice& b) {
+        return a.converts != b.converts ? b.converts : a.mtc > b.mtc;
+    });
+    return choices.list[0].mtc >= MTC_THRESHOLD;
 }
 
 void write_choices(const Position& position, const MoveList& moves, Choices& choices, int32_t correction,

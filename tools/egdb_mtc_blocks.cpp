@@ -1,6 +1,5 @@
 #include "tools/egdb_mtc_blocks.h"
 
-#include <algorithm>
 #include <cstdio>
 
 #include "egdb/egdb_format.h"
@@ -8,6 +7,8 @@
 #include "tools/egdb_mtc_solver.h"
 
 namespace {
+
+static_assert(LONGEST_DISTANCE < MTC_LARGEST);
 
 constexpr int64_t UNIT_BYTES = egdb_format(EGDB_MTC).unit_bytes;
 
@@ -63,7 +64,6 @@ void append_mtc_subslice(MtcFilePair& pair, std::span<const uint8_t> distances, 
         run = 0;
         writer.put(static_cast<uint8_t>(MTC_FIRST_NUMBER + mtc / 2));
         ++pair.told_positions;
-        pair.largest = std::max(pair.largest, mtc);
     }
     writer.put_run(run);
     pair.positions += static_cast<int64_t>(distances.size());

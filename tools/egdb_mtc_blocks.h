@@ -14,7 +14,6 @@ struct MtcFilePair {
     std::string index;
     int64_t positions = 0;
     int64_t told_positions = 0;  // of these, those with a number of their own
-    int largest = 0;             // of the numbers
 };
 
 // The number that is stored for a distance of the solver, NO_MTC where it is none.

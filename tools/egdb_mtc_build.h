@@ -5,7 +5,7 @@
 
 #include "tools/egdb_build.h"
 
-// Each piece more takes forty times as long.
+// With six pieces all values and the distances of a material would not fit in memory.
 constexpr int EGDB_MOST_MTC_BUILT = 5;
 
 // The most memory that a build takes, in bytes.
