@@ -3,7 +3,9 @@
 #include <ui_dialog_databases.h>
 
 #include <QFileDialog>
+#include <QLabel>
 #include <QTimer>
+#include <algorithm>
 #include <array>
 
 #include "control/database_settings.h"
@@ -95,6 +97,14 @@ void show_fields(const forms::Ui::Databases& form) {
     form.id_1005->setFocus();
 }
 
+// The fields of both groups begin at the same place, whatever the language.
+void align_fields(const forms::Ui::Databases& form) {
+    int widest = form.id_1106->sizeHint().width();
+    for (const QLabel* const label : form.id_1150->findChildren<QLabel*>())
+        widest = std::max(widest, label->sizeHint().width());
+    for (QLabel* const label : {form.id_1101, form.id_1106}) label->setMinimumWidth(widest);
+}
+
 // A setting without an entry of its own is left alone.
 void store_entry(const QComboBox& box, int32_t stored, void (*set)(int32_t number)) {
     read_entry(box, stored);
@@ -137,6 +147,7 @@ void databases_dialog(QWidget* parent) {
     form.setupUi(&dialog);
     show_fields(form);
     prepare_dialog(dialog, DIALOG_DATABASES);
+    align_fields(form);
     connect_folder(dialog, WLD_KIND, *form.id_1007, *form.id_1013, *form.id_1017);
     connect_folder(dialog, MTC_KIND, *form.id_1016, *form.id_1015, *form.id_1018);
     offer_verification(dialog, *form.id_1019);

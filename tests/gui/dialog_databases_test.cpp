@@ -94,6 +94,18 @@ TEST_F(Databases, ShowsTheSettings) {
     });
 }
 
+TEST_F(Databases, TheFieldsOfBothGroupsStandInLine) {
+    for (const char* const words : {"[DLG_119]\nID1104=The longest of all labels in this dialog\n",
+                                    "[DLG_119]\nID1106=Or this, longer still than the others\n"}) {
+        speak("Dutch", DUTCH_ID, words);
+        use([](QDialog& dialog) {
+            const auto left = [&dialog](int id) { return edit(dialog, id).mapTo(&dialog, QPoint()).x(); };
+            EXPECT_EQ(left(WLD_FOLDER), left(MTC_FOLDER));
+            click(dialog, CANCEL_ID);
+        });
+    }
+}
+
 TEST_F(Databases, OkWithoutAChangeChangesNothing) {
     // Of 48 megabytes and of 40 pieces there is no entry.
     settings.hash_mb = 48;
