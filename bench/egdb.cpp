@@ -1,6 +1,8 @@
 // Lookups in the endgame databases: from files that are held whole and from a warm cache of blocks, on one
-// thread and two, and with every block from the disk. The positions are random ones of the largest number of
-// pieces in the folder that TESSARIN_EGDB names, or of the database that comes with the program.
+// thread and two, and with every block from the disk; lookups in each form of values, of three pieces;
+// lookups of moves to conversion, in the database that comes with the program; and the checksum of the
+// largest file. The positions are random ones of the largest number of pieces in the folder that
+// TESSARIN_EGDB names, or of the database that comes with the program.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
@@ -8,10 +10,16 @@
 #include <string>
 #include <vector>
 
+#include "base/files.h"
 #include "core/movegen.h"
+#include "egdb/file_crc.h"
 #include "egdb/identify.h"
+#include "egdb/mtc_open.h"
 #include "egdb/position_walk.h"
 #include "egdb/wld_open.h"
+#include "tests/base/scratch_folder.h"
+#include "tests/tools/older_writer.h"
+#include "tools/egdb_solver.h"
 
 namespace {
 
@@ -117,5 +125,67 @@ void open_database(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(open_wld(request));
 }
 BENCHMARK(open_database)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// Of the same positions, from the cache that the engine has.
+void moves_to_conversion(benchmark::State& state) {
+    EgdbOpenRequest request;
+    request.folder = PROJECT_FOLDER "/data/mtc_database";
+    request.pieces = 4;
+    request.cache_megabytes = 1;
+    const OpenEgdb driver = open_mtc(request);
+    if (!driver || pieces_there() == 0) return state.SkipWithError("no database");
+    size_t at = 0;
+    for (auto _ : state) {
+        const Question& q = questions()[at++ % QUESTIONS];
+        benchmark::DoNotOptimize(driver->lookup(driver->handle, q.position, q.side, false));
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(moves_to_conversion);
+
+// Of three pieces, which the older forms are written for first: from whole files, or through a cache that
+// holds all blocks.
+void form_of_values(benchmark::State& state, EgdbType type, bool whole) {
+    static const std::vector<Question> asked = make_questions(3);
+    const ScratchFolder scratch;
+    EgdbOpenRequest request;
+    request.folder = PROJECT_FOLDER "/data/wld_database";
+    if (type != EGDB_WLD) {
+        SolvedSet set;
+        for (int pieces = 2; pieces <= 3; ++pieces)
+            for (const Material& m : solving_order(pieces)) solve_material(m, set, {});
+        write_older_database(scratch.path, type, set, 3);
+        request.folder = scratch.path;
+    }
+    request.type = type;
+    request.pieces = 3;
+    request.cache_megabytes = CACHE_MB;
+    request.autoload = whole;
+    const OpenEgdb driver = open_wld(request);
+    if (!driver) return state.SkipWithError("no database");
+    size_t at = 0;
+    for (auto _ : state) {
+        const Question& q = asked[at++ % QUESTIONS];
+        benchmark::DoNotOptimize(driver->lookup(driver->handle, q.position, q.side, false));
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK_CAPTURE(form_of_values, newest_whole, EGDB_WLD, true);
+BENCHMARK_CAPTURE(form_of_values, value_lists_whole, EGDB_WLD_VALUE_LISTS, true);
+BENCHMARK_CAPTURE(form_of_values, fixed_codes_whole, EGDB_WLD_FIXED_CODES, true);
+BENCHMARK_CAPTURE(form_of_values, newest_cached, EGDB_WLD, false);
+BENCHMARK_CAPTURE(form_of_values, value_lists_cached, EGDB_WLD_VALUE_LISTS, false);
+BENCHMARK_CAPTURE(form_of_values, fixed_codes_cached, EGDB_WLD_FIXED_CODES, false);
+
+// As identification and verification read files; the system has it in memory.
+void checksum_of_a_file(benchmark::State& state) {
+    const std::string path = folder() + "/db" + std::to_string(pieces_there()) + ".cpr1";
+    InputFile file;
+    if (!open_input(path, file)) return state.SkipWithError("no database");
+    uint32_t crc = 0;
+    for (auto _ : state) benchmark::DoNotOptimize(file_crc(file, nullptr, crc));
+    state.SetBytesProcessed(state.iterations() * file_size(path));
+}
+BENCHMARK(checksum_of_a_file)->UseRealTime();
 
 }  // namespace

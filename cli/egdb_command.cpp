@@ -62,7 +62,7 @@ struct ProgressWatch {
 
 void print_file(const EgdbBuiltFile& file, const char* left_out, const char* asked) {
     const auto bytes = static_cast<double>(file.data_bytes + file.index_bytes);
-    std::printf("%s positions %lld %s %lld data %lld index %lld, %.4f bytes a position, %.4f one %s\n",
+    std::printf("%s positions %lld %s %lld data %lld index %lld, %.4f bytes a position, %.4f %s\n",
                 file.name.c_str(), static_cast<long long>(file.positions), left_out,
                 static_cast<long long>(file.free_positions), static_cast<long long>(file.data_bytes),
                 static_cast<long long>(file.index_bytes), bytes / static_cast<double>(file.positions),
@@ -93,7 +93,7 @@ void run_build(const BuildOptions& options) {
     }
     for (const EgdbBuiltFile& file : result.files)
         print_file(file, options.mtc ? "without a number" : "left out",
-                   options.mtc ? "with one" : "looked up");
+                   options.mtc ? "a number" : "one looked up");
     switch (status) {
         case EGDB_BUILT:
             return;
