@@ -9,4 +9,6 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
 endif()
 target_compile_definitions(gui_stories_tests PRIVATE TESSARIN_PROGRAM="$<TARGET_FILE:tessarin>")
 add_dependencies(gui_stories_tests tessarin data)
-gtest_discover_tests(gui_stories_tests DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 600 RESOURCE_LOCK stories)
+# The environment tells the leak sanitizer, where the tests are built with it.
+gtest_discover_tests(gui_stories_tests DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 600 RESOURCE_LOCK stories
+                     ENVIRONMENT "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/leaks.txt:print_suppressions=0")
