@@ -48,6 +48,8 @@ void FlowTest::SetUp() {
 
 void FlowTest::TearDown() {
     program_flags.server_mode = false;
+    terminate_connection_command();
+    run_for(5);  // a thread that has just been woken begins
     MatchTest::TearDown();
 }
 
