@@ -155,13 +155,13 @@ bool is_block_code(int32_t catalogue, int32_t vmap) {
     return catalogue >= 0 && catalogue < CATALOGUES && vmap >= 0 && vmap <= 255;
 }
 
-// Where the Subslice before this one ends.
-void end_previous(Subslice& previous, uint32_t startbyte) {
+// Where the Subslice before this one ends. The older forms don't mark those that lie inside one sub-block.
+void end_previous(Subslice& previous, uint32_t startbyte, bool mark) {
     const auto subblock = static_cast<uint32_t>(startbyte / SUBBLOCK_BYTES);
     previous.last_subidx = static_cast<uint8_t>(startbyte % SUBBLOCK_BYTES ? subblock
                                                 : subblock                 ? subblock - 1
                                                                            : SUBBLOCKS - 1);
-    if (previous.num_idx_blocks == 1 && previous.first_subidx == previous.last_subidx)
+    if (mark && previous.num_idx_blocks == 1 && previous.first_subidx == previous.last_subidx)
         previous.same_subidx = 1;
 }
 
@@ -237,7 +237,7 @@ bool begin_subslice(IndexReader& reader, Subslice& subslice, int32_t block, int3
     subslice.prev = reader.last;
     if (reader.last) {
         reader.last->next = &subslice;
-        end_previous(*reader.last, static_cast<uint32_t>(startbyte));
+        end_previous(*reader.last, static_cast<uint32_t>(startbyte), reader.database.type == EGDB_WLD);
     }
     reader.last = &subslice;
     return true;

@@ -1,4 +1,4 @@
-// The value of a position from the files of an open database of type EGDB_WLD.
+// The value of a position from the files of an open database of values, of any form.
 #pragma once
 
 #include "egdb/database.h"

@@ -1,4 +1,4 @@
-// Which material an open database of type EGDB_WLD holds.
+// Which material an open database of values holds.
 #pragma once
 
 #include <cstdint>

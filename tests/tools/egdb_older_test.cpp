@@ -137,6 +137,15 @@ TEST(OlderIndex, UnitsCommentsAndSingleValues) {
     }
 }
 
+TEST(OlderIndex, NoneIsMarkedAsLyingInsideOneSubblock) {
+    for (const EgdbType type : OLDER) {
+        const Reading reading(type, "BASE0,2,0,1,0,b:0/0\nBASE0,2,0,1,0,w:0/10\n", 60);
+        ASSERT_EQ(reading.status, 0) << logged;
+        EXPECT_EQ(reading.at(KINGS, BLACK).last_subidx, 0);
+        EXPECT_EQ(reading.at(KINGS, BLACK).same_subidx, 0);
+    }
+}
+
 TEST(OlderIndex, ValueLists) {
     const auto read = [](const std::string& comment) {
         return Reading(EGDB_WLD_VALUE_LISTS, "BASE0,2,0,1,0,b:0/0\n#" + comment + "\n5\n", 2000);
