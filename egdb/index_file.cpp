@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <new>
+#include <numeric>
 #include <string_view>
 
 #include "base/files.h"
@@ -184,7 +185,7 @@ void begin_codes(const IndexReader& reader, Subslice& subslice) {
     subslice.code = FIRST_VALUE_LIST_CODE;
     if (reader.database.type != EGDB_WLD_FIXED_CODES) return;
     subslice.code = CODE_WITHOUT_PARTIALS;
-    for (uint8_t value = 0; value < subslice.values.size(); ++value) subslice.values[value] = value;
+    std::iota(subslice.values.begin(), subslice.values.end(), uint8_t{0});
 }
 
 // "vmap 3: 1,2,3" or with six values: catalogue and values of the symbols. False if they are out of range;

@@ -201,7 +201,7 @@ TEST_F(CliDxp, TellsWhatGoesWrong) {
     ProgramResult result = start("one", "match 127.0.0.1")->finish();
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.errors.find("Cannot connect to remote host"), std::string::npos) << result.errors;
-    result = start("one", "connect no.such.host.invalid")->finish();
+    result = start("one", "connect 'no such host'")->finish();
     EXPECT_EQ(result.status, 1);
 
     Peer peer;
