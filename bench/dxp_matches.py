@@ -5,9 +5,10 @@
         A match of 158 games, some 0.05 s a move. The side that asks for the games is killed at random moments
         and resumed until the match is whole; then plan, games, results and counters are checked. FOLDER keeps
         the files; with those of a run that was ended in it, that match goes on.
-    bench/dxp_matches.py soak PROGRAM FOLDER SECONDS
-        Games as fast as the program plays them. Every ten seconds memory, threads and open files of both
-        sides and the games so far go to samples.csv in FOLDER.
+    bench/dxp_matches.py soak PROGRAM FOLDER SECONDS [OPTION...]
+        Games as fast as the program plays them, both sides with OPTIONs, as --threads 2 --book good. Every ten
+        seconds memory, threads and open files of both sides and the games so far go to samples.csv in FOLDER.
+        At the end all games must replay.
 """
 import atexit
 import collections
@@ -90,8 +91,8 @@ def free_port():
         return str(probe.getsockname()[1])
 
 
-def start_listener(program, folder, port):
-    listener = Copy(program, folder, "listener", ["listen", "-s", "--quiet", "--hash", "4", "--port", port])
+def start_listener(program, folder, port, options=()):
+    listener = Copy(program, folder, "listener", ["listen", "-s", "--quiet", "--hash", "4", "--port", port, *options])
     end = time.monotonic() + PATIENCE
     while "listening on port" not in listener.text():
         expect(listener.process.poll() is None and time.monotonic() < end, "nobody listens: " + listener.text())
@@ -107,11 +108,15 @@ def headers(games, name):
     return re.findall(rf'^\[{name} "(.*)"\]$', games, re.MULTILINE)
 
 
+def expect_replay(program, path, games):
+    replayed = output_of(program, "pdn", path)
+    expect(re.search(rf"games {games}, .*broken 0$", replayed.strip()), "not all games replay: " + replayed)
+
+
 def check_plan(program, path):
     """The games of the file are those of the plan, in its order, each start position twice with colours
     swapped, and all replay. Returns what the initiator has of each."""
-    replayed = output_of(program, "pdn", path)
-    expect(re.search(rf"games {GAMES}, .*broken 0$", replayed.strip()), "not all games replay: " + replayed)
+    expect_replay(program, path, GAMES)
     games = read(path)
     ballots = [line.split("  ") for line in output_of(program, "ballots", "2", "--moves").splitlines()]
     for i, (event, fen, white, black) in enumerate(
@@ -175,10 +180,10 @@ def sample(process):
     return [re.search(rf"{name}:\s+(\d+)", status)[1] for name in ("VmRSS", "Threads")] + [str(files)]
 
 
-def run_soak(program, folder, seconds):
+def run_soak(program, folder, seconds, *options):
     port = free_port()
-    listener = start_listener(program, folder, port)
-    initiator = start_match(program, folder, port, FASTEST)
+    listener = start_listener(program, folder, port, options)
+    initiator = start_match(program, folder, port, FASTEST + list(options))
     start = time.monotonic()
     with open(folder + "/samples.csv", "w") as file:
         file.write("seconds,games,initiator kB,threads,files,listener kB,threads,files\n")
@@ -191,6 +196,8 @@ def run_soak(program, folder, seconds):
     initiator.interrupt()
     listener.interrupt()
     print(initiator.text(), listener.text())
+    expect_replay(program, data_folder(folder, "initiator") + "dxpgames[1].pdn",
+                  sum(counters_of(folder, "initiator").values()))
 
 
 def main():
