@@ -12,7 +12,7 @@ namespace {
 
 constexpr int BALLOT_MOVES = 2;
 // A line that changes its course needs more steps than its own and the opponent's moves.
-constexpr int32_t STEPS_A_MOVE = 8;
+constexpr int32_t STEPS_A_MOVE = 40;
 
 void add_roots(BookGraph& graph, const BookBuildOptions& options) {
     add_book_root(graph, START_POSITION, 0);
@@ -79,6 +79,9 @@ void follow_line(const BookGraph& graph, const BookBuildOptions& options, const 
         const auto found = known.find({number, nodes});
         if (found == known.end() && (!own || node.searched < nodes))
             return add_task(line_tasks, graph, number, nodes);
+        const int32_t other = own ? promising_move(graph, node) : -1;
+        if (other >= 0)
+            return add_task(line_tasks, graph, node.edges[static_cast<size_t>(other)].child, nodes);
         const int32_t index = own ? node.best : found->second;
         number = node.edges[static_cast<size_t>(index)].child;
         ++(own ? moves : replies);

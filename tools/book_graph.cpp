@@ -77,18 +77,17 @@ void refresh_move(const BookGraph& graph, BookNode& node) {
     node.best = static_cast<int16_t>(best_of(graph, node, value));
 }
 
-// What the move gives away; of a move without an analysis, by what the short searches say.
-int32_t loss_of(const BookGraph& graph, const BookNode& node, int32_t index) {
+// The move's value for the mover; of a move without an analysis, what the short searches make of it.
+int32_t likely_value(const BookGraph& graph, const BookNode& node, int32_t index) {
     const BookNode& child = child_of(graph, edge_of(node, index));
-    int32_t value = 0;
-    if (child.analysed) {
-        value = for_mover(node, child.value);
-    } else {
-        const int32_t quick_best = for_mover(node, edge_of(node, node.search_best).quick);
-        const int32_t behind = quick_best - for_mover(node, edge_of(node, index).quick);
-        value = for_mover(node, node.search_value) - std::max(0, behind);
-    }
-    return std::max(0, for_mover(node, node.value) - value);
+    if (child.analysed) return for_mover(node, child.value);
+    const int32_t quick_best = for_mover(node, edge_of(node, node.search_best).quick);
+    const int32_t behind = quick_best - for_mover(node, edge_of(node, index).quick);
+    return for_mover(node, node.search_value) - std::max(0, behind);
+}
+
+int32_t loss_of(const BookGraph& graph, const BookNode& node, int32_t index) {
+    return std::max(0, for_mover(node, node.value) - likely_value(graph, node, index));
 }
 
 bool can_be_analysed(const BookNode& node) { return !node.analysed && node.has_moves && node.black != 0; }
@@ -212,6 +211,17 @@ std::vector<int32_t> nodes_to_analyse(BookGraph& graph, size_t count) {
     for (const auto& [cost, number] : std::span(open).first(static_cast<size_t>(wanted)))
         chosen.push_back(number);
     return chosen;
+}
+
+int32_t promising_move(const BookGraph& graph, const BookNode& node) {
+    int32_t promising = -1, most = for_mover(node, node.value);
+    for (int32_t i = 0; i < static_cast<int32_t>(node.edges.size()); ++i) {
+        const int32_t value = likely_value(graph, node, i);
+        if (i == node.best || value <= most || !can_be_analysed(child_of(graph, edge_of(node, i)))) continue;
+        promising = i;
+        most = value;
+    }
+    return promising;
 }
 
 int32_t second_best_move(const BookGraph& graph, const BookNode& node, int32_t margin) {

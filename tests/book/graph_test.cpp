@@ -298,6 +298,17 @@ TEST_F(BookGraphTest, ADeeperSearchTakesThePlaceOfAnother) {
     EXPECT_EQ(graph.searched_nodes, 3000u);
 }
 
+// Of the moves without an analysis none looks better than the best one, by its distance in the short searches.
+void expect_nothing_better(const BookGraph& graph, const BookNode& node) {
+    const int sign = node.side == BLACK ? 1 : -1;
+    const int quick_best = sign * node.edges[static_cast<size_t>(node.search_best)].quick;
+    for (const BookEdge& edge : node.edges) {
+        const BookNode& child = node_at(graph, edge.child);
+        if (child.analysed || !child.has_moves || child.black == 0) continue;
+        ASSERT_LE(sign * node.search_value - std::max(0, quick_best - sign * edge.quick), sign * node.value);
+    }
+}
+
 // Each line is followed by the test itself, by the book's moves and those that the analyst finds for the
 // opponent.
 TEST_F(BookGraphTest, LinesGoAsGamesDo) {
@@ -322,6 +333,7 @@ TEST_F(BookGraphTest, LinesGoAsGamesDo) {
                 if (!node.has_moves) break;
                 ASSERT_TRUE(node.analysed) << root.node << ' ' << book_side << ' ' << moves;
                 const bool own = node.side == book_side;
+                if (own) expect_nothing_better(graph, node);
                 const int32_t index = own ? node.best : made_up(position_of_node(node), 20).best;
                 number = node.edges[static_cast<size_t>(index)].child;
                 moves += own;
