@@ -24,7 +24,7 @@ const char* egdb_value_text(EgdbValue value) {
 
 std::string egdb_file_of(const Material& m) {
     const int pieces = piece_count(m);
-    const std::string name = "db" + std::to_string(pieces);
+    std::string name = "db" + std::to_string(pieces);
     if (pieces <= egdb_type_rules(EGDB_WLD).single_limit) return name;
     return name + "-" + std::to_string(m.bm) + std::to_string(m.bk) + std::to_string(m.wm) +
            std::to_string(m.wk);
