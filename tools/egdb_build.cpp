@@ -1,13 +1,12 @@
 #include "tools/egdb_build.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <new>
 
 #include "base/files.h"
 #include "egdb/identify.h"
 #include "tools/egdb_names.h"
-#include "tools/egdb_solver.h"
+#include "tools/egdb_solved_files.h"
 #include "tools/egdb_whole.h"
 
 namespace {
@@ -33,12 +32,6 @@ std::string index_path(const Build& build, const EgdbFileName& name) {
 // The index is written last, so it stands for both.
 bool is_built(const Build& build, const EgdbFileName& name) {
     return file_size(index_path(build, name)) > 0 && file_size(data_path(build, name)) >= 0;
-}
-
-std::string solved_path(const Build& build, const Material& m) {
-    char text[48];
-    std::snprintf(text, sizeof text, "solved%d-%d%d%d%d.part", piece_count(m), m.bm, m.bk, m.wm, m.wk);
-    return build.folder + text;
 }
 
 int64_t positions_of(const Material& m) { return slice_size(m) * (is_symmetric(m) ? 1 : 2); }
@@ -72,11 +65,8 @@ EgdbBuildStatus values_from_files(Build& build, const Material& m) {
 
 // Sees that the set holds the material, which was solved before.
 EgdbBuildStatus need_values(Build& build, const Material& m) {
-    if (find_solved(build.set, m)) return EGDB_BUILT;
-    auto solved = std::make_unique<SolvedMaterial>();
-    if (read_solved(solved_path(build, m), m, *solved) != 0) return values_from_files(build, m);
-    build.set.materials[material_number(m)] = std::move(solved);
-    return EGDB_BUILT;
+    if (find_solved(build.set, m) || take_kept(build.folder, m, build.set)) return EGDB_BUILT;
+    return values_from_files(build, m);
 }
 
 // Of as many pieces only what the next material turns into is kept in memory.
@@ -89,21 +79,14 @@ void drop_unneeded(Build& build, const Material& m) {
 }
 
 EgdbBuildStatus solve_one(Build& build, const Material& m) {
-    const std::string path = solved_path(build, m);
     const int64_t after = build.progress.done + solving_work(m);
-    auto solved = std::make_unique<SolvedMaterial>();
     drop_unneeded(build, m);
-    if (read_solved(path, m, *solved) == 0) {
-        build.set.materials[material_number(m)] = std::move(solved);
-    } else {
+    if (!take_kept(build.folder, m, build.set)) {
         for (const Material& next : next_materials(m))
             if (const EgdbBuildStatus status = need_values(build, next); status != EGDB_BUILT) return status;
         const SolveControl control{build.options.threads, &build.stop, &build.progress.done};
-        const int status = solve_material(m, build.set, control);
-        if (status == 1) return EGDB_BUILD_STOPPED;
-        if (status == 2) return EGDB_BUILD_NO_MEMORY;
-        if (write_solved(path, *build.set.materials[material_number(m)]) != 0)
-            return fail(build, EGDB_BUILD_CANNOT_WRITE, path);
+        const EgdbBuildStatus status = solve_and_keep(build.folder, m, build.set, control, build.result);
+        if (status != EGDB_BUILT) return status;
     }
     build.progress.done = after;
     return EGDB_BUILT;
@@ -157,11 +140,6 @@ EgdbBuildStatus build_pieces(Build& build, int pieces) {
     return EGDB_BUILT;
 }
 
-void remove_solved_files(const Build& build) {
-    for (int pieces = 2; pieces <= build.options.pieces; ++pieces)
-        for (const Material& m : solving_order(pieces)) std::remove(solved_path(build, m).c_str());
-}
-
 }  // namespace
 
 int64_t build_memory(int pieces) {
@@ -198,6 +176,6 @@ EgdbBuildStatus build_database(const EgdbBuildOptions& options, const std::atomi
     } catch (const std::bad_alloc&) {
         return EGDB_BUILD_NO_MEMORY;
     }
-    remove_solved_files(build);
+    remove_kept(build.folder, options.pieces);
     return EGDB_BUILT;
 }

@@ -10,7 +10,7 @@
 #include "tools/egdb_mtc_blocks.h"
 #include "tools/egdb_mtc_solver.h"
 #include "tools/egdb_names.h"
-#include "tools/egdb_solver.h"
+#include "tools/egdb_solved_files.h"
 
 namespace {
 
@@ -43,10 +43,6 @@ int tables_of(const Material& m) { return is_symmetric(m) ? 1 : 2; }
 
 int64_t distance_work(const Material& m) { return DISTANCE_PASSES * slice_size(m) * tables_of(m); }
 
-EgdbBuildStatus status_of(int solved) {
-    return solved == 0 ? EGDB_BUILT : solved == 2 ? EGDB_BUILD_NO_MEMORY : EGDB_BUILD_STOPPED;
-}
-
 EgdbBuildStatus write_name(Build& build, const EgdbFileName& name) {
     MtcFilePair pair;
     for (const Material& m : materials_of(name)) {
@@ -76,11 +72,17 @@ EgdbBuildStatus write_name(Build& build, const EgdbFileName& name) {
 }
 
 EgdbBuildStatus solve_one(Build& build, const Material& m, bool wanted) {
-    const int64_t after = build.progress.done + solving_work(m) + (wanted ? distance_work(m) : 0);
-    if (const int status = solve_material(m, build.set, build.control); status != 0) return status_of(status);
+    const int64_t solved = build.progress.done + solving_work(m);
+    const int64_t after = solved + (wanted ? distance_work(m) : 0);
+    if (!take_kept(build.folder, m, build.set)) {
+        const EgdbBuildStatus status =
+            solve_and_keep(build.folder, m, build.set, build.control, build.result);
+        if (status != EGDB_BUILT) return status;
+    }
+    build.progress.done = solved;
     if (wanted) {
         const int status = solve_distances(m, build.set, build.control, build.distances[material_number(m)]);
-        if (status != 0) return status_of(status);
+        if (status != 0) return status == 2 ? EGDB_BUILD_NO_MEMORY : EGDB_BUILD_STOPPED;
     }
     build.progress.done = after;
     return EGDB_BUILT;
@@ -153,5 +155,6 @@ EgdbBuildStatus build_mtc_database(const EgdbBuildOptions& options, const std::a
     } catch (const std::bad_alloc&) {
         return EGDB_BUILD_NO_MEMORY;
     }
+    remove_kept(build.folder, options.pieces);
     return EGDB_BUILT;
 }

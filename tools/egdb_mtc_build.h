@@ -1,6 +1,7 @@
 // Builds a database of moves to conversion, from two pieces up, solving the values that it rests on beside.
 //
-// A build that was interrupted solves the values again, but goes on from the last file that it wrote.
+// A build that was interrupted goes on from the last file that it wrote; until its end it keeps the solved
+// values in files of their own.
 #pragma once
 
 #include "tools/egdb_build.h"

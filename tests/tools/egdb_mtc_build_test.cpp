@@ -6,12 +6,14 @@
 #include <filesystem>
 #include <fstream>
 #include <random>
+#include <thread>
 
 #include "base/files.h"
 #include "egdb/mtc_codes.h"
 #include "egdb/mtc_open.h"
 #include "egdb/position_walk.h"
 #include "tests/base/scratch_folder.h"
+#include "tests/tools/egdb_fixture.h"
 #include "tools/egdb_mtc_blocks.h"
 #include "tools/egdb_mtc_solver.h"
 
@@ -64,6 +66,47 @@ TEST(MtcBuild, WhatIsThereIsKeptAndTheRestIsMade) {
     ASSERT_EQ(build(folder.path, 3), EGDB_BUILT);
     EXPECT_EQ(content_of(folder.file("db3.idx_mtc")), content_of(SHIPPED + "db3.idx_mtc"));
     EXPECT_EQ(content_of(folder.file("db2.idx_mtc")), "kept");
+}
+
+TEST(MtcBuild, GoesOnWhereItWasStopped) {
+    const ScratchFolder folder;
+    for (int round = 0; round < 6; ++round) {
+        std::atomic<bool> stop = false;
+        EgdbBuildStatus status = EGDB_BUILT;
+        std::thread builder([&] { status = build(folder.path, 3, 1, stop); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(15 * round));
+        stop = true;
+        builder.join();
+        if (status == EGDB_BUILT) break;
+        EXPECT_EQ(status, EGDB_BUILD_STOPPED);
+    }
+    ASSERT_EQ(build(folder.path, 3), EGDB_BUILT);
+    int files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path)) {
+        const std::string name = entry.path().filename();
+        EXPECT_EQ(content_of(entry.path()), content_of(SHIPPED + name)) << name;
+        ++files;
+    }
+    EXPECT_EQ(files, 4);
+}
+
+// What an interrupted build solved is not solved again: here all positions are said to be won, and from most
+// of them no way to a conversion is found.
+TEST(MtcBuild, ValuesThatWereKeptAreTaken) {
+    const ScratchFolder folder;
+    for (const Material& m : solving_order(2)) {
+        SolvedMaterial won{m, find_solved(solved_up_to(2), m)->values};
+        for (PackedValues& values : won.values) std::fill(values.begin(), values.end(), uint8_t{0x55});
+        const std::string name = "solved2-" + std::to_string(m.bm) + std::to_string(m.bk) +
+                                 std::to_string(m.wm) + std::to_string(m.wk) + ".part";
+        ASSERT_EQ(write_solved(folder.file(name), won), 0);
+    }
+    EgdbBuildProgress progress;
+    EgdbBuildResult result;
+    ASSERT_EQ(build_mtc_database({folder.path, 2, 1}, never, progress, result), EGDB_BUILT);
+    ASSERT_EQ(result.files.size(), 1u);
+    EXPECT_LT(result.files[0].free_positions, result.files[0].positions / 2);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path), {}), 2);
 }
 
 TEST(MtcBuild, StopsAndFails) {

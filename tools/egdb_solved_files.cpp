@@ -1,0 +1,35 @@
+#include "tools/egdb_solved_files.h"
+
+#include <cstdio>
+
+namespace {
+
+std::string kept_path(const std::string& folder, const Material& m) {
+    char text[48];
+    std::snprintf(text, sizeof text, "solved%d-%d%d%d%d.part", piece_count(m), m.bm, m.bk, m.wm, m.wk);
+    return folder + text;
+}
+
+}  // namespace
+
+bool take_kept(const std::string& folder, const Material& m, SolvedSet& set) {
+    auto solved = std::make_unique<SolvedMaterial>();
+    if (read_solved(kept_path(folder, m), m, *solved) != 0) return false;
+    set.materials[material_number(m)] = std::move(solved);
+    return true;
+}
+
+EgdbBuildStatus solve_and_keep(const std::string& folder, const Material& m, SolvedSet& set,
+                               const SolveControl& control, EgdbBuildResult& result) {
+    const int status = solve_material(m, set, control);
+    if (status != 0) return status == 1 ? EGDB_BUILD_STOPPED : EGDB_BUILD_NO_MEMORY;
+    const std::string path = kept_path(folder, m);
+    if (write_solved(path, *find_solved(set, m)) == 0) return EGDB_BUILT;
+    result.failed_file = path;
+    return EGDB_BUILD_CANNOT_WRITE;
+}
+
+void remove_kept(const std::string& folder, int pieces) {
+    for (int n = 2; n <= pieces; ++n)
+        for (const Material& m : solving_order(n)) std::remove(kept_path(folder, m).c_str());
+}
