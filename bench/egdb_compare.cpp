@@ -8,17 +8,15 @@
 // a folder that keeps what was solved; what is missing there is solved first.
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "base/clock.h"
-#include "base/system_info.h"
 #include "core/movegen.h"
 #include "egdb/position_walk.h"
 #include "egdb/wld_open.h"
-#include "tools/egdb_solver.h"
+#include "egdb_solved.h"
 
 namespace {
 
@@ -32,27 +30,6 @@ struct Comparison {
     int64_t compared = 0;
     int64_t wrong = 0;
 };
-
-std::string solved_path(const std::string& folder, const Material& m) {
-    char name[40];
-    std::snprintf(name, sizeof name, "%d%d%d%d.solved", m.bm, m.bk, m.wm, m.wk);
-    return (std::filesystem::path(folder) / name).string();
-}
-
-bool have_solved(SolvedSet& set, const std::string& folder, int pieces) {
-    for (int n = 2; n <= pieces; ++n) {
-        for (const Material& m : solving_order(n)) {
-            auto solved = std::make_unique<SolvedMaterial>();
-            if (read_solved(solved_path(folder, m), m, *solved) == 0) {
-                set.materials[material_number(m)] = std::move(solved);
-            } else if (solve_material(m, set, {processor_count()}) != 0 ||
-                       write_solved(solved_path(folder, m), *find_solved(set, m)) != 0) {
-                return false;
-            }
-        }
-    }
-    return true;
-}
 
 void compare(Comparison& c, const Position& position, int side, EgdbValue solved) {
     const EgdbValue value = c.driver->lookup(c.driver->handle, position, side, false);
