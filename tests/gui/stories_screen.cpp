@@ -36,10 +36,21 @@ bool start(ChildProcess& child, const std::vector<std::string>& words) {
 
 bool start_server(Screen& screen, QSize size) {
     const std::string picture = std::to_string(size.width()) + "x" + std::to_string(size.height()) + "x24";
-    const std::vector<std::string> words = {
-        "Xvfb",      "-displayfd", "1",       "-screen",
-        "0",         picture,      "-fbdir",  screen.pixels.path().toStdString(),
-        "-nolisten", "tcp",        "-noreset"};
+    // It ends with this program, even if that is killed; all others end with their display.
+    const std::vector<std::string> words = {"setpriv",
+                                            "--pdeathsig",
+                                            "TERM",
+                                            "Xvfb",
+                                            "-displayfd",
+                                            "1",
+                                            "-screen",
+                                            "0",
+                                            picture,
+                                            "-fbdir",
+                                            screen.pixels.path().toStdString(),
+                                            "-nolisten",
+                                            "tcp",
+                                            "-noreset"};
     std::string number;
     if (!start(screen.server, words) || read_line(screen.server, number) != 0) return false;
     screen.name = QLatin1Char(':') + QString::fromStdString(number);
