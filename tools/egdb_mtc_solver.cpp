@@ -22,6 +22,7 @@ using Distances = std::unique_ptr<std::atomic<uint8_t>[]>;
 struct Work {
     Material material;
     const SolvedSet& set;
+    const SolvedMaterial& solved;  // of the set
     int64_t size;
     int tables;  // 1 where both sides are alike
     std::array<Distances, 2> distances;
@@ -41,6 +42,10 @@ std::atomic<uint8_t>& entry(const Work& work, const Place& place) {
     return work.distances[static_cast<size_t>(place.side)][static_cast<size_t>(place.index)];
 }
 
+EgdbValue value_at(const Work& work, const Place& place) {
+    return packed_value(work.solved.values[static_cast<size_t>(place.side)], place.index);
+}
+
 // `side` moved a king and took nothing.
 bool is_king_move(const Position& before, const Move& after, int side) {
     return (pieces_of(before, side) & ~before.king) == (pieces_of(after, side) & ~after.king);
@@ -50,14 +55,12 @@ EgdbValue value_after(const SolvedSet& set, const Move& move, int side) {
     return solved_value(set, position_after(move, side ^ 1), side ^ 1);
 }
 
-// What the side to move has without taking king moves any further: 0 or 1, OPEN where these decide, or
-// NO_DISTANCE.
-uint8_t first_distance(const SolvedSet& set, const Position& position, int side) {
-    const EgdbValue value = solved_value(set, position, side);
+// What the side to move, which has that value, has without taking king moves any further: 0 or 1, OPEN where
+// these decide, or NO_DISTANCE.
+uint8_t first_distance(const SolvedSet& set, const Position& position, int side, EgdbValue value) {
     if (value == EGDB_DRAW) return NO_DISTANCE;
+    if (has_capture(position, side)) return 1;
     MoveList list;
-    const bool captures = generate_captures(position, list, side) > 0;
-    if (captures) return 1;
     if (generate_noncaptures(position, list, side) == 0) return 0;
     bool king_moves = false;
     for (const Move& move : list) {
@@ -85,14 +88,18 @@ bool all_known(const Work& work, const Position& position, int side, int known) 
 // Gives the positions before this one, which has the distance `known`, the next distance where they are due.
 // They wait at OPEN for it and get it once, so that no order of the threads matters: what is set in this pass
 // is above `known`.
-void tell_before(Work& work, const Position& position, int side, int known) {
-    const EgdbValue value = solved_value(work.set, position, side);
-    const int mover = side ^ 1;
+void tell_before(Work& work, const Place& place, int known) {
+    Position position = position_from_index(place.index, work.material);
+    // Where both sides are alike all positions are kept with black to move, those before this one as well.
+    if (work.tables == 1) position = mirror_position(position);
+    const int mover = work.tables == 1 ? BLACK : place.side ^ 1;
+    const bool mover_wins = value_at(work, place) == EGDB_LOSS;
+    const Numbers numbers(position, work.material);
     king_moves_back(position, mover, [&](const Position& before) {
-        std::atomic<uint8_t>& open = entry(work, place_of(work.material, before, mover));
+        const Place to{mover, numbers.after_king_move(before, mover)};
+        std::atomic<uint8_t>& open = entry(work, to);
         if (open.load(std::memory_order_relaxed) != OPEN) return;
-        const bool mover_wins = value == EGDB_LOSS;
-        if (solved_value(work.set, before, mover) != (mover_wins ? EGDB_WIN : EGDB_LOSS)) return;
+        if (value_at(work, to) != (mover_wins ? EGDB_WIN : EGDB_LOSS)) return;
         if (mover_wins || all_known(work, before, mover, known))
             open.store(static_cast<uint8_t>(known + 1), std::memory_order_relaxed);
     });
@@ -103,7 +110,8 @@ void begin_chunk(Work& work, int64_t first, int64_t last) {
     for (int64_t i = first; i < last; ++i) {
         for (int side = 0; side < work.tables; ++side)
             entry(work, {side, i})
-                .store(first_distance(work.set, walk.position, side), std::memory_order_relaxed);
+                .store(first_distance(work.set, walk.position, side, value_at(work, {side, i})),
+                       std::memory_order_relaxed);
         if (i + 1 < last) walk.advance();
     }
 }
@@ -115,9 +123,7 @@ bool spread_chunk(Work& work, int64_t first, int64_t last, int distance) {
         for (int side = 0; side < work.tables; ++side) {
             if (entry(work, {side, i}).load(std::memory_order_relaxed) != distance) continue;
             found = true;
-            Position position = position_from_index(i, work.material);
-            position.side = side;
-            tell_before(work, position, side, distance);
+            tell_before(work, {side, i}, distance);
         }
     }
     return found;
@@ -149,7 +155,7 @@ int find_distances(Work& work, const SolveControl& control) {
 int solve_distances(const Material& m, const SolvedSet& set, const SolveControl& control,
                     SolvedDistances& solved) {
     try {
-        Work work{m, set, slice_size(m), is_symmetric(m) ? 1 : 2, {}};
+        Work work{m, set, *find_solved(set, m), slice_size(m), is_symmetric(m) ? 1 : 2, {}};
         for (int side = 0; side < work.tables; ++side)
             work.distances[static_cast<size_t>(side)] =
                 std::make_unique<std::atomic<uint8_t>[]>(static_cast<size_t>(work.size));
