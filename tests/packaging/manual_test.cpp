@@ -6,6 +6,7 @@
 #include <array>
 #include <filesystem>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -30,11 +31,12 @@ constexpr std::array<ManualLanguage, LANGUAGES> MANUAL_LANGUAGES{{{"en", "Englis
                                                                   {"pt", "Portugese"},
                                                                   {"ru", "Russian"}}};
 
-const std::vector<std::string> PAGES_OF_ALL{"index",    "start",           "play",    "time",
-                                            "analysis", "files",           "windows", "databases",
-                                            "network",  "troubleshooting", "rules"};
-const std::vector<std::string> MORE_ENGLISH_PAGES{"undo",      "pondering", "modes",   "setup",
-                                                  "languages", "book",      "console", "notation"};
+const std::string CONTENTS = "index";
+// In the order in which they are turned over.
+const std::vector<std::string> CHAPTERS{"start",           "play",     "undo",      "time",    "pondering",
+                                        "modes",           "analysis", "setup",     "files",   "windows",
+                                        "languages",       "book",     "databases", "network", "console",
+                                        "troubleshooting", "rules",    "notation"};
 
 std::vector<fs::path> files_with(const fs::path& folder, const std::string& extension) {
     std::vector<fs::path> found;
@@ -42,6 +44,10 @@ std::vector<fs::path> files_with(const fs::path& folder, const std::string& exte
         if (entry.is_regular_file() && entry.path().extension() == extension) found.push_back(entry.path());
     std::sort(found.begin(), found.end());
     return found;
+}
+
+fs::path page_path(const ManualLanguage& language, const std::string& page) {
+    return MANUAL / language.code / (page + ".html");
 }
 
 std::string code_of(const fs::path& page) { return page.parent_path().filename().string(); }
@@ -88,17 +94,13 @@ Target target_of(const fs::path& page, const std::string& reference) {
 }
 
 TEST(Manual, IsThereInEveryLanguage) {
-    for (const ManualLanguage& language : MANUAL_LANGUAGES)
-        for (const std::string& page : PAGES_OF_ALL)
-            EXPECT_TRUE(fs::is_regular_file(MANUAL / language.code / (page + ".html")))
-                << language.code << " " << page;
-    for (const std::string& page : MORE_ENGLISH_PAGES)
-        EXPECT_TRUE(fs::is_regular_file(MANUAL / "en" / (page + ".html"))) << page;
-    for (const auto& entry : fs::directory_iterator(MANUAL / "en")) {
-        const std::string page = entry.path().stem().string();
-        EXPECT_TRUE(std::count(PAGES_OF_ALL.begin(), PAGES_OF_ALL.end(), page) +
-                    std::count(MORE_ENGLISH_PAGES.begin(), MORE_ENGLISH_PAGES.end(), page))
-            << page << " is not listed here";
+    std::set<std::string> pages(CHAPTERS.begin(), CHAPTERS.end());
+    pages.insert(CONTENTS);
+    for (const ManualLanguage& language : MANUAL_LANGUAGES) {
+        std::set<std::string> found;
+        for (const fs::path& path : files_with(MANUAL / language.code, ".html"))
+            found.insert(path.stem().string());
+        EXPECT_EQ(found, pages) << language.code;
     }
 }
 
@@ -116,9 +118,10 @@ TEST(Manual, PagesAreWellFormed) {
         ASSERT_EQ(elements_named(page, "title").size(), 1U);
         EXPECT_FALSE(elements_named(page, "title")[0]->text.empty());
         EXPECT_EQ(elements_named(page, "h1").size(), 1U);
-        const auto metas = elements_named(page, "meta");
-        EXPECT_TRUE(std::any_of(metas.begin(), metas.end(),
-                                [](const Element* meta) { return attribute(*meta, "charset") == "utf-8"; }));
+        std::vector<std::string> charsets;
+        for (const Element* meta : elements_named(page, "meta"))
+            if (meta->attributes.contains("charset")) charsets.push_back(attribute(*meta, "charset"));
+        EXPECT_EQ(charsets, std::vector<std::string>{"utf-8"});
         std::vector<std::string> twice;
         ids_of(page, twice);
         for (const std::string& id : twice) ADD_FAILURE() << "two elements have the id " << id;
@@ -188,6 +191,88 @@ TEST(Manual, EachIndexLeadsToAllLanguages) {
         }
         for (const ManualLanguage& other : MANUAL_LANGUAGES)
             EXPECT_EQ(others.contains(other.code), &other != &language) << language.code << " " << other.code;
+    }
+}
+
+std::string heading_of(const fs::path& path) {
+    const Page page = page_of(path);
+    const auto headings = elements_named(page, "h1");
+    return headings.empty() ? "" : headings[0]->text;
+}
+
+TEST(Manual, ChaptersAreCalledByTheirNames) {
+    for (const ManualLanguage& language : MANUAL_LANGUAGES)
+        for (size_t i = 0; i < CHAPTERS.size(); ++i) {
+            const fs::path path = page_path(language, CHAPTERS[i]);
+            SCOPED_TRACE(path);
+            const Page page = page_of(path);
+            ASSERT_FALSE(elements_named(page, "title").empty());
+            EXPECT_EQ(elements_named(page, "title")[0]->text, heading_of(path) + " - Tessarin International");
+            std::vector<std::string> turns, expected;
+            for (const Element* link : elements_named(page, "a"))
+                if (link->attributes.contains("rel"))
+                    turns.push_back(attribute(*link, "rel") + " " + attribute(*link, "href") + " " +
+                                    link->text);
+            // The first one turns back to the contents, which each language calls in its own way.
+            const std::string before = i ? CHAPTERS[i - 1] : CONTENTS;
+            const std::string name = i ? heading_of(page_path(language, before)) : "";
+            ASSERT_FALSE(turns.empty());
+            expected.push_back("prev " + before + ".html ← " + name);
+            if (i == 0) turns[0].resize(std::min(turns[0].size(), expected[0].size()));
+            if (i + 1 < CHAPTERS.size())
+                expected.push_back("next " + CHAPTERS[i + 1] + ".html " +
+                                   heading_of(page_path(language, CHAPTERS[i + 1])) + " →");
+            EXPECT_EQ(turns, expected);
+        }
+}
+
+// Where the text of a page leads to, in the same language, in the order of the links.
+std::vector<std::string> links_in_text(const Page& page) {
+    std::vector<std::string> links;
+    for (const Element* link : elements_named(page, "a")) {
+        const std::string target = attribute(*link, "href");
+        if (!target.starts_with("../") && !link->attributes.contains("rel")) links.push_back(target);
+    }
+    return links;
+}
+
+TEST(Manual, LanguagesAreBuiltAlike) {
+    std::vector<std::string> pages = CHAPTERS;
+    pages.push_back(CONTENTS);
+    for (const std::string& name : pages) {
+        const Page english = page_of(page_path(MANUAL_LANGUAGES[0], name));
+        for (const ManualLanguage& language : MANUAL_LANGUAGES) {
+            SCOPED_TRACE(std::string(language.code) + " " + name);
+            const Page page = page_of(page_path(language, name));
+            std::vector<std::string> twice;
+            EXPECT_EQ(ids_of(page, twice), ids_of(english, twice));
+            std::vector<std::string> links = links_in_text(page), expected = links_in_text(english);
+            // The contents are in the same order; in a chapter the words of a language decide.
+            if (name != CONTENTS)
+                for (auto* const list : {&links, &expected}) std::sort(list->begin(), list->end());
+            EXPECT_EQ(links, expected);
+            if (name == CONTENTS) {
+                EXPECT_EQ(elements_named(page, "h2").size(), elements_named(english, "h2").size());
+            }
+        }
+    }
+}
+
+// The lines that show translators the form of a language file.
+TEST(Manual, LanguageFilesAreQuotedAsTheyAre) {
+    for (const ManualLanguage& language : MANUAL_LANGUAGES) {
+        const Page page = page_of(page_path(language, "languages"));
+        const auto quotations = elements_named(page, "pre");
+        ASSERT_EQ(quotations.size(), 1U) << language.code;
+        const fs::path file =
+            fs::path(PROJECT_FOLDER) / "data" / "Languages" / (std::string(language.name) + ".lng");
+        std::string text = file_text(file);
+        std::erase(text, '\r');
+        std::istringstream lines(quotations[0]->text);
+        int count = 0;
+        for (std::string line; std::getline(lines, line); ++count)
+            EXPECT_NE(text.find("\n" + line + "\n"), std::string::npos) << language.code << ": " << line;
+        EXPECT_GT(count, 1);
     }
 }
 
