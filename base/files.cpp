@@ -87,6 +87,12 @@ bool folder_exists(const std::string& path) {
     return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
+bool same_file(const std::string& path, const std::string& other) {
+    struct stat a, b;
+    return stat(path.c_str(), &a) == 0 && stat(other.c_str(), &b) == 0 && a.st_dev == b.st_dev &&
+           a.st_ino == b.st_ino;
+}
+
 bool make_folders(const std::string& path) {
     for (size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1))
         mkdir(path.substr(0, end).c_str(), 0700);

@@ -20,6 +20,9 @@ bool can_read_file(const std::string& path);
 
 bool folder_exists(const std::string& path);
 
+// Both are there and are one and the same, whatever they are called.
+bool same_file(const std::string& path, const std::string& other);
+
 // Makes the folder and those above it that are missing, for the user alone. True if it is there then.
 bool make_folders(const std::string& path);
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/clock.h"
+#include "base/files.h"
 #include "base/paths.h"
 #include "cli/commands.h"
 #include "cli/console.h"
@@ -100,6 +101,10 @@ void run_analyze(AnalyzeOptions& options) {
     run = AnalyzeRun{};
     run.file = absolute_path(options.file);
     if (!options.output.empty()) run.output_path = absolute_path(options.output);
+    if (same_file(run.file, run.output_path)) {
+        fail("the analysis of %s cannot take its place", options.file.c_str());
+        return;
+    }
     if (!check_egdb_choice(options.egdb)) return;
     set_search_threads(options.threads);
     if (!start_game_console(analyze_screen())) return;

@@ -119,6 +119,20 @@ TEST(Folders, AreMadeWithThoseAbove) {
     EXPECT_FALSE(make_folders(""));
 }
 
+TEST(Files, AreTheSameWhateverTheyAreCalled) {
+    const ScratchFolder folder;
+    write_content(folder.file("a"), "text");
+    write_content(folder.file("copy"), "text");
+    ASSERT_EQ(symlink(folder.file("a").c_str(), folder.file("link").c_str()), 0);
+    ASSERT_EQ(link(folder.file("a").c_str(), folder.file("hard").c_str()), 0);
+    for (const char* name : {"a", "./a", "link", "hard"})
+        EXPECT_TRUE(same_file(folder.file("a"), folder.file(name))) << name;
+    for (const char* name : {"copy", "missing", ""})
+        EXPECT_FALSE(same_file(folder.file("a"), folder.file(name))) << name;
+    EXPECT_FALSE(same_file(folder.file("missing"), folder.file("missing")));
+    EXPECT_FALSE(same_file(folder.file("a"), ""));
+}
+
 TEST(Folders, WhatCanBeRead) {
     const ScratchFolder folder;
     write_content(folder.file("empty"), "");

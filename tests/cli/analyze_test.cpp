@@ -49,6 +49,19 @@ TEST(CliAnalyze, PutsACommentBehindEveryMove) {
     EXPECT_NE(result.output.find("/FEN \"W:W31:B20\"/\n"), std::string::npos);
 }
 
+TEST(CliAnalyze, NeverWritesOverTheGames) {
+    const TemporaryFolder folder;
+    folder.write("games.pdn", TWO_GAMES);
+    std::filesystem::create_symlink("games.pdn", folder.path / "link.pdn");
+    for (const std::string output : {"games.pdn", "./games.pdn", "link.pdn"}) {
+        const ProgramResult result =
+            run_program("analyze games.pdn --time 0.01 --output " + output, "", folder.path);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.errors, "tessarin-cli: the analysis of games.pdn cannot take its place\n");
+        EXPECT_EQ(read_text(folder.path / "games.pdn"), TWO_GAMES);
+    }
+}
+
 TEST(CliAnalyze, WritesToAFileWhateverTheCurrentFolder) {
     const TemporaryFolder folder;
     folder.write("games.pdn", "1. 32-28 *");
