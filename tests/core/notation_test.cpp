@@ -86,7 +86,9 @@ TEST(MoveText, WhatFitsNoMove) {
     EXPECT_EQ(short_text(position, gone), "???");
     const Move vanished{position.black, mask_of(32), 0};
     EXPECT_EQ(short_text(position, vanished), "???");
-    for (const Move& move : {more_white, more_black, move_to(position), gone, vanished}) {
+    const Move both_lost{mask_of(1), mask_of(32), 0};
+    EXPECT_EQ(short_text(position, both_lost), "???");
+    for (const Move& move : {more_white, more_black, move_to(position), gone, vanished, both_lost}) {
         EXPECT_EQ(full_text(position, move, WHITE), "");
         EXPECT_EQ(full_text(position, move, BLACK), "");
     }

@@ -2,6 +2,7 @@
 #include "dxp/connection.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <filesystem>
 #include <mutex>
@@ -301,6 +302,28 @@ TEST_F(ConnectionTest, AServerListensByItself) {
     run({connects_to(port()), sends(request_from_start('Z')), hears(ACCEPTED)});
 }
 
+// It does not take the connection thread to find that out, which is held here until the state has been seen.
+TEST_F(ConnectionTest, AServerListensAtOnceBehindALoss) {
+    static void (*usual)(void (*work)(int32_t), int32_t argument);
+    static std::atomic<bool> hold_next;
+    static Event go_on;
+    usual = ui.post;
+    ui.post = [](void (*work)(int32_t), int32_t argument) {
+        usual(work, argument);
+        if (hold_next.exchange(false)) go_on.wait();
+    };
+    program_flags.server_mode = true;
+    dxp_connection.connection_event.signal();
+    ASSERT_TRUE(line_comes("< Listening for Dxp connections"));
+    hold_next = true;
+    run({connects_to(port()), closes()});
+    EXPECT_TRUE(line_comes("< Connection lost"));
+    EXPECT_EQ(dxp_connection.connection_state, DXP_LISTENING);
+    EXPECT_FALSE(dxp_menu_state().connect_enabled);
+    go_on.signal();
+    EXPECT_TRUE(run_until([] { return count_lines("< Listening for Dxp connections") == 2; }));
+}
+
 TEST_F(ConnectionTest, WithoutServerModeNobodyListens) {
     connect_peer();
     run({closes()});
@@ -357,6 +380,30 @@ TEST_F(ConnectionTest, ALossIsToldOnceWhoeverFindsIt) {
     for (int i = 0; i < 1000 && !failed; ++i) failed = dxp_send_message(message, text);
     EXPECT_EQ(failed, 1);
     expect_lost_once();
+}
+
+TEST_F(ConnectionTest, ALossIsPostedOnceAndAnEndOnThisSideNever) {
+    static void (*usual)(int32_t type, int32_t number);
+    static std::atomic<int> losses;
+    usual = dxp_connection.post_event;
+    losses = 0;
+    dxp_connection.post_event = [](int32_t type, int32_t number) {
+        losses += type == DXP_CONNECTIONLOST;
+        usual(type, number);
+    };
+    connect_peer();
+    terminate_connection_command();
+    expect_ready();
+    EXPECT_EQ(losses, 0);
+    connect_peer();
+    peer_reset(peer);
+    DxpMessage message;
+    message.type = DXP_BACKACC;
+    char text[DXP_TEXT_SIZE];
+    while (dxp_send_message(message, text) == 0) continue;
+    expect_lost_once();
+    EXPECT_EQ(losses, 1);
+    dxp_connection.post_event = usual;
 }
 
 // The interface does not stand still for a peer who reads nothing.

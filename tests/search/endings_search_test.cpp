@@ -140,6 +140,25 @@ TEST_F(EndingsSearchTest, ThreadsShareATinyCache) {
     }
 }
 
+// Whichever block it is.
+TEST_F(EndingsSearchTest, ConditionalLookupsNeverReadTheDisk) {
+    TinyCache tiny(40);
+    const std::atomic<uint32_t>& loads = tiny.database.statistics.lru_cache_loads;
+    Random random(47);
+    int absent = 0;
+    for (const Position& p : endings_of_each_material(random, 20)) {
+        if (has_capture(p, p.side)) continue;
+        const uint32_t before = loads;
+        const EgdbValue found = ask(p, p.side, true);
+        ASSERT_EQ(loads, before) << fen_of(p);
+        const EgdbValue value = ask(p, p.side, false);
+        ASSERT_EQ(found, loads == before ? value : EGDB_NOT_IN_CACHE) << fen_of(p);
+        absent += found == EGDB_NOT_IN_CACHE;
+    }
+    EXPECT_GT(absent, 10);
+    EXPECT_EQ(loads, static_cast<uint32_t>(absent));
+}
+
 // A database that is never in the cache: the search is left to its evaluation.
 EgdbValue answer_from_disk(void*, const Position& p, int side, bool conditional) {
     return conditional ? EGDB_NOT_IN_CACHE : wld_lookup(real_database(), p, side, false);

@@ -186,6 +186,14 @@ TEST_F(BoardClicks, FullListIsNotOverrun) {
     EXPECT_TRUE(click_fits(28));
 }
 
+TEST_F(BoardClicks, TheEndOfSeveralMovesFitsAgain) {
+    board_left_click(28);  // from 32 or 33
+    EXPECT_EQ(marks_now(), Marks{28});
+    EXPECT_TRUE(click_fits(28));
+    board_left_click(28);
+    EXPECT_EQ(marks_now(), Marks{28}) << "but it counts once";
+}
+
 TEST_F(BoardClicks, ClicksAreTakenBack) {
     board_left_click(32);
     EXPECT_TRUE(click_fits(28));
