@@ -4,10 +4,10 @@
 #include <QFile>
 #include <QPainter>
 #include <QSvgRenderer>
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <map>
-#include <tuple>
 
 #include "base/program_paths.h"
 #include "shell/qt/art_plain.h"
@@ -29,7 +29,7 @@ struct TileKey {
     int size;
     double scale;
 
-    auto operator<=>(const TileKey&) const = default;
+    auto operator<=>(const TileKey&) const = default;  // NOLINT(modernize-use-nullptr): a false alarm
 };
 
 std::map<TileKey, QPixmap> tiles;

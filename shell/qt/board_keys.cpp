@@ -1,7 +1,7 @@
 // The keys of the board: squares that are typed, and a cursor.
 #include <QKeyEvent>
-#include <array>
 #include <charconv>
+#include <system_error>
 
 #include "control/game.h"
 #include "control/game_flow.h"

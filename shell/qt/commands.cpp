@@ -5,7 +5,6 @@
 #include <array>
 
 #include "control/analyze_games.h"
-#include "control/apply_settings.h"
 #include "control/game.h"
 #include "control/game_commands.h"
 #include "control/load_save.h"

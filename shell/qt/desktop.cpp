@@ -1,7 +1,6 @@
 #include "shell/qt/desktop.h"
 
 #include <QCoreApplication>
-#include <memory>
 
 #include "control/game.h"
 #include "control/game_commands.h"

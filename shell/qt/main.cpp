@@ -1,7 +1,6 @@
 // The desktop program.
 #include <QApplication>
 #include <clocale>
-#include <cstdlib>
 
 #include "shell/qt/desktop.h"
 #include "shell/qt/display.h"

@@ -1,6 +1,7 @@
 #include "shell/qt/pane_text.h"
 
 #include <algorithm>
+#include <cstdint>
 
 #include "shell/qt/text.h"
 

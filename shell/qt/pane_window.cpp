@@ -7,7 +7,6 @@
 #include <QScrollBar>
 #include <QStyle>
 #include <QTextBlock>
-#include <algorithm>
 #include <array>
 
 #include "control/text_ids.h"
