@@ -17,7 +17,7 @@ struct SymbolRun {
     uint8_t symbol = 0;
     uint16_t length = 0;
 
-    auto operator<=>(const SymbolRun&) const = default;
+    auto operator<=>(const SymbolRun&) const = default;  // NOLINT(modernize-use-nullptr): a false alarm
 };
 using CodeRow = std::vector<SymbolRun>;  // at least one run, none of length 0
 
