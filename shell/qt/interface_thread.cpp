@@ -72,7 +72,8 @@ std::atomic<Receiver*> receiver{nullptr};
 Receiver* interface_receiver() { return receiver.load(std::memory_order_acquire); }
 
 void count_tick(Receiver& r) {
-    const int64_t late_us = r.since_tick.isValid() ? r.since_tick.nsecsElapsed() / 1000 - TICK_MS * int64_t{1000} : 0;
+    const int64_t late_us =
+        r.since_tick.isValid() ? r.since_tick.nsecsElapsed() / 1000 - TICK_MS * int64_t{1000} : 0;
     ++tick_figures.ticks;
     tick_figures.worst_late_us = std::max(tick_figures.worst_late_us, late_us);
     r.since_tick.start();
