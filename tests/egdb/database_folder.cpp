@@ -5,6 +5,8 @@
 #include <fstream>
 
 #include "base/checksum.h"
+#include "egdb/block_cache.h"
+#include "egdb/index_file.h"
 
 std::string database_log;
 
@@ -26,36 +28,57 @@ void DatabaseFolder::write(const std::string& name, const std::string& bytes) co
 
 std::string DatabaseFolder::read(const std::string& name) const { return content_of(file(name)); }
 
-std::string with_crc(const std::string& text, uint32_t crc) {
-    // The checksum is linear: each of the 32 bits behind the text changes it by a pattern of its own.
-    const auto crc_with = [&](uint32_t tail) {
-        const std::array<uint8_t, 4> bytes{static_cast<uint8_t>(tail), static_cast<uint8_t>(tail >> 8),
-                                           static_cast<uint8_t>(tail >> 16),
-                                           static_cast<uint8_t>(tail >> 24)};
-        return crc32(bytes.data(), bytes.size(), crc32(text.data(), text.size()));
-    };
-    const uint32_t plain = crc_with(0);
-    struct Row {
-        uint32_t change, bits;
-    };
-    std::array<Row, 32> rows;
-    for (uint32_t i = 0; i < 32; ++i) rows[i] = {crc_with(1u << i) ^ plain, 1u << i};
-    uint32_t wanted = crc ^ plain, tail = 0;
-    for (uint32_t bit = 0; bit < 32; ++bit) {
-        size_t pivot = bit;
-        while (pivot < 32 && !(rows[pivot].change >> bit & 1)) ++pivot;
-        if (pivot == 32) continue;
-        std::swap(rows[bit], rows[pivot]);
-        for (size_t i = 0; i < 32; ++i) {
-            if (i == bit || !(rows[i].change >> bit & 1)) continue;
-            rows[i].change ^= rows[bit].change;
-            rows[i].bits ^= rows[bit].bits;
-        }
+std::unique_ptr<EgdbDatabase> database_by_blocks(EgdbType type, const std::string& folder, int pieces,
+                                                 int32_t blocks) {
+    auto database = std::make_unique<EgdbDatabase>();
+    database_log.clear();
+    database->type = type;
+    database->folder = folder;
+    database->log = keep_log;
+    database->cprsubdatabase = std::make_unique<Cprsubdatabase>();
+    EgdbFileList list;
+    make_file_list(type, pieces, -1, list);
+    int64_t memory = 0;
+    for (int32_t i = 0; i < list.count && list.names[static_cast<size_t>(i)].pieces <= pieces; ++i) {
+        const EgdbFileName& name = list.names[static_cast<size_t>(i)];
+        DbFile& file = database->files[static_cast<size_t>(database->file_count++)];
+        file.name = name.text;
+        file.pieces = static_cast<uint8_t>(name.pieces);
+        EXPECT_EQ(read_index_file(*database, file, memory), 0) << database_log;
+        EXPECT_EQ(open_for_blocks(*database, file, memory), 0) << database_log;
     }
-    for (uint32_t bit = 0; bit < 32; ++bit)
-        if (wanted >> bit & 1) tail ^= rows[bit].bits;
-    std::string result = text;
-    for (int i = 0; i < 4; ++i) result += static_cast<char>(tail >> 8 * i & 0xff);
-    EXPECT_EQ(crc32(result.data(), result.size()), crc);
-    return result;
+    EXPECT_EQ(allocate_cache(*database, blocks), 0);
+    return database;
+}
+
+std::string with_crc(const std::string& text, uint32_t crc) {
+    constexpr size_t BLANKS = 64;
+    std::string whole = text + std::string(BLANKS, ' ');
+    const auto sum = [&] { return crc32(whole.data(), whole.size()); };
+    const uint32_t plain = sum();
+    // The checksum is linear: what each tabulator in place of a blank changes, brought to a triangle.
+    std::array<std::pair<uint32_t, uint64_t>, 32> rows{};
+    const auto reduce = [&](uint32_t change, uint64_t set, bool add) {
+        for (size_t bit = 0; bit < 32; ++bit) {
+            if (!(change >> bit & 1)) continue;
+            if (rows[bit].second == 0) {
+                if (add) rows[bit] = {change, set};
+                return uint64_t{0};
+            }
+            change ^= rows[bit].first;
+            set ^= rows[bit].second;
+        }
+        return set;
+    };
+    for (size_t i = 0; i < BLANKS; ++i) {
+        whole[text.size() + i] = '\t';
+        const uint32_t change = sum() ^ plain;
+        whole[text.size() + i] = ' ';
+        reduce(change, uint64_t{1} << i, true);
+    }
+    const uint64_t chosen = reduce(crc ^ plain, 0, false);
+    for (size_t i = 0; i < BLANKS; ++i)
+        if (chosen >> i & 1) whole[text.size() + i] = '\t';
+    EXPECT_EQ(sum(), crc);
+    return whole;
 }

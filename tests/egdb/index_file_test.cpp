@@ -4,32 +4,13 @@
 
 #include <string>
 
-#include "tests/base/scratch_folder.h"
+#include "tests/egdb/index_reading.h"
 
 namespace {
 
-std::string logged;
-
-// An index text read for a data file of some size.
-struct Reading {
-    EgdbDatabase database;
-    int64_t memory = CPRSUBDATABASE_BYTES;
-    int status = 0;
-    DbFile& file;
-
-    Reading(const std::string& text, int64_t data_bytes) : file(database.files[0]) {
-        logged.clear();
-        database.log = [](const char* line) { logged += line; };
-        database.cprsubdatabase = std::make_unique<Cprsubdatabase>();
-        file.data_bytes = data_bytes;
-        file.num_cache_blocks = static_cast<int32_t>((data_bytes + 4095) / 4096);
-        status = read_index_text(database, file, text.data(), text.size(), "FILE", memory);
-    }
-
-    const Subslice& at(const Material& m, int side, int number = 0) const {
-        return (*database.cprsubdatabase)[static_cast<size_t>(egdb_slot(m, side))]
-            .subslices[static_cast<size_t>(number)];
-    }
+// Of our own type.
+struct Reading : IndexReading {
+    Reading(const std::string& text, int64_t data_bytes) : IndexReading(EGDB_WLD, text, data_bytes) {}
 };
 
 constexpr Material MEN{2, 0, 1, 0}, KINGS{0, 2, 0, 1}, MIXED{1, 1, 1, 0};
@@ -46,13 +27,13 @@ TEST(IndexFile, SingleValues) {
         EXPECT_EQ(reading.at(m, BLACK).next, nullptr);
         EXPECT_EQ(reading.at(m, BLACK).prev, nullptr);
     }
-    EXPECT_EQ(logged, "         0 index blocks: FILE\n");
+    EXPECT_EQ(database_log, "         0 index blocks: FILE\n");
 }
 
 TEST(IndexFile, BlocksOfASubslice) {
     const Reading reading("BASE0,2,0,1,0,w:0/0,12,228\n100,13,27\n  5000,0,216\nBASE2,0,1,0,0,b:+\n",
                           2 * 4096 + 100);
-    EXPECT_EQ(reading.status, 0) << logged;
+    EXPECT_EQ(reading.status, 0) << database_log;
     const Subslice& subslice = reading.at(KINGS, WHITE);
     EXPECT_EQ(subslice.singlevalue, NO_SINGLE_VALUE);
     EXPECT_EQ(subslice.num_idx_blocks, 3u);
@@ -64,7 +45,7 @@ TEST(IndexFile, BlocksOfASubslice) {
     EXPECT_EQ(subslice.same_subidx, 0);
     EXPECT_EQ(subslice.positions, 58800u);
     EXPECT_EQ(reading.at(MEN, BLACK).singlevalue, 1);
-    EXPECT_EQ(logged, "         3 index blocks: FILE\n");
+    EXPECT_EQ(database_log, "         3 index blocks: FILE\n");
     EXPECT_GE(reading.memory, CPRSUBDATABASE_BYTES + 3 * 6);
 }
 
@@ -75,7 +56,7 @@ TEST(IndexFile, EndsOfSubslices) {
                                   "BASE0,2,0,1,0,w:" + std::to_string(block) + "/" + std::to_string(start) +
                                   ",1,228\n",
                               3 * 4096);
-        EXPECT_EQ(reading.status, 0) << logged;
+        EXPECT_EQ(reading.status, 0) << database_log;
         return static_cast<int>(reading.at(KINGS, BLACK).last_subidx);
     };
     EXPECT_EQ(last_of_first(1, 1), 0);
@@ -96,7 +77,7 @@ TEST(IndexFile, SubslicesInsideOneSubblock) {
         "BASE0,2,0,1,0,b:0/0,1,228\nBASE0,2,0,1,0,w:0/10,1,228\nBASE2,0,1,0,0,b:0/60,1,228\nBASE2,0,1,0,0,w:0/64,1,228\n"
         "BASE1,1,1,0,0,b:0/66,1,228\n",
         70);
-    EXPECT_EQ(reading.status, 0) << logged;
+    EXPECT_EQ(reading.status, 0) << database_log;
     EXPECT_EQ(reading.at(KINGS, BLACK).same_subidx, 1);
     EXPECT_EQ(reading.at(KINGS, WHITE).same_subidx, 1);
     EXPECT_EQ(reading.at(MEN, BLACK).same_subidx, 1);
@@ -114,7 +95,7 @@ TEST(IndexFile, ManyBlocksAreKept) {
     for (int i = 1; i < BLOCKS; ++i)
         text += std::to_string(i * 1000) + "," + std::to_string(i % 50) + ",228\n";
     const Reading reading(text, BLOCKS * int64_t{4096});
-    ASSERT_EQ(reading.status, 0) << logged;
+    ASSERT_EQ(reading.status, 0) << database_log;
     const Subslice& subslice = reading.at({2, 1, 1, 1}, BLACK);
     ASSERT_EQ(subslice.num_idx_blocks, uint32_t{BLOCKS});
     for (uint32_t i = 0; i < BLOCKS; ++i) {
@@ -136,13 +117,13 @@ TEST(IndexFile, LaterSubslicesOfALargeSlice) {
 TEST(IndexFile, BlockCountsThatDisagreeAreLogged) {
     const Reading reading("BASE0,2,0,1,0,b:0/0,1,228\n", 3 * 4096);
     EXPECT_EQ(reading.status, 0);
-    EXPECT_EQ(logged, "count of index blocks dont match: 1 3\n         1 index blocks: FILE\n");
+    EXPECT_EQ(database_log, "count of index blocks dont match: 1 3\n         1 index blocks: FILE\n");
 }
 
 void expect_failure(const std::string& text, const char* message, int64_t bytes = 3 * 4096) {
     const Reading reading(text, bytes);
     EXPECT_EQ(reading.status, 1) << text;
-    EXPECT_EQ(logged, message) << text;
+    EXPECT_EQ(database_log, message) << text;
 }
 
 TEST(IndexFile, TextThatCannotBeRead) {
@@ -178,26 +159,26 @@ TEST(IndexFile, MissingFiles) {
     const ScratchFolder folder;
     EgdbDatabase database;
     database.folder = folder.path;
-    database.log = [](const char* line) { logged += line; };
+    database.log = keep_log;
     database.cprsubdatabase = std::make_unique<Cprsubdatabase>();
     int64_t memory = 0;
     DbFile& small = database.files[0];
     small.pieces = 5;
     small.name = {'d', 'b', '5'};
-    logged.clear();
+    database_log.clear();
     EXPECT_EQ(read_index_file(database, small, memory), 1);
-    EXPECT_EQ(logged, "Cannot open " + folder.path + "db5.cpr1\n");
+    EXPECT_EQ(database_log, "Cannot open " + folder.path + "db5.cpr1\n");
     DbFile& large = database.files[1];
     large.pieces = 6;
     large.name = {'d', 'b', '6', '-', '3', '0', '3', '0'};
-    logged.clear();
+    database_log.clear();
     EXPECT_EQ(read_index_file(database, large, memory), 0);
-    EXPECT_EQ(logged, folder.path + "db6-3030.cpr1 not present\n");
+    EXPECT_EQ(database_log, folder.path + "db6-3030.cpr1 not present\n");
     EXPECT_EQ(large.is_present, 0);
     std::ofstream(folder.file("db6-3030.cpr1")) << "x";
-    logged.clear();
+    database_log.clear();
     EXPECT_EQ(read_index_file(database, large, memory), 1);
-    EXPECT_EQ(logged, "cannot open index file " + folder.path + "db6-3030.idx1\n");
+    EXPECT_EQ(database_log, "cannot open index file " + folder.path + "db6-3030.idx1\n");
     std::ofstream(folder.file("db6-3030.idx1")) << "BASE3,0,3,0,0,b:+\n";
     EXPECT_EQ(read_index_file(database, large, memory), 0);
     EXPECT_EQ(large.is_present, 1);

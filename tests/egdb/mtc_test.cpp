@@ -4,14 +4,13 @@
 #include <filesystem>
 #include <fstream>
 
-#include "egdb/block_cache.h"
 #include "egdb/egdb_open.h"
-#include "egdb/index_file.h"
 #include "egdb/mtc_codes.h"
 #include "egdb/mtc_lookup.h"
 #include "egdb/mtc_open.h"
 #include "egdb/position_walk.h"
-#include "tests/egdb/database_folder.h"
+#include "tests/egdb/index_reading.h"
+#include "tests/egdb/positions.h"
 
 namespace {
 
@@ -37,24 +36,8 @@ TEST(MtcCodes, RunsAndNumbers) {
     EXPECT_EQ(mtc_of_byte(255), 322);
 }
 
-// An index text read for a data file of so many bytes.
-struct Reading {
-    EgdbDatabase database;
-    DbFile& file;
-    int status = 0;
-
-    Reading(const std::string& text, int64_t data_bytes) : file(database.files[0]) {
-        database_log.clear();
-        database.type = EGDB_MTC;
-        database.log = keep_log;
-        database.cprsubdatabase = std::make_unique<Cprsubdatabase>();
-        file.data_bytes = data_bytes;
-        file.num_cache_blocks = static_cast<int32_t>((data_bytes + 16383) / 16384);
-        int64_t memory = 0;
-        status = read_index_text(database, file, text.data(), text.size(), "FILE", memory);
-    }
-
-    const Subslice& at(const Material& m, int side) const { return *find_subslice(database, m, side, 0); }
+struct Reading : IndexReading {
+    Reading(const std::string& text, int64_t data_bytes) : IndexReading(EGDB_MTC, text, data_bytes) {}
 };
 
 TEST(MtcIndex, EveryFourthUnitBeginsABlock) {
@@ -164,14 +147,6 @@ TEST(MtcLookup, EveryByteOfASmallFile) {
     EXPECT_EQ(eight, 0);
 }
 
-Position kings(std::initializer_list<int> black, std::initializer_list<int> white) {
-    Position position{};
-    for (const int s : black) position.black |= mask_of_square[static_cast<size_t>(s - 1)];
-    for (const int s : white) position.white |= mask_of_square[static_cast<size_t>(s - 1)];
-    position.king = position.black | position.white;
-    return position;
-}
-
 TEST(MtcLookup, NoNumberInAnyDoubt) {
     const SmallFolder folder;
     const OpenEgdb driver = folder.open();
@@ -189,16 +164,8 @@ TEST(MtcLookup, NoNumberInAnyDoubt) {
 
 TEST(MtcLookup, ConditionalOnesDoNotRead) {
     const SmallFolder folder;
-    EgdbDatabase database;
-    database.type = EGDB_MTC;
-    database.folder = folder.path;
-    database.cprsubdatabase = std::make_unique<Cprsubdatabase>();
-    DbFile& file = database.files[0];
-    file.name = {'d', 'b', '2'};
-    int64_t memory = 0;
-    ASSERT_EQ(read_index_file(database, file, memory), 0);
-    ASSERT_EQ(open_for_blocks(database, file, memory), 0);
-    ASSERT_EQ(allocate_cache(database, 1), 0);
+    const auto opened = database_by_blocks(EGDB_MTC, folder.path, 2, 1);
+    EgdbDatabase& database = *opened;
     const Position position = position_from_index(1, {0, 1, 0, 1});
     EXPECT_EQ(mtc_lookup(database, position, BLACK, true), NO_MTC);
     EXPECT_EQ(database.statistics.lru_cache_loads, 0u);

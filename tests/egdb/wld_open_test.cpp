@@ -13,6 +13,7 @@
 #include "egdb/identify.h"
 #include "egdb/position_walk.h"
 #include "tests/egdb/database_folder.h"
+#include "tests/egdb/positions.h"
 
 namespace {
 
@@ -34,14 +35,6 @@ struct Pieces {
         EXPECT_EQ(driver.get_pieces(driver.handle, &most, &one_side, &kings_of_nine, &kings_of_eight), 0);
     }
 };
-
-Position kings(std::initializer_list<int> black, std::initializer_list<int> white) {
-    Position position{};
-    for (const int s : black) position.black |= mask_of_square[static_cast<size_t>(s - 1)];
-    for (const int s : white) position.white |= mask_of_square[static_cast<size_t>(s - 1)];
-    position.king = position.black | position.white;
-    return position;
-}
 
 // Figures that differ from one machine or run to the next.
 std::string without_figures(const std::string& log) {

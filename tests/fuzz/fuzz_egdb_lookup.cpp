@@ -182,7 +182,7 @@ int look_up(EgdbDatabase& database, int side, uint32_t position, bool conditiona
 
 // Positions of a side that are worth asking for: around some of the bytes, and the ends.
 std::vector<uint32_t> questions(const Written& w, int side) {
-    constexpr size_t BYTES = 150;
+    constexpr size_t BYTES = 24;
     const size_t first = w.first[static_cast<size_t>(side)];
     const size_t count = (side == BLACK ? w.first[1] : w.bytes.size()) - first;
     const auto last = static_cast<uint32_t>(slice_size(KINGS) - 1);

@@ -6,11 +6,8 @@
 #include <thread>
 
 #include "base/files.h"
-#include "egdb/block_cache.h"
-#include "egdb/index_file.h"
-#include "egdb/position_walk.h"
 #include "egdb/wld_lookup.h"
-#include "tests/base/scratch_folder.h"
+#include "tests/egdb/database_folder.h"
 #include "tests/tools/egdb_fixture.h"
 #include "tools/egdb_planes.h"
 #include "tools/egdb_whole.h"
@@ -18,9 +15,6 @@
 namespace {
 
 std::atomic<bool> never = false;
-std::string logged;
-void keep_log(const char* line) { logged += line; }
-
 EgdbBuildStatus build(const std::string& folder, int pieces, int threads = 1,
                       const std::atomic<bool>& stop = never) {
     EgdbBuildProgress progress;
@@ -32,61 +26,21 @@ EgdbBuildStatus build(const std::string& folder, int pieces, int threads = 1,
     return status;
 }
 
-std::string content(const std::string& path) {
-    std::string text;
-    EXPECT_EQ(read_file(path, text), 0) << path;
-    return text;
-}
-
-// A folder with three pieces, built once.
-const std::string& three_pieces() {
-    static const ScratchFolder folder;
-    static const bool built = build(folder.path, 3) == EGDB_BUILT;
-    EXPECT_TRUE(built);
-    return folder.path;
-}
-
-// Each position that is looked up, in a database that `prepare` has opened.
+// Each position that is looked up, of both colours.
 void check_all_values(EgdbDatabase& database, int pieces) {
     const SolvedSet& set = solved_up_to(pieces);
     for (const Material& m : solving_order(pieces)) {
-        const SolvedMaterial& solved = *find_solved(set, m);
-        for (int side = 0; side < (is_symmetric(m) ? 1 : 2); ++side) {
-            PositionWalk walk(m, 0);
-            for (int64_t i = 0; i < slice_size(m); ++i) {
-                if (!is_left_out(walk.position, m, side)) {
-                    const EgdbValue value = packed_value(solved.values[static_cast<size_t>(side)], i);
-                    ASSERT_EQ(wld_lookup(database, walk.position, side, false), value) << side << " " << i;
-                    const Position turned = mirror_position(walk.position);
-                    ASSERT_EQ(wld_lookup(database, turned, side ^ 1, false), value);
-                }
-                if (i + 1 < slice_size(m)) walk.advance();
-            }
-        }
+        for_positions(m, [&](const Position& position, int side, int64_t index) {
+            if (is_left_out(position, m, side)) return;
+            const EgdbValue value = packed_value(values_of(set, m, side), index);
+            ASSERT_EQ(wld_lookup(database, position, side, false), value) << side << " " << index;
+            ASSERT_EQ(wld_lookup(database, mirror_position(position), side ^ 1, false), value);
+        });
     }
-}
-
-// Opens the files for reading by blocks.
-std::unique_ptr<EgdbDatabase> open_by_blocks(const std::string& folder, int pieces, int32_t blocks) {
-    auto database = std::make_unique<EgdbDatabase>();
-    database->folder = folder;
-    database->log = keep_log;
-    database->cprsubdatabase = std::make_unique<Cprsubdatabase>();
-    EgdbFileList list;
-    make_file_list(EGDB_WLD, pieces, -1, list);
-    int64_t memory = 0;
-    for (int32_t i = 0; i < list.count && list.names[static_cast<size_t>(i)].pieces <= pieces; ++i) {
-        DbFile& file = database->files[static_cast<size_t>(database->file_count++)];
-        file.name = list.names[static_cast<size_t>(i)].text;
-        EXPECT_EQ(read_index_file(*database, file, memory), 0) << logged;
-        EXPECT_EQ(open_for_blocks(*database, file, memory), 0) << logged;
-    }
-    EXPECT_EQ(allocate_cache(*database, blocks), 0);
-    return database;
 }
 
 TEST(EgdbBuild, EveryPositionOfTwoAndThreePiecesIsRead) {
-    const auto database = open_whole_database(three_pieces(), 9, nullptr);
+    const auto database = open_whole_database(built_up_to_three(), 9, nullptr);
     ASSERT_NE(database, nullptr);
     check_all_values(*database, 2);
     check_all_values(*database, 3);
@@ -97,7 +51,7 @@ TEST(EgdbBuild, EveryPositionOfTwoAndThreePiecesIsRead) {
 
 TEST(EgdbBuild, EveryPositionIsReadThroughASmallCache) {
     for (const int32_t blocks : {1, 3}) {
-        const auto database = open_by_blocks(three_pieces(), 3, blocks);
+        const auto database = database_by_blocks(EGDB_WLD, built_up_to_three(), 3, blocks);
         check_all_values(*database, 2);
         check_all_values(*database, 3);
         EXPECT_GT(database->statistics.lru_cache_loads, 5u);
@@ -109,12 +63,12 @@ TEST(EgdbBuild, TheNumberOfThreadsDoesNotMatter) {
     const ScratchFolder folder;
     ASSERT_EQ(build(folder.path, 3, 5), EGDB_BUILT);
     for (const char* name : {"db2.cpr1", "db2.idx1", "db3.cpr1", "db3.idx1"})
-        EXPECT_EQ(content(folder.file(name)), content(three_pieces() + name)) << name;
+        EXPECT_EQ(content_of(folder.file(name)), content_of(built_up_to_three() + name)) << name;
 }
 
 TEST(EgdbBuild, NothingElseIsLeftInTheFolder) {
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(three_pieces()))
+    for (const auto& entry : std::filesystem::directory_iterator(built_up_to_three()))
         names.push_back(entry.path().filename());
     std::sort(names.begin(), names.end());
     EXPECT_EQ(names, (std::vector<std::string>{"db2.cpr1", "db2.idx1", "db3.cpr1", "db3.idx1"}));
@@ -135,7 +89,7 @@ TEST(EgdbBuild, GoesOnWhereItWasStopped) {
     }
     ASSERT_EQ(build(folder.path, 3), EGDB_BUILT);
     for (const char* name : {"db2.cpr1", "db2.idx1", "db3.cpr1", "db3.idx1"})
-        EXPECT_EQ(content(folder.file(name)), content(three_pieces() + name)) << name;
+        EXPECT_EQ(content_of(folder.file(name)), content_of(built_up_to_three() + name)) << name;
 }
 
 // Values of fewer pieces come from the files of an earlier build.
@@ -143,14 +97,14 @@ TEST(EgdbBuild, TakesUpAnEarlierBuild) {
     const ScratchFolder folder;
     ASSERT_EQ(build(folder.path, 2), EGDB_BUILT);
     ASSERT_EQ(build(folder.path, 3), EGDB_BUILT);
-    EXPECT_EQ(content(folder.file("db3.cpr1")), content(three_pieces() + "db3.cpr1"));
+    EXPECT_EQ(content_of(folder.file("db3.cpr1")), content_of(built_up_to_three() + "db3.cpr1"));
     std::filesystem::remove(folder.file("db2.idx1"));  // as if it had not been written
     ASSERT_EQ(build(folder.path, 3), EGDB_BUILT);
-    EXPECT_EQ(content(folder.file("db2.idx1")), content(three_pieces() + "db2.idx1"));
+    EXPECT_EQ(content_of(folder.file("db2.idx1")), content_of(built_up_to_three() + "db2.idx1"));
 }
 
 TEST(EgdbBuild, ValuesComeBackFromTheFiles) {
-    const auto database = open_whole_database(three_pieces(), 3, nullptr);
+    const auto database = open_whole_database(built_up_to_three(), 3, nullptr);
     ASSERT_NE(database, nullptr);
     const SolvedSet& set = solved_up_to(3);
     for (const Material& m : solving_order(3)) {
@@ -174,17 +128,17 @@ TEST(EgdbBuild, AFolderThatCannotBeWritten) {
 TEST(EgdbBuild, DamageIsFoundAtTheOpening) {
     const ScratchFolder folder;
     for (const char* name : {"db2.cpr1", "db2.idx1", "db3.cpr1", "db3.idx1"})
-        std::filesystem::copy(three_pieces() + name, folder.file(name));
-    const std::string whole = content(folder.file("db3.cpr1"));
+        std::filesystem::copy(built_up_to_three() + name, folder.file(name));
+    const std::string whole = content_of(folder.file("db3.cpr1"));
     int refused = 0;
     for (size_t at = 5; at < whole.size(); at += whole.size() / 20) {
         std::string damaged = whole;
         damaged[at] = static_cast<char>(damaged[at] + 77);
         ASSERT_EQ(replace_file(folder.file("db3.cpr1"), damaged.data(), damaged.size()), 0);
-        logged.clear();
+        database_log.clear();
         if (open_whole_database(folder.path, 3, keep_log)) continue;
         ++refused;
-        EXPECT_NE(logged.find("does not agree with the index"), std::string::npos) << logged;
+        EXPECT_NE(database_log.find("does not agree with the index"), std::string::npos) << database_log;
     }
     EXPECT_GT(refused, 8);  // near its end a Subslice has room for other rows
     ASSERT_EQ(replace_file(folder.file("db3.cpr1"), whole.data(), whole.size() - 1), 0);

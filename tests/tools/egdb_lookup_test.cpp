@@ -8,34 +8,24 @@
 #include <thread>
 
 #include "egdb/block_cache.h"
-#include "egdb/index_file.h"
 #include "egdb/position_walk.h"
-#include "tests/base/scratch_folder.h"
+#include "tests/egdb/database_folder.h"
+#include "tests/egdb/positions.h"
 #include "tests/tools/egdb_fixture.h"
-#include "tools/egdb_build.h"
 #include "tools/egdb_planes.h"
 
 namespace {
 
-std::string logged;
-
+// Three pieces, read by blocks through a cache of that many.
 struct SmallDatabase {
-    EgdbDatabase database;
-    DbFile& file;
-    int64_t memory = 0;
+    std::unique_ptr<EgdbDatabase> opened;
+    EgdbDatabase& database;
+    DbFile& file;  // db3
 
-    // db3 of a folder, read by blocks through a cache of that many.
-    SmallDatabase(const std::string& folder, int32_t blocks) : file(database.files[0]) {
-        logged.clear();
-        database.folder = folder;
-        database.log = [](const char* line) { logged += line; };
-        database.cprsubdatabase = std::make_unique<Cprsubdatabase>();
-        file.name = {'d', 'b', '3'};
-        EXPECT_EQ(read_index_file(database, file, memory), 0) << logged;
-        EXPECT_EQ(open_for_blocks(database, file, memory), 0);
-        EXPECT_EQ(allocate_cache(database, blocks), 0);
-        database.file_count = 1;
-    }
+    explicit SmallDatabase(int32_t blocks)
+        : opened(database_by_blocks(EGDB_WLD, built_up_to_three(), 3, blocks)),
+          database(*opened),
+          file(database.files[1]) {}
 
     // The ring from the head on.
     std::vector<int32_t> ring() const {
@@ -51,20 +41,10 @@ struct SmallDatabase {
     }
 };
 
-const std::string& folder_of_three() {
-    static const ScratchFolder folder;
-    static const std::atomic<bool> stop = false;
-    static EgdbBuildProgress progress;
-    static EgdbBuildResult result;
-    static const EgdbBuildStatus status = build_database({folder.path, 3, 2}, stop, progress, result);
-    EXPECT_EQ(status, EGDB_BUILT);
-    return folder.path;
-}
-
 using Order = std::vector<int32_t>;
 
 TEST(EgdbCache, TheRingKeepsTheOrderOfUse) {
-    SmallDatabase small(folder_of_three(), 4);
+    SmallDatabase small(4);
     EgdbDatabase& database = small.database;
     EXPECT_EQ(small.ring(), (Order{0, 1, 2, 3}));
     touch_cache_block(database, 3);  // the one used last: nothing changes
@@ -81,7 +61,7 @@ TEST(EgdbCache, TheRingKeepsTheOrderOfUse) {
 TEST(EgdbCache, TheRingAgainstAPlainList) {
     std::mt19937 random(1);
     for (const int32_t blocks : {1, 2, 3, 7}) {
-        SmallDatabase small(folder_of_three(), blocks);
+        SmallDatabase small(blocks);
         std::vector<int32_t> list = small.ring();
         for (int i = 0; i < 2000; ++i) {
             const auto used = static_cast<int32_t>(random() % static_cast<uint32_t>(blocks));
@@ -94,7 +74,7 @@ TEST(EgdbCache, TheRingAgainstAPlainList) {
 }
 
 TEST(EgdbCache, LoadedBlocksTakeThePlaceOfTheOldest) {
-    SmallDatabase small(folder_of_three(), 2);
+    SmallDatabase small(2);
     ASSERT_GE(small.file.num_cache_blocks, 4);
     for (uint32_t block = 0; block < 4; ++block) {
         const Subslice* const subslice = find_subdb_of_block(small.database, small.file, block);
@@ -113,7 +93,7 @@ TEST(EgdbCache, LoadedBlocksTakeThePlaceOfTheOldest) {
 
 // In sub-blocks of one Subslice the numbers rise; each is one that the slow sum gives.
 TEST(EgdbCache, SubblocksAreNumberedInEverySubslice) {
-    SmallDatabase small(folder_of_three(), 1);
+    SmallDatabase small(1);
     std::set<uint32_t> starts;
     for (uint32_t block = 0; block < static_cast<uint32_t>(small.file.num_cache_blocks); ++block) {
         const Subslice* const subslice = find_subdb_of_block(small.database, small.file, block);
@@ -122,11 +102,11 @@ TEST(EgdbCache, SubblocksAreNumberedInEverySubslice) {
         starts.insert(small.database.ccbs[cached].subindices[0]);
     }
     EXPECT_EQ(starts.size(), static_cast<size_t>(small.file.num_cache_blocks));
-    EXPECT_EQ(logged.find("agree"), std::string::npos);
+    EXPECT_EQ(database_log.find("agree"), std::string::npos);
 }
 
 TEST(EgdbLookup, ConditionalOnesDoNotRead) {
-    SmallDatabase small(folder_of_three(), 2);
+    SmallDatabase small(2);
     const Material m{2, 0, 1, 0};
     PositionWalk walk(m, 20000);
     while (has_capture(walk.position, WHITE)) walk.advance();
@@ -139,50 +119,42 @@ TEST(EgdbLookup, ConditionalOnesDoNotRead) {
     EXPECT_EQ(small.database.statistics.db_returns, 2u);
 }
 
-Position with(std::initializer_list<int> black, std::initializer_list<int> white) {
-    Position position{};
-    for (const int s : black) position.black |= mask_of_square[static_cast<size_t>(s - 1)];
-    for (const int s : white) position.white |= mask_of_square[static_cast<size_t>(s - 1)];
-    position.king = position.black | position.white;
-    return position;
-}
-
 TEST(EgdbLookup, WhatIsNotInTheFiles) {
-    SmallDatabase small(folder_of_three(), 1);
+    SmallDatabase small(1);
     EgdbDatabase& database = small.database;
-    EXPECT_EQ(wld_lookup(database, with({}, {1}), BLACK, true), EGDB_LOSS);
-    EXPECT_EQ(wld_lookup(database, with({}, {1}), WHITE, true), EGDB_WIN);
-    EXPECT_EQ(wld_lookup(database, with({1}, {}), BLACK, true), EGDB_WIN);
-    EXPECT_EQ(wld_lookup(database, with({1}, {}), WHITE, true), EGDB_LOSS);
+    EXPECT_EQ(wld_lookup(database, kings({}, {1}), BLACK, true), EGDB_LOSS);
+    EXPECT_EQ(wld_lookup(database, kings({}, {1}), WHITE, true), EGDB_WIN);
+    EXPECT_EQ(wld_lookup(database, kings({1}, {}), BLACK, true), EGDB_WIN);
+    EXPECT_EQ(wld_lookup(database, kings({1}, {}), WHITE, true), EGDB_LOSS);
     EXPECT_EQ(database.statistics.db_returns, 4u);
-    EXPECT_EQ(wld_lookup(database, with({1, 2, 3, 4, 5}, {46, 47, 48, 49, 50}), BLACK, true),
+    EXPECT_EQ(wld_lookup(database, kings({1, 2, 3, 4, 5}, {46, 47, 48, 49, 50}), BLACK, true),
               EGDB_SUBDB_UNAVAILABLE);
-    EXPECT_EQ(wld_lookup(database, with({1, 2, 3, 4, 5, 6}, {50}), BLACK, true), EGDB_SUBDB_UNAVAILABLE);
+    EXPECT_EQ(wld_lookup(database, kings({1, 2, 3, 4, 5, 6}, {50}), BLACK, true), EGDB_SUBDB_UNAVAILABLE);
     for (const int side : {BLACK, WHITE})
-        EXPECT_EQ(wld_lookup(database, with({1, 2, 3}, {50}), side, true), EGDB_SUBDB_UNAVAILABLE);
+        EXPECT_EQ(wld_lookup(database, kings({1, 2, 3}, {50}), side, true), EGDB_SUBDB_UNAVAILABLE);
     EXPECT_EQ(database.statistics.db_not_present_requests, 4u);
     // One side to move is there, the other not.
     (*database.cprsubdatabase)[static_cast<size_t>(egdb_slot({0, 2, 0, 1}, WHITE))].subslices.reset();
-    EXPECT_EQ(wld_lookup(database, with({1, 2}, {50}), WHITE, true), EGDB_UNKNOWN);
-    EXPECT_EQ(wld_lookup(database, with({50}, {1, 2}), BLACK, true), EGDB_UNKNOWN);
+    EXPECT_EQ(wld_lookup(database, kings({1, 2}, {50}), WHITE, true), EGDB_UNKNOWN);
+    EXPECT_EQ(wld_lookup(database, kings({50}, {1, 2}), BLACK, true), EGDB_UNKNOWN);
 }
 
 TEST(EgdbLookup, SingleValuesNeedNoBlock) {
-    SmallDatabase small(folder_of_three(), 1);
+    SmallDatabase small(1);
     Subslice& subslice = *find_subslice(small.database, {0, 2, 0, 1}, BLACK, 0);
     subslice.singlevalue = EGDB_DRAW;
-    EXPECT_EQ(wld_lookup(small.database, with({1, 2}, {50}), BLACK, true), EGDB_DRAW);
+    EXPECT_EQ(wld_lookup(small.database, kings({1, 2}, {50}), BLACK, true), EGDB_DRAW);
     EXPECT_EQ(small.database.statistics.lru_cache_loads, 0u);
 }
 
 TEST(EgdbLookup, BlocksThatDisagreeGiveNoValue) {
-    SmallDatabase small(folder_of_three(), 1);
+    SmallDatabase small(1);
     Subslice& subslice = *find_subslice(small.database, {2, 0, 1, 0}, BLACK, 0);
     subslice.catalogidx[0] = static_cast<uint8_t>(subslice.catalogidx[0] ^ 1);
     const Position position = position_from_index(0, {2, 0, 1, 0});
     EXPECT_EQ(wld_lookup(small.database, position, BLACK, false), EGDB_UNKNOWN);
-    EXPECT_NE(logged.find("db3.cpr1: block"), std::string::npos);
-    EXPECT_NE(logged.find("does not agree with the index"), std::string::npos);
+    EXPECT_NE(database_log.find("db3.cpr1: block"), std::string::npos);
+    EXPECT_NE(database_log.find("does not agree with the index"), std::string::npos);
 }
 
 TEST(EgdbLookup, TheSearchInSortedNumbers) {
@@ -199,7 +171,7 @@ TEST(EgdbLookup, TheSearchInSortedNumbers) {
 }
 
 TEST(EgdbLookup, ManyThreadsShareASmallCache) {
-    SmallDatabase small(folder_of_three(), 2);
+    SmallDatabase small(2);
     const SolvedSet& set = solved_up_to(3);
     std::atomic<int> wrong = 0;
     std::vector<std::thread> threads;

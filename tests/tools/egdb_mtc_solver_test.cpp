@@ -21,17 +21,12 @@ SolvedDistances distances_of(const Material& m, int threads = 2) {
 void check_by_moves(const Material& m) {
     const SolvedSet& set = solved_up_to(piece_count(m));
     const SolvedDistances solved = distances_of(m);
-    for (int side = 0; side < (is_symmetric(m) ? 1 : 2); ++side) {
-        PositionWalk walk(m, 0);
-        for (int64_t i = 0; i < slice_size(m); ++i) {
-            const int distance = solved.distances[static_cast<size_t>(side)][static_cast<size_t>(i)];
-            const EgdbValue value = solved_value(set, walk.position, side);
-            ASSERT_EQ(distance == NO_DISTANCE, value == EGDB_DRAW);
-            ASSERT_EQ(distance, distance_by_moves(set, solved, walk.position, side))
-                << m.bm << m.bk << m.wm << m.wk << " " << side << " " << i;
-            if (i + 1 < slice_size(m)) walk.advance();
-        }
-    }
+    for_positions(m, [&](const Position& position, int side, int64_t i) {
+        const int distance = solved.distances[static_cast<size_t>(side)][static_cast<size_t>(i)];
+        ASSERT_EQ(distance == NO_DISTANCE, solved_value(set, position, side) == EGDB_DRAW);
+        ASSERT_EQ(distance, distance_by_moves(set, solved, position, side))
+            << m.bm << m.bk << m.wm << m.wk << " " << side << " " << i;
+    });
 }
 
 TEST(EgdbMtcSolver, DistancesOfUpToThreePiecesFollowFromTheirMoves) {

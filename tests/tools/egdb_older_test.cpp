@@ -8,24 +8,17 @@
 #include <map>
 #include <random>
 
-#include "base/checksum.h"
-#include "core/movegen.h"
 #include "egdb/block_hash.h"
 #include "egdb/egdb_open.h"
-#include "egdb/index_file.h"
 #include "egdb/older_codes.h"
-#include "egdb/position_walk.h"
 #include "egdb/wld_open.h"
-#include "tests/base/scratch_folder.h"
+#include "tests/egdb/index_reading.h"
+#include "tests/egdb/positions.h"
 #include "tests/tools/egdb_fixture.h"
+#include "tests/tools/egdb_forms.h"
 #include "tests/tools/older_writer.h"
 
 namespace {
-
-constexpr std::array<EgdbType, 2> OLDER{EGDB_WLD_FIXED_CODES, EGDB_WLD_VALUE_LISTS};
-
-std::string logged;
-void keep_log(const char* line) { logged += line; }
 
 // What a row of a code stands for, position by position.
 std::vector<int> row_values(int code, int byte) {
@@ -84,35 +77,16 @@ TEST(OlderCodes, CataloguesOfTheFormWithValueLists) {
     EXPECT_EQ(&block_code(7), &catalogue(7));
 }
 
-// An index text read for a data file of so many bytes.
-struct Reading {
-    EgdbDatabase database;
-    DbFile& file;
-    int status = 0;
-
-    Reading(EgdbType type, const std::string& text, int64_t data_bytes) : file(database.files[0]) {
-        logged.clear();
-        database.type = type;
-        database.log = keep_log;
-        database.cprsubdatabase = std::make_unique<Cprsubdatabase>();
-        file.data_bytes = data_bytes;
-        file.num_cache_blocks = static_cast<int32_t>((data_bytes + 4095) / 4096);
-        int64_t memory = 0;
-        status = read_index_text(database, file, text.data(), text.size(), "FILE", memory);
-    }
-    const Subslice& at(const Material& m, int side) const { return *find_subslice(database, m, side, 0); }
-};
-
 constexpr Material KINGS{0, 2, 0, 1}, MEN{2, 0, 1, 0};
 
 TEST(OlderIndex, UnitsCommentsAndSingleValues) {
     for (const EgdbType type : OLDER) {
-        const Reading reading(
+        const IndexReading reading(
             type,
             "BASE2,0,1,0,0,b:+\nBASE0,2,0,1,0,b:0/0\n1\n2\n3\n4\n5\n6\n"
             "BASE0,2,0,1,0,w:6/100\n  # haspartials \n#  vmap 20: 5,4,3,2,1,0\n 10\n20 30\n40\n",
             10 * 1024 + 1);
-        ASSERT_EQ(reading.status, 0) << logged;
+        ASSERT_EQ(reading.status, 0) << database_log;
         EXPECT_EQ(reading.at(MEN, BLACK).singlevalue, EGDB_WIN);
         const Subslice& first = reading.at(KINGS, BLACK);
         EXPECT_EQ(first.indices, (std::vector<uint32_t>{0, 4}));
@@ -133,14 +107,14 @@ TEST(OlderIndex, UnitsCommentsAndSingleValues) {
             EXPECT_EQ(second.code, FIRST_VALUE_LIST_CODE + 20);
             EXPECT_EQ(second.values, (std::array<uint8_t, 7>{5, 4, 3, 2, 1, 0, 0}));
         }
-        EXPECT_EQ(logged, "         4 index blocks: FILE\n");
+        EXPECT_EQ(database_log, "         4 index blocks: FILE\n");
     }
 }
 
 TEST(OlderIndex, NoneIsMarkedAsLyingInsideOneSubblock) {
     for (const EgdbType type : OLDER) {
-        const Reading reading(type, "BASE0,2,0,1,0,b:0/0\nBASE0,2,0,1,0,w:0/10\n", 60);
-        ASSERT_EQ(reading.status, 0) << logged;
+        const IndexReading reading(type, "BASE0,2,0,1,0,b:0/0\nBASE0,2,0,1,0,w:0/10\n", 60);
+        ASSERT_EQ(reading.status, 0) << database_log;
         EXPECT_EQ(reading.at(KINGS, BLACK).last_subidx, 0);
         EXPECT_EQ(reading.at(KINGS, BLACK).same_subidx, 0);
     }
@@ -148,11 +122,11 @@ TEST(OlderIndex, NoneIsMarkedAsLyingInsideOneSubblock) {
 
 TEST(OlderIndex, ValueLists) {
     const auto read = [](const std::string& comment) {
-        return Reading(EGDB_WLD_VALUE_LISTS, "BASE0,2,0,1,0,b:0/0\n#" + comment + "\n5\n", 2000);
+        return IndexReading(EGDB_WLD_VALUE_LISTS, "BASE0,2,0,1,0,b:0/0\n#" + comment + "\n5\n", 2000);
     };
     const auto expect = [&](const std::string& comment, int code, std::array<uint8_t, 7> values) {
-        const Reading reading = read(comment);
-        EXPECT_EQ(reading.status, 0) << comment << logged;
+        const IndexReading reading = read(comment);
+        EXPECT_EQ(reading.status, 0) << comment << database_log;
         EXPECT_EQ(reading.at(KINGS, BLACK).code, FIRST_VALUE_LIST_CODE + code) << comment;
         EXPECT_EQ(reading.at(KINGS, BLACK).values, values) << comment;
         EXPECT_EQ(reading.at(KINGS, BLACK).indices.size(), 1u);
@@ -174,7 +148,7 @@ TEST(OlderIndex, WhatCannotBeRead) {
              {"BASE0,2,0,1,0,b:0\n", "BASE0,2,0,1,0,b:0/1024\n", "BASE0,2,0,1,0,b:0/0\n5\n5\n",
               "BASE0,2,0,1,0,b:0/0\n1\n2\n3\n4\n5\n6\n7\n8\n", "BASE0,2,0,1,0,b:1/0\n",
               "BASE0,2,0,1,0,b:*\n"}) {
-            EXPECT_EQ(Reading(type, text, 5000).status, 1) << text;
+            EXPECT_EQ(IndexReading(type, text, 5000).status, 1) << text;
         }
     }
 }
@@ -189,55 +163,18 @@ const std::string& older_folder(EgdbType type) {
 }
 
 OpenEgdb open_older(EgdbType type, const std::string& folder, bool autoload, int32_t blocks) {
-    logged.clear();
-    EgdbOpenRequest request;
-    request.folder = folder;
-    request.pieces = 3;
-    request.cache_megabytes = 64;
-    request.log = keep_log;
-    request.autoload = autoload;
-    request.cache_blocks = blocks;
-    request.type = type;
-    return open_wld(request);
+    return open_form({type, autoload, blocks, 1}, folder, 3);
 }
 
-struct Way {
-    bool autoload;
-    int32_t blocks;
-    int64_t stride;
-};
-
 TEST(OlderLookup, EveryPositionAsTheNewestFormHasIt) {
-    EgdbOpenRequest request;
-    request.folder = PROJECT_FOLDER "/data/wld_database";
-    request.pieces = 3;
-    request.cache_megabytes = 64;
-    const OpenEgdb newest = open_wld(request);
-    ASSERT_TRUE(newest);
     for (const EgdbType type : OLDER) {
-        for (const Way& way : {Way{true, 0, 1}, Way{false, 1, 17}, Way{false, 3, 5}, Way{false, 0, 7}}) {
-            const OpenEgdb older = open_older(type, older_folder(type), way.autoload, way.blocks);
-            ASSERT_TRUE(older) << logged;
+        for (const Way& way : {Way{type, true, 0, 1}, Way{type, false, 1, 17}, Way{type, false, 3, 5},
+                               Way{type, false, 0, 7}}) {
+            const OpenEgdb older = open_form(way, older_folder(type), 3);
+            ASSERT_TRUE(older) << database_log;
             EXPECT_EQ(older->type, type);
-            for (int pieces = 2; pieces <= 3; ++pieces) {
-                for (const Material& m : solving_order(pieces)) {
-                    for (int side = 0; side < (is_symmetric(m) ? 1 : 2); ++side) {
-                        for (int64_t i = 0; i < slice_size(m); i += way.stride) {
-                            const Position p = position_from_index(i, m);
-                            const EgdbValue value = older->lookup(older->handle, p, side, false);
-                            ASSERT_EQ(value, solved_value(solved_up_to(3), p, side)) << i;
-                            if (has_capture(p, side)) continue;
-                            ASSERT_EQ(value, newest->lookup(newest->handle, p, side, false));
-                            ASSERT_EQ(older->lookup(older->handle, mirror_position(p), side ^ 1, true),
-                                      value);
-                        }
-                    }
-                }
-            }
-            const EgdbStatistics& s = *older->get_stats(older->handle);
-            EXPECT_EQ(s.db_returns, s.db_requests);
-            const bool hashed = type == EGDB_WLD_VALUE_LISTS && !way.autoload;
-            EXPECT_EQ(s.avg_ht_list_length >= 1, hashed);
+            expect_as_solved(*older, way, 2);
+            expect_as_solved(*older, way, 3);
         }
     }
 }
@@ -268,21 +205,13 @@ TEST(OlderLookup, AllSixValues) {
         }
         for (const bool autoload : {true, false}) {
             const OpenEgdb driver = open_older(type, folder.path, autoload, 2);
-            ASSERT_TRUE(driver) << logged;
+            ASSERT_TRUE(driver) << database_log;
             for (const int side : {BLACK, WHITE})
                 for (int64_t i = 0; i < slice_size(MEN); ++i)
                     ASSERT_EQ(driver->lookup(driver->handle, position_from_index(i, MEN), side, false),
                               slices[static_cast<size_t>(side)][static_cast<size_t>(i)]);
         }
     }
-}
-
-Position kings(std::initializer_list<int> black, std::initializer_list<int> white) {
-    Position position{};
-    for (const int s : black) position.black |= mask_of_square[static_cast<size_t>(s - 1)];
-    for (const int s : white) position.white |= mask_of_square[static_cast<size_t>(s - 1)];
-    position.king = position.black | position.white;
-    return position;
 }
 
 TEST(OlderLookup, WhatIsNotInTheFiles) {
@@ -308,56 +237,19 @@ TEST(OlderOpen, FilesOfFivePiecesMayBeMissing) {
         for (const auto& entry : std::filesystem::directory_iterator(older_folder(type)))
             std::filesystem::copy_file(entry.path(), folder.path + entry.path().filename().string());
         EgdbOpenRequest request{folder.path, 5, -1, 64, keep_log, true, 0, type};
-        logged.clear();
+        database_log.clear();
         EXPECT_FALSE(open_wld(request));
-        EXPECT_NE(logged.find("Cannot open " + folder.file("db4.cpr") + "\n"), std::string::npos) << logged;
+        EXPECT_NE(database_log.find("Cannot open " + folder.file("db4.cpr") + "\n"), std::string::npos)
+            << database_log;
         std::ofstream(folder.file("db4.cpr"));
         std::ofstream(folder.file("db4.idx")) << "BASE0,3,0,1,0,b:=\n";
-        logged.clear();
+        database_log.clear();
         const OpenEgdb driver = open_wld(request);
-        ASSERT_TRUE(driver) << logged;
-        EXPECT_NE(logged.find(folder.file("db5-3020.cpr") + " not present\n"), std::string::npos) << logged;
+        ASSERT_TRUE(driver) << database_log;
+        EXPECT_NE(database_log.find(folder.file("db5-3020.cpr") + " not present\n"), std::string::npos)
+            << database_log;
         EXPECT_EQ(driver->lookup(driver->handle, kings({1, 2, 3}, {50}), BLACK, false), EGDB_DRAW);
     }
-}
-
-// The text with blanks and tabulators behind it that give it that checksum.
-std::string blanks_with_crc(const std::string& text, uint32_t crc) {
-    constexpr size_t BLANKS = 64;
-    std::string tail(BLANKS, ' ');
-    const auto sum = [&] {
-        const std::string whole = text + tail;
-        return crc32(whole.data(), whole.size());
-    };
-    const uint32_t plain = sum();
-    // What each tabulator in place of a blank changes, brought to a triangle.
-    std::array<std::pair<uint32_t, uint64_t>, 32> rows{};
-    uint32_t wanted = crc ^ plain;
-    uint64_t chosen = 0;
-    for (size_t i = 0; i < BLANKS; ++i) {
-        tail[i] = '\t';
-        uint32_t change = sum() ^ plain;
-        tail[i] = ' ';
-        uint64_t set = uint64_t{1} << i;
-        for (size_t bit = 0; bit < 32 && change; ++bit) {
-            if (!(change >> bit & 1)) continue;
-            if (rows[bit].second == 0) {
-                rows[bit] = {change, set};
-                break;
-            }
-            change ^= rows[bit].first;
-            set ^= rows[bit].second;
-        }
-    }
-    for (size_t bit = 0; bit < 32; ++bit) {
-        if (!(wanted >> bit & 1)) continue;
-        wanted ^= rows[bit].first;
-        chosen ^= rows[bit].second;
-    }
-    for (size_t i = 0; i < BLANKS; ++i)
-        if (chosen >> i & 1) tail[i] = '\t';
-    EXPECT_EQ(sum(), crc);
-    return text + tail;
 }
 
 TEST(OlderOpen, KnownByTheChecksumOfTheirIndex) {
@@ -368,10 +260,10 @@ TEST(OlderOpen, KnownByTheChecksumOfTheirIndex) {
         EXPECT_FALSE(egdb_open("", 64, folder.path, keep_log));  // ours has no row
         const uint32_t crc = type == EGDB_WLD_FIXED_CODES ? 0x82f1a44e : 0x85aade3a;
         const std::string index = content_of(folder.file("db3.idx"));
-        std::ofstream(folder.file("db3.idx"), std::ios::binary) << blanks_with_crc(index, crc);
-        logged.clear();
+        std::ofstream(folder.file("db3.idx"), std::ios::binary) << with_crc(index, crc);
+        database_log.clear();
         const OpenEgdb driver = egdb_open("", 64, folder.path, keep_log);
-        ASSERT_TRUE(driver) << logged;
+        ASSERT_TRUE(driver) << database_log;
         EXPECT_EQ(driver->type, type);
         int32_t pieces = 0, one_side = 0, nine = 0, eight = 0;
         driver->get_pieces(driver->handle, &pieces, &one_side, &nine, &eight);

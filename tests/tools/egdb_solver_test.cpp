@@ -12,27 +12,13 @@
 
 namespace {
 
-// Each value against those of the moves, by the rules of the game alone.
+// Each value against those of the moves.
 void check_by_moves(const SolvedSet& set, int pieces) {
     for (const Material& m : solving_order(pieces)) {
-        const SolvedMaterial& solved = *find_solved(set, m);
-        for (int side = 0; side < (is_symmetric(m) ? 1 : 2); ++side) {
-            PositionWalk walk(m, 0);
-            for (int64_t i = 0; i < slice_size(m); ++i) {
-                MoveList list;
-                generate_moves(walk.position, list, side);
-                bool wins = false, draws = false;
-                for (const Move& move : list) {
-                    const EgdbValue reply = solved_value(set, position_after(move, side ^ 1), side ^ 1);
-                    wins |= reply == EGDB_LOSS;
-                    draws |= reply == EGDB_DRAW;
-                }
-                const EgdbValue expected = wins ? EGDB_WIN : draws ? EGDB_DRAW : EGDB_LOSS;
-                ASSERT_EQ(packed_value(solved.values[static_cast<size_t>(side)], i), expected)
-                    << m.bm << m.bk << m.wm << m.wk << " " << side << " " << i;
-                if (i + 1 < slice_size(m)) walk.advance();
-            }
-        }
+        for_positions(m, [&](const Position& position, int side, int64_t i) {
+            ASSERT_EQ(packed_value(values_of(set, m, side), i), value_by_rules(set, position, side))
+                << m.bm << m.bk << m.wm << m.wk << " " << side << " " << i;
+        });
     }
 }
 

@@ -1,0 +1,21 @@
+// Positions by the numbers of their squares.
+#pragma once
+
+#include <initializer_list>
+
+#include "core/board.h"
+
+inline uint64_t squares_mask(std::initializer_list<int> squares) {
+    uint64_t mask = 0;
+    for (const int square : squares) mask |= mask_of_square[static_cast<size_t>(square - 1)];
+    return mask;
+}
+
+// Kings alone; black is to move where that matters.
+inline Position kings(std::initializer_list<int> black, std::initializer_list<int> white) {
+    Position position{};
+    position.black = squares_mask(black);
+    position.white = squares_mask(white);
+    position.king = position.black | position.white;
+    return position;
+}
