@@ -122,6 +122,7 @@ std::vector<CodeRow> most_counted(const RowCounts& counts, size_t number, bool b
                      [](const auto& a, const auto& b) { return a.first > b.first; });
     ranked.resize(std::min(ranked.size(), number));
     std::vector<CodeRow> rows;
+    rows.reserve(ranked.size());
     for (const auto& [count, row] : ranked) rows.push_back(*row);
     return rows;
 }
@@ -174,6 +175,7 @@ void thin_out(Candidates& candidates, const std::vector<int64_t>& uses, size_t n
     order.resize(number);
     std::sort(order.begin() + static_cast<std::ptrdiff_t>(candidates.kept), order.end());
     std::vector<CodeRow> rows;
+    rows.reserve(order.size());
     for (const size_t i : order) rows.push_back(std::move(candidates.rows[i]));
     candidates.rows = std::move(rows);
 }

@@ -15,8 +15,9 @@ constexpr float POINT = 50;     // of the file's unit
 constexpr float FIRST_SUM = 1;  // keeps the first steps of a rare pattern small
 constexpr uint32_t ROW = 27;    // patterns of the three squares of a row
 
-constexpr std::array<size_t, PATTERN_PARTS> PART_SIZES{PATTERN_ENTRIES, ROW* ROW* ROW, ROW* ROW* ROW,
-                                                       ROW* ROW,        ROW* ROW,      ROW* ROW};
+constexpr size_t TWO_ROWS = size_t{ROW} * ROW, THREE_ROWS = TWO_ROWS * ROW;
+constexpr std::array<size_t, PATTERN_PARTS> PART_SIZES{PATTERN_ENTRIES, THREE_ROWS, THREE_ROWS,
+                                                       TWO_ROWS,        TWO_ROWS,   TWO_ROWS};
 
 // The places of the parts of a region's pattern. The first row is the most significant.
 inline std::array<uint32_t, PATTERN_PARTS> part_places(uint32_t place) {
