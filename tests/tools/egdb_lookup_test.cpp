@@ -147,6 +147,36 @@ TEST(EgdbLookup, SingleValuesNeedNoBlock) {
     EXPECT_EQ(small.database.statistics.lru_cache_loads, 0u);
 }
 
+// Each of these is one byte, of the first catalogue, that stands for more positions than there are; the value
+// is told by the map.
+TEST(EgdbLookup, InsideOneSubblockNoNumbersAreAsked) {
+    const ScratchFolder folder;
+    constexpr char RUN = 49;  // 2479 positions of symbol 0
+    write_content(folder.file("db2.cpr1"), {RUN, RUN, RUN});
+    write_content(folder.file("db2.idx1"),
+                  "BASE0,1,0,1,0,b:0/0,0,225\nBASE1,0,1,0,0,b:0/1,0,198\nBASE0,1,1,0,0,b:0/2,0,147\n");
+    const auto opened = database_by_blocks(EGDB_WLD, folder.path, 2, 1);
+    struct Row {
+        Material material;
+        EgdbValue value;
+        bool marked;
+    };
+    for (const Row& row : {Row{{0, 1, 0, 1}, EGDB_WIN, true}, Row{{1, 0, 1, 0}, EGDB_LOSS, true},
+                           Row{{0, 1, 1, 0}, EGDB_DRAW, false}}) {
+        ASSERT_LE(slice_size(row.material), 2479);
+        EXPECT_EQ(find_subslice(*opened, row.material, BLACK, 0)->same_subidx, row.marked);
+        const auto ask = [&](int64_t index) {
+            return wld_lookup(*opened, position_from_index(index, row.material), BLACK, false);
+        };
+        EXPECT_EQ(ask(0), row.value);
+        opened->ccbs[0].subindices.fill(0);
+        EXPECT_EQ(ask(slice_size(row.material) - 1), row.value);
+        opened->ccbs[0].subindices.fill(UINT32_MAX);
+        EXPECT_EQ(ask(slice_size(row.material) / 2), row.value);
+    }
+    EXPECT_EQ(opened->statistics.lru_cache_loads, 1u);
+}
+
 TEST(EgdbLookup, BlocksThatDisagreeGiveNoValue) {
     SmallDatabase small(1);
     Subslice& subslice = *find_subslice(small.database, {2, 0, 1, 0}, BLACK, 0);
