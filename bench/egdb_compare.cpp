@@ -13,10 +13,10 @@
 #include <vector>
 
 #include "base/clock.h"
+#include "bench/egdb_solved.h"
 #include "core/movegen.h"
 #include "egdb/position_walk.h"
 #include "egdb/wld_open.h"
-#include "egdb_solved.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "egdb_solved.h"
+#include "bench/egdb_solved.h"
 
 #include <cstdio>
 #include <filesystem>
