@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cinttypes>
 #include <cstdio>
+#include <system_error>
 
 #include "base/files.h"
 

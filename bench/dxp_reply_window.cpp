@@ -5,13 +5,12 @@
 #include <QTemporaryDir>
 #include <clocale>
 #include <cstdlib>
-#include <string>
+#include <thread>
 
 #include "bench/reply_times.h"
 #include "book/engine_book.h"
 #include "control/search_thread.h"
 #include "control/settings.h"
-#include "dxp/game_flow.h"
 #include "shell/qt/desktop.h"
 #include "tests/dxp/scripted_peer.h"
 

@@ -28,12 +28,12 @@ using ByteTable = std::array<uint8_t, 256>;
 
 constexpr ByteTable scrambled_byte = [] {
     ByteTable table{};
-    for (uint32_t byte = 0; byte < table.size(); ++byte) table[byte] = scrambled(byte);
+    for (uint32_t byte = 0; byte < 256; ++byte) table[byte] = scrambled(byte);
     return table;
 }();
 constexpr ByteTable unscrambled_byte = [] {
     ByteTable table{};
-    for (uint32_t byte = 0; byte < table.size(); ++byte) table[scrambled(byte)] = static_cast<uint8_t>(byte);
+    for (uint32_t byte = 0; byte < 256; ++byte) table[scrambled(byte)] = static_cast<uint8_t>(byte);
     return table;
 }();
 

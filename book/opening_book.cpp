@@ -1,6 +1,7 @@
 #include "book/opening_book.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <new>
 

@@ -1,5 +1,6 @@
 // The analysis commands of game control on the games of a file: each finished game is printed, and the line
 // of progress follows the board.
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <string>

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cinttypes>
 #include <csignal>
+#include <cstdio>
 #include <iostream>
 #include <memory>
 #include <mutex>

@@ -10,8 +10,9 @@
 #include "cli/dxp_console.h"
 #include "cli/options.h"
 #include "control/settings.h"
+#include "dxp/connection_thread.h"
+#include "dxp/dxp_state.h"
 #include "dxp/game_files.h"
-#include "dxp/game_flow.h"
 
 namespace {
 

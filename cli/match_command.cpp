@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <cinttypes>
-#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <mutex>

@@ -1,7 +1,5 @@
 #include "control/apply_settings.h"
 
-#include <string>
-
 #include "control/database_settings.h"
 #include "control/settings.h"
 #include "search/engine_settings.h"

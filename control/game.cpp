@@ -1,6 +1,5 @@
 #include "control/game.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>

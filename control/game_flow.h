@@ -1,8 +1,6 @@
 // What follows from a move of the user's, and from the end of a search. Interface thread only.
 #pragma once
 
-#include <cstdint>
-
 // After a legal move was made on the board: `game.board` has its result and `game.board_side` was flipped.
 // Records it and, in the modes with an engine, has the engine go on.
 void user_move_made();

@@ -1,6 +1,5 @@
 // Pondering: the engine searches the position behind the user's most likely move while the user thinks. If he
 // makes that move the search simply becomes the real one.
-#include <cstdio>
 
 #include "base/clock.h"
 #include "base/log.h"

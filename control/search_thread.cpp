@@ -1,6 +1,5 @@
 #include "control/search_thread.h"
 
-#include <cstring>
 #include <system_error>
 #include <thread>
 

@@ -1,4 +1,3 @@
-#include "base/clock.h"
 #include "control/game_flow.h"
 #include "control/mode_hooks.h"
 #include "control/panes.h"

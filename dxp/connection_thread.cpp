@@ -1,7 +1,6 @@
 #include "dxp/connection_thread.h"
 
 #include <chrono>
-#include <cstdio>
 #include <string>
 #include <system_error>
 #include <thread>

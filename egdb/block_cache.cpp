@@ -1,9 +1,7 @@
 #include "egdb/block_cache.h"
 
 #include <algorithm>
-#include <cstring>
 #include <new>
-#include <span>
 
 #include "egdb/block_codes.h"
 

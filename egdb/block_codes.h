@@ -5,7 +5,6 @@
 // All functions here are re-entrant.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <span>
 

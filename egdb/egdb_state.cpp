@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <mutex>
+#include <new>
 #include <system_error>
 #include <thread>
 

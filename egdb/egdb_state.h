@@ -11,7 +11,6 @@
 #pragma once
 
 #include <atomic>
-#include <cstddef>
 #include <cstdint>
 
 #include "egdb/database_options.h"

@@ -1,6 +1,8 @@
 #include "egdb/index_file.h"
 
+#include <algorithm>
 #include <cstdarg>
+#include <cstdio>
 #include <new>
 #include <numeric>
 #include <string_view>

@@ -33,8 +33,7 @@ static_assert(mtc_runs[84] == 800000 && mtc_runs[MTC_FIRST_NUMBER - 1] == 100000
 // How many positions each byte stands for.
 constexpr std::array<uint32_t, 256> mtc_totals = [] {
     std::array<uint32_t, 256> totals{};
-    for (size_t byte = 0; byte < totals.size(); ++byte)
-        totals[byte] = byte < mtc_runs.size() ? mtc_runs[byte] : 1;
+    for (size_t byte = 0; byte < 256; ++byte) totals[byte] = byte < MTC_FIRST_NUMBER ? mtc_runs[byte] : 1;
     return totals;
 }();
 

@@ -1,5 +1,7 @@
 #include "egdb/numbering.h"
 
+#include <bit>
+
 namespace {
 
 constexpr uint64_t FIRST_FIVE = 0x1f;

@@ -55,8 +55,9 @@ constexpr std::array<int, 58> RUNS_WITHOUT_PARTIALS = [] {
                                        100,  150,  200,  250,  300,  400,  500,  650,  800,  1000,
                                        1200, 1400, 1600, 2000, 2400, 3200, 4000, 5000, 7500, 10000};
     std::array<int, 58> runs{};
-    for (size_t i = 0; i < 28; ++i) runs[i] = static_cast<int>(i) + 5;
-    for (size_t i = 0; i < LONG.size(); ++i) runs[28 + i] = LONG[i];
+    size_t i = 0;
+    for (int n = 5; n <= 32; ++n) runs[i++] = n;
+    for (const int n : LONG) runs[i++] = n;
     return runs;
 }();
 

@@ -1,5 +1,8 @@
 #include "egdb/position_walk.h"
 
+#include <algorithm>
+#include <bit>
+
 namespace {
 
 constexpr uint64_t first_bits(int count) { return (uint64_t{1} << count) - 1; }

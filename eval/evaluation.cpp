@@ -4,7 +4,7 @@
 // asked for twice.
 #include "eval/evaluation.h"
 
-#include <array>
+#include <algorithm>
 #include <cstdlib>
 
 #include "eval/features.h"

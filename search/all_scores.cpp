@@ -12,7 +12,6 @@
 #include "search/preparation.h"
 #include "search/pv.h"
 #include "search/root_moves.h"
-#include "search/score.h"
 #include "search/search_state.h"
 #include "search/search_text.h"
 #include "search/window.h"

@@ -2,7 +2,6 @@
 // move.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 
 #include "core/board.h"

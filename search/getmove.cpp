@@ -13,7 +13,6 @@
 #include "search/preparation.h"
 #include "search/pv.h"
 #include "search/root_search.h"
-#include "search/score.h"
 #include "search/search_state.h"
 #include "search/search_text.h"
 #include "search/table.h"

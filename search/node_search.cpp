@@ -6,6 +6,7 @@
 #include "eval/evaluation.h"
 #include "search/database.h"
 #include "search/score.h"
+#include "search/search_state.h"
 #include "search/split.h"
 #include "search/table.h"
 

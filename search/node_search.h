@@ -8,7 +8,6 @@
 #include <cstdint>
 
 #include "core/movegen.h"
-#include "search/search_state.h"
 #include "search/thread_record.h"
 
 // Searches a node and writes the index of its best move, or -1, to `best_index_out`. `pruning_allowed` is

@@ -5,6 +5,7 @@
 #include "search/database.h"
 #include "search/node_search.h"
 #include "search/score.h"
+#include "search/search_state.h"
 
 namespace {
 

@@ -2,6 +2,7 @@
 
 #include "search/node_search.h"
 #include "search/score.h"
+#include "search/search_state.h"
 
 namespace {
 

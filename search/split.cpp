@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "search/node_search.h"
+#include "search/search_state.h"
 #include "search/threads.h"
 
 std::array<std::array<SplitPoint, MAX_OWNED_SPLITS>, MAX_SEARCH_THREADS> split_points;

@@ -7,6 +7,7 @@
 #include "base/system_info.h"
 #include "egdb/egdb_state.h"
 #include "search/engine_settings.h"
+#include "search/search_state.h"
 
 // The numbers are those of the places.
 constinit std::array<ThreadRecord, MAX_SEARCH_THREADS> thread_records{

@@ -2,8 +2,6 @@
 // move alone fits them. Needs no window. Interface thread only.
 #pragma once
 
-#include <cstdint>
-
 // A click with the left or the right button on a square, 1 to 50, or on no dark square, 0. Plays the move
 // that the clicks single out, or changes the square in SETUP_MODE; the board is redrawn through `ui`.
 //

@@ -1,7 +1,6 @@
 #include "shell/languages_code_page.h"
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 
 namespace {

@@ -7,7 +7,6 @@
 // Translators rely on it: keep it.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>

@@ -1,8 +1,11 @@
 #include "tools/book_graph.h"
 
 #include <algorithm>
+#include <cmath>
+#include <functional>
 #include <limits>
 #include <queue>
+#include <span>
 
 #include "core/movegen.h"
 

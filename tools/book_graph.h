@@ -14,7 +14,6 @@
 
 #include <array>
 #include <cstdint>
-#include <span>
 #include <unordered_map>
 #include <vector>
 

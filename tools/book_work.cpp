@@ -1,6 +1,7 @@
 #include "tools/book_work.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <sstream>
 
 namespace {

@@ -3,6 +3,7 @@
 // everything behind the end.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>

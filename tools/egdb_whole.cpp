@@ -1,7 +1,6 @@
 #include "tools/egdb_whole.h"
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 
 #include "base/files.h"

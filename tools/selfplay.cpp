@@ -3,19 +3,18 @@
 // not been.
 #include "tools/selfplay.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <random>
+#include <system_error>
 #include <vector>
 
 #include "core/ballots.h"
 #include "core/movegen.h"
 #include "search/getmove.h"
-#include "search/score.h"
 #include "search/search_state.h"
 #include "search/table.h"
 

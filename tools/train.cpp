@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <memory>
+#include <new>
 #include <random>
 
 #include "eval/evaluation.h"

@@ -8,8 +8,6 @@
 
 #include <array>
 #include <cstdint>
-#include <string>
-#include <vector>
 
 #include "eval/weights.h"
 #include "tools/training_set.h"

@@ -6,6 +6,7 @@
 #include "eval/evaluation.h"
 #include "search/root_search.h"
 #include "search/score.h"
+#include "search/search_state.h"
 #include "search/table.h"
 #include "tests/search/fixtures.h"
 
