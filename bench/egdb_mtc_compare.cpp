@@ -3,13 +3,14 @@
 //   egdb_mtc_compare MTC VALUES SOLVED PIECES GAMES [MATERIAL...]
 //
 // Of each material of that many pieces, or of those named, such as 0311: every position is looked up and
-// compared. Then from up to GAMES of the positions with a number, spread evenly over them, the engine chooses
-// the moves of one side by the database, the solver those of the other: the winner takes the shortest way to
-// a conversion, the loser the longest. Near the conversion, where the database has no numbers, the solver
-// moves for both. Each game must convert after just as many plies as the database told at its start, or,
-// where two moves had the same even number though their distances are one apart, one ply from that. Half of
-// the games have the colours exchanged. VALUES is the win/loss/draw database beside it, SOLVED a folder that
-// keeps solved values; what is missing there is solved first.
+// compared. Then from up to GAMES won and as many lost positions in which the database has a move to choose,
+// spread evenly over all such, the engine chooses the moves of one side by the database, the solver those of
+// the other: the winner takes the shortest way to a conversion, the loser the longest. Near the conversion,
+// where the database has no numbers, the solver moves for both. Each game must convert after just as many
+// plies as the database told at its start, or, where two moves had the same even number though their
+// distances are one apart, one ply from that. Half of the games have the colours exchanged. VALUES is the
+// win/loss/draw database beside it, SOLVED a folder that keeps solved values; what is missing there is solved
+// first.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -50,8 +51,13 @@ void print_position(const char* text, const Position& p) {
                 static_cast<unsigned long long>(p.king), p.side);
 }
 
-// Every position of the material; those with a number are added to the list.
-void compare_material(Comparison& c, const SolvedDistances& solved, std::vector<Position>& told) {
+// Positions of a material with a move to choose.
+struct Starts {
+    std::vector<Position> won, lost;
+};
+
+// Every position of the material.
+void compare_material(Comparison& c, const SolvedDistances& solved, Starts& starts) {
     const Material& m = solved.material;
     for (PositionWalk walk(m, 0);; walk.advance()) {
         for (int side = 0; side < (is_symmetric(m) ? 1 : 2); ++side) {
@@ -60,7 +66,10 @@ void compare_material(Comparison& c, const SolvedDistances& solved, std::vector<
             Position position = walk.position;
             position.side = side;
             ++c.positions;
-            if (number != NO_MTC) told.push_back(position);
+            c.told += number != NO_MTC;
+            if (distance >= MTC_THRESHOLD && distance != NO_DISTANCE)
+                (solved_value(c.set, position, side) == EGDB_WIN ? starts.won : starts.lost)
+                    .push_back(position);
             if (number == stored_mtc(distance)) continue;
             ++c.wrong;
             print_position("another number", position);
@@ -139,12 +148,12 @@ bool play_game(Comparison& c, const SolvedDistances& solved, const Position& sta
     return game.rounded ? std::abs(plies - distance) == 1 : plies == distance;
 }
 
-void play_from(Comparison& c, const SolvedDistances& solved, const std::vector<Position>& told,
+void play_from(Comparison& c, const SolvedDistances& solved, const std::vector<Position>& starts,
                int64_t games) {
-    const auto all = static_cast<int64_t>(told.size());
+    const auto all = static_cast<int64_t>(starts.size());
     games = std::min(games, all);
     for (int64_t i = 0; i < games; ++i) {
-        const Position& place = told[static_cast<size_t>(i * all / games)];
+        const Position& place = starts[static_cast<size_t>(i * all / games)];
         const Position start = i % 2 == 0 ? place : mirror_position(place);
         ++c.games;
         c.won += solved_value(c.set, start, start.side) == EGDB_WIN;
@@ -191,13 +200,13 @@ int main(int argc, char** argv) {
         if (!is_named(m, argc - 6, argv + 6)) continue;
         SolvedDistances solved;
         if (solve_distances(m, c.set, {processor_count()}, solved) != 0) return USAGE_STATUS;
-        std::vector<Position> told;
-        compare_material(c, solved, told);
-        c.told += static_cast<int64_t>(told.size());
-        play_from(c, solved, told, std::atoll(argv[5]));
+        Starts starts;
+        compare_material(c, solved, starts);
+        for (const std::vector<Position>& list : {starts.won, starts.lost})
+            play_from(c, solved, list, std::atoll(argv[5]));
         std::printf(
-            "%d%d%d%d: %lld with a number, %lld positions in all, %lld games, %lld rounded, %lld wrong\n",
-            m.bm, m.bk, m.wm, m.wk, static_cast<long long>(told.size()), static_cast<long long>(c.positions),
+            "%d%d%d%d: by now %lld with a number, %lld positions, %lld games, %lld rounded, %lld wrong\n",
+            m.bm, m.bk, m.wm, m.wk, static_cast<long long>(c.told), static_cast<long long>(c.positions),
             static_cast<long long>(c.games), static_cast<long long>(c.rounded),
             static_cast<long long>(c.wrong));
         std::fflush(stdout);
