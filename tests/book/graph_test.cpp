@@ -298,7 +298,8 @@ TEST_F(BookGraphTest, ADeeperSearchTakesThePlaceOfAnother) {
     EXPECT_EQ(graph.searched_nodes, 3000u);
 }
 
-// Of the moves without an analysis none looks better than the best one, by its distance in the short searches.
+// Of the moves without an analysis none looks better than the best one, by its distance in the short
+// searches.
 void expect_nothing_better(const BookGraph& graph, const BookNode& node) {
     const int sign = node.side == BLACK ? 1 : -1;
     const int quick_best = sign * node.edges[static_cast<size_t>(node.search_best)].quick;
