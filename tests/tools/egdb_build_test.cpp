@@ -15,6 +15,7 @@
 namespace {
 
 std::atomic<bool> never = false;
+
 EgdbBuildStatus build(const std::string& folder, int pieces, int threads = 1,
                       const std::atomic<bool>& stop = never) {
     EgdbBuildProgress progress;

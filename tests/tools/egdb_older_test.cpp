@@ -1,5 +1,5 @@
-// The older forms of databases of values: their codes, their indexes, and that they answer as the newest form
-// does.
+// The older forms of databases of values: their codes, their indexes, and that they answer as the solver does,
+// and so as the newest form.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -166,7 +166,7 @@ OpenEgdb open_older(EgdbType type, const std::string& folder, bool autoload, int
     return open_form({type, autoload, blocks, 1}, folder, 3);
 }
 
-TEST(OlderLookup, EveryPositionAsTheNewestFormHasIt) {
+TEST(OlderLookup, EveryPositionAsTheSolverHasIt) {
     for (const EgdbType type : OLDER) {
         for (const Way& way : {Way{type, true, 0, 1}, Way{type, false, 1, 17}, Way{type, false, 3, 5},
                                Way{type, false, 0, 7}}) {
