@@ -1,5 +1,5 @@
-// The older forms of databases of values: their codes, their indexes, and that they answer as the solver does,
-// and so as the newest form.
+// The older forms of databases of values: their codes, their indexes, and that they answer as the solver
+// does, and so as the newest form.
 #include <gtest/gtest.h>
 
 #include <array>
