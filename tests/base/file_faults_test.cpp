@@ -3,12 +3,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "base/file_calls.h"
 #include "base/files.h"
 #include "tests/base/faulty_files.h"
 #include "tests/base/scratch_folder.h"
@@ -87,6 +89,29 @@ TEST(ReplaceFile, ACrashAtAnyCallLeavesTheOldOrTheNewFile) {
         }
     EXPECT_EQ(crashes, 8 + 1 + 8);
     EXPECT_EQ(new_ones, 3 + 7 + 4);
+}
+
+// A signal may come in the midst of every call; here each second one is broken off by one, and the others
+// read and write little.
+TEST(ReplaceFile, InterruptionsAreNoFailures) {
+    static int calls = 0;
+    const ScratchFolder folder;
+    const std::string path = folder.file("a");
+    file_calls.write = [](int descriptor, const void* data, size_t bytes) -> ssize_t {
+        errno = EINTR;
+        return ++calls % 2 ? -1 : write(descriptor, data, std::min<size_t>(bytes, 700));
+    };
+    file_calls.read = [](int descriptor, void* data, size_t bytes) -> ssize_t {
+        errno = EINTR;
+        return ++calls % 2 ? -1 : read(descriptor, data, std::min<size_t>(bytes, 700));
+    };
+    EXPECT_EQ(replace(path, NEW), 0);
+    std::string text;
+    EXPECT_EQ(read_file(path, text), 0);
+    file_calls = system_file_calls();
+    EXPECT_EQ(text, NEW);
+    EXPECT_EQ(content_of(path), NEW);
+    EXPECT_GT(calls, 30);
 }
 
 // A process that died may have had our number.
