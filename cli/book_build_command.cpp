@@ -32,6 +32,7 @@ using Clock = std::chrono::steady_clock;
 constexpr int MAX_BOOK_JOBS = 64;
 constexpr int64_t MAX_BOOK_POSITIONS = 50000000;
 constexpr int32_t MOST_LINE_MOVES = 100;
+constexpr int32_t MOST_LINE_MARGIN = 1000;
 
 struct WorkerOptions {
     std::string weights;  // empty: those of the program
@@ -248,6 +249,12 @@ void add_growth_options(CLI::App& command, BookBuildOptions& options) {
         ->capture_default_str();
     add_nodes_option(command, "--reply-nodes", options.lines.reply_nodes,
                      "Nodes of that program's searches, in some variants half as many more");
+    command
+        .add_option("--line-margin", options.lines.margin,
+                    "Points by which a move of the book's side in lines may look worse than the best one\n"
+                    "and still be analysed")
+        ->check(CLI::Range(0, MOST_LINE_MARGIN))
+        ->capture_default_str();
     const auto add_cost = [&command](const char* name, int32_t& cost, const char* help) {
         command.add_option(name, cost, help)->check(CLI::Range(0, 1000000))->capture_default_str();
     };

@@ -79,7 +79,7 @@ void follow_line(const BookGraph& graph, const BookBuildOptions& options, const 
         const auto found = known.find({number, nodes});
         if (found == known.end() && (!own || node.searched < nodes))
             return add_task(line_tasks, graph, number, nodes);
-        const int32_t other = own ? promising_move(graph, node) : -1;
+        const int32_t other = own ? promising_move(graph, node, options.lines.margin) : -1;
         if (other >= 0)
             return add_task(line_tasks, graph, node.edges[static_cast<size_t>(other)].child, nodes);
         const int32_t index = own ? node.best : found->second;

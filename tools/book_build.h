@@ -23,6 +23,7 @@ struct BookLineOptions {
     int32_t moves = 0;     // of the book's side; 0 for no lines
     int32_t variants = 4;  // up to MOST_BOOK_VARIANTS
     uint64_t reply_nodes = 2000000;
+    int32_t margin = 0;  // points by which a move of the book's side may look worse and still be analysed
 };
 constexpr int32_t MOST_BOOK_VARIANTS = 64;
 

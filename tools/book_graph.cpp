@@ -216,8 +216,8 @@ std::vector<int32_t> nodes_to_analyse(BookGraph& graph, size_t count) {
     return chosen;
 }
 
-int32_t promising_move(const BookGraph& graph, const BookNode& node) {
-    int32_t promising = -1, most = for_mover(node, node.value);
+int32_t promising_move(const BookGraph& graph, const BookNode& node, int32_t margin) {
+    int32_t promising = -1, most = for_mover(node, node.value) - margin;
     for (int32_t i = 0; i < static_cast<int32_t>(node.edges.size()); ++i) {
         const int32_t value = likely_value(graph, node, i);
         if (i == node.best || value <= most || !can_be_analysed(child_of(graph, edge_of(node, i)))) continue;

@@ -87,9 +87,10 @@ void carry_back_values(BookGraph& graph);
 // The values must be up to date.
 std::vector<int32_t> nodes_to_analyse(BookGraph& graph, size_t count);
 
-// The move not yet analysed that looks better than the best one now does: the one that looks best, or -1.
-// There are such where deeper analyses have taken from the best move's value.
-int32_t promising_move(const BookGraph& graph, const BookNode& node);
+// Of the moves not yet analysed that look better than the best one now does, or worse by less than `margin`
+// points, the one that looks best; -1 if there is none. Better ones there are where deeper analyses have
+// taken from the best move's value.
+int32_t promising_move(const BookGraph& graph, const BookNode& node, int32_t margin);
 
 // The move after the best one: the best other move to an analysed node, if it gives away at most `margin`
 // points; -1 if there is none.

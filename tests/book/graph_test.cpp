@@ -298,26 +298,46 @@ TEST_F(BookGraphTest, ADeeperSearchTakesThePlaceOfAnother) {
     EXPECT_EQ(graph.searched_nodes, 3000u);
 }
 
-// Of the moves without an analysis none looks better than the best one, by its distance in the short
-// searches.
-void expect_nothing_better(const BookGraph& graph, const BookNode& node) {
+// By its distance in the short searches, no move without an analysis looks better than the best one, or only
+// by less than the margin worse.
+void expect_nothing_better(const BookGraph& graph, const BookNode& node, int margin) {
     const int sign = node.side == BLACK ? 1 : -1;
     const int quick_best = sign * node.edges[static_cast<size_t>(node.search_best)].quick;
     for (const BookEdge& edge : node.edges) {
         const BookNode& child = node_at(graph, edge.child);
-        if (child.analysed || !child.has_moves || child.black == 0) continue;
-        ASSERT_LE(sign * node.search_value - std::max(0, quick_best - sign * edge.quick), sign * node.value);
+        const bool is_best = &edge == &node.edges[static_cast<size_t>(node.best)];
+        if (is_best || child.analysed || !child.has_moves || child.black == 0) continue;
+        ASSERT_LE(sign * node.search_value - std::max(0, quick_best - sign * edge.quick),
+                  sign * node.value - margin);
     }
 }
 
 // Each line is followed by the test itself, by the book's moves and those that the analyst finds for the
 // opponent.
+void expect_lines(const BookGraph& graph, const BookBuildOptions& options) {
+    for (const auto& root : graph.roots) {
+        for (const int book_side : {BLACK, WHITE}) {
+            int32_t number = root.node;
+            for (int moves = 0; moves < options.lines.moves;) {
+                const BookNode& node = node_at(graph, number);
+                if (!node.has_moves) break;
+                ASSERT_TRUE(node.analysed) << root.node << ' ' << book_side << ' ' << moves;
+                const bool own = node.side == book_side;
+                if (own) expect_nothing_better(graph, node, options.lines.margin);
+                const int32_t index = own ? node.best : made_up(position_of_node(node), 20).best;
+                number = node.edges[static_cast<size_t>(index)].child;
+                moves += own;
+            }
+        }
+    }
+}
+
 TEST_F(BookGraphTest, LinesGoAsGamesDo) {
     Analyst analyst;
     BookGraph graph;
     BookBuildOptions options;
     options.positions = 200;
-    options.lines = {6, 2, 5000};
+    options.lines = {6, 2, 5000, 0};
     ASSERT_TRUE(grow_book(graph, options, {&analyst, analyse}));
     std::map<uint64_t, int> asked;
     for (const uint64_t nodes : analyst.nodes) ++asked[nodes];
@@ -326,21 +346,7 @@ TEST_F(BookGraphTest, LinesGoAsGamesDo) {
     EXPECT_GT(asked[7500], 200);
     EXPECT_GT(asked[options.deep_nodes], 400);
     EXPECT_EQ(asked.size(), 4u);
-    for (const auto& root : graph.roots) {
-        for (const int book_side : {BLACK, WHITE}) {
-            int32_t number = root.node;
-            for (int moves = 0; moves < 6;) {
-                const BookNode& node = node_at(graph, number);
-                if (!node.has_moves) break;
-                ASSERT_TRUE(node.analysed) << root.node << ' ' << book_side << ' ' << moves;
-                const bool own = node.side == book_side;
-                if (own) expect_nothing_better(graph, node);
-                const int32_t index = own ? node.best : made_up(position_of_node(node), 20).best;
-                number = node.edges[static_cast<size_t>(index)].child;
-                moves += own;
-            }
-        }
-    }
+    expect_lines(graph, options);
     Analyst again;
     BookGraph same;
     ASSERT_TRUE(grow_book(same, options, {&again, analyse}));
@@ -349,6 +355,21 @@ TEST_F(BookGraphTest, LinesGoAsGamesDo) {
     again = Analyst{};
     again.budget = 250;
     EXPECT_FALSE(grow_book(same, options, {&again, analyse})) << "stopped in the midst of the lines";
+}
+
+TEST_F(BookGraphTest, OwnMovesThatLookNearlyAsGoodAreAnalysedToo) {
+    size_t before = 0;
+    for (const int32_t margin : {0, 3, 12}) {
+        Analyst analyst;
+        BookGraph graph;
+        BookBuildOptions options;
+        options.positions = 100;
+        options.lines = {4, 2, 5000, margin};
+        ASSERT_TRUE(grow_book(graph, options, {&analyst, analyse}));
+        expect_lines(graph, options);
+        EXPECT_GT(graph.analysed.size(), before);
+        before = graph.analysed.size();
+    }
 }
 
 TEST_F(BookGraphTest, TheSecondBestMoveIsNearTheBest) {

@@ -29,7 +29,7 @@ class CliBook : public testing::Test {
 
 TEST_F(CliBook, IsTheSameWhateverTheJobsAndTheStops) {
     const std::string effort =
-        " --deep-positions 20 --deep-nodes 4000 --line-moves 1 --line-variants 2 --reply-nodes 1000";
+        " --deep-positions 20 --deep-nodes 4000 --line-moves 1 --line-variants 2 --reply-nodes 1000 --line-margin 2";
     const ProgramResult whole = build("whole.odb", 130, "--jobs 1" + effort);
     ASSERT_EQ(whole.status, 0) << whole.errors;
     int positions = 0;
