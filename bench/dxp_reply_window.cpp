@@ -11,6 +11,8 @@
 #include "book/engine_book.h"
 #include "control/search_thread.h"
 #include "control/settings.h"
+#include "dxp/connection.h"
+#include "dxp/connection_thread.h"
 #include "shell/qt/desktop.h"
 #include "tests/dxp/scripted_peer.h"
 
