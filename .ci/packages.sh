@@ -33,5 +33,5 @@ need_packages() {
 
 CONSOLE_PACKAGES="cmake ninja-build g++ libcli11-dev nlohmann-json3-dev"
 PROGRAM_PACKAGES="$CONSOLE_PACKAGES qt6-base-dev qt6-svg-dev qt6-multimedia-dev qt6-translations-l10n"
-TEST_PACKAGES="libgtest-dev libbenchmark-dev python3 xvfb openbox xdotool"
+TEST_PACKAGES="libgtest-dev libbenchmark-dev python3 xvfb openbox xdotool dpkg-dev file"
 LINT_PACKAGES="clang-format clang-tidy cppcheck"

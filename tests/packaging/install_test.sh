@@ -30,7 +30,7 @@ prefix)
     fi
     ;;
 package)
-    for tool in dpkg-deb dpkg-shlibdeps; do
+    for tool in dpkg-deb dpkg-shlibdeps file; do
         command -v $tool >/dev/null || { echo "$tool is not installed"; exit 77; }
     done
     "$(dirname "$cmake")/cpack" -G DEB --config "$build/CPackConfig.cmake" -B "$folder/package" \
