@@ -321,8 +321,12 @@ void add_limits(CLI::App& command, MatchOptions& options) {
 
 void add_starts(CLI::App& command, MatchOptions& options) {
     CLI::Option* const openings =
-        command.add_option("--openings", options.openings, "Moves of the ballots to start from")
-            ->check(CLI::IsMember({2, 3}))
+        command
+            .add_option(
+                "--openings", options.openings,
+                "Moves of the ballots to start from; 0 for the start position every time, for players\n"
+                "that do not play the same game again: with limits of time or a book")
+            ->check(CLI::IsMember({0, 2, 3}))
             ->capture_default_str();
     command
         .add_option("--endings", options.endings,

@@ -20,8 +20,9 @@ constexpr int64_t BOOK_BATCH_SHARE = 50;  // a batch is at most this fraction of
 // he has other nodes, reply_nodes or half as many more, and their order is the number of the variant, bit by
 // bit.
 struct BookLineOptions {
-    int32_t moves = 0;     // of the book's side; 0 for no lines
-    int32_t variants = 4;  // up to MOST_BOOK_VARIANTS
+    int32_t moves = 0;          // of the book's side; 0 for no lines
+    int32_t variants = 4;       // up to MOST_BOOK_VARIANTS
+    uint64_t nodes = 10000000;  // of the searches of the book's side
     uint64_t reply_nodes = 2000000;
     int32_t margin = 0;  // points by which a move of the book's side may look worse and still be analysed
 };
@@ -31,8 +32,9 @@ struct BookBuildOptions {
     int64_t positions = 20000;       // to analyse
     int64_t deep_positions = 0;      // of these, the first, which most games go through
     uint64_t nodes = 600000;         // of the search of a position
-    uint64_t deep_nodes = 10000000;  // of one of the first, and of the book's side in a line
-    BookLineOptions lines;
+    uint64_t deep_nodes = 10000000;  // of one of the first
+    BookLineOptions lines;           // from all roots
+    BookLineOptions start_lines;     // behind those, from the start position alone, where most games begin
     BookCosts costs;
     int32_t ballot_cost = 8;    // of the ballots as roots; that of the start position is 0
     int32_t second_margin = 4;  // points that a second-best move may give away

@@ -134,6 +134,7 @@ PairStatus play_game(const Position& start, size_t number, const MatchPlayers& p
 bool is_even(const Position& position) { return settled_lead(position) == 0; }
 
 std::vector<Position> match_starts(int ballot_moves, uint64_t seed, int64_t pairs) {
+    if (ballot_moves == 0) return std::vector<Position>(static_cast<size_t>(pairs), START_POSITION);
     Random random(seed);
     std::set<Sets> seen;
     const std::vector<Position> ballots = shuffled_ballots(random, ballot_moves, seen);

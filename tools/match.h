@@ -19,7 +19,8 @@
 constexpr int PLAYER_A = 0;
 constexpr int PLAYER_B = 1;
 
-// The start positions of so many pairs.
+// The start positions of so many pairs. With ballots of no moves all are the start position, for players that
+// do not answer alike every time.
 std::vector<Position> match_starts(int ballot_moves, uint64_t seed, int64_t pairs);
 
 // The same from random endings with so many pieces, as many of each side and at least two. Half of them have

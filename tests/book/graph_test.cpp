@@ -312,24 +312,30 @@ void expect_nothing_better(const BookGraph& graph, const BookNode& node, int mar
     }
 }
 
-// Each line is followed by the test itself, by the book's moves and those that the analyst finds for the
-// opponent.
-void expect_lines(const BookGraph& graph, const BookBuildOptions& options) {
-    for (const auto& root : graph.roots) {
-        for (const int book_side : {BLACK, WHITE}) {
-            int32_t number = root.node;
-            for (int moves = 0; moves < options.lines.moves;) {
-                const BookNode& node = node_at(graph, number);
-                if (!node.has_moves) break;
-                ASSERT_TRUE(node.analysed) << root.node << ' ' << book_side << ' ' << moves;
-                const bool own = node.side == book_side;
-                if (own) expect_nothing_better(graph, node, options.lines.margin);
-                const int32_t index = own ? node.best : made_up(position_of_node(node), 20).best;
-                number = node.edges[static_cast<size_t>(index)].child;
-                moves += own;
-            }
+// Each line from a root is followed by the test itself, by the book's moves and those that the analyst finds
+// for the opponent.
+void expect_lines(const BookGraph& graph, int32_t root, const BookLineOptions& options) {
+    for (const int book_side : {BLACK, WHITE}) {
+        int32_t number = root;
+        for (int moves = 0; moves < options.moves;) {
+            const BookNode& node = node_at(graph, number);
+            if (!node.has_moves) break;
+            ASSERT_TRUE(node.analysed) << root << ' ' << book_side << ' ' << moves;
+            const bool own = node.side == book_side;
+            if (own) expect_nothing_better(graph, node, options.margin);
+            const int32_t index = own ? node.best : made_up(position_of_node(node), 20).best;
+            number = node.edges[static_cast<size_t>(index)].child;
+            moves += own;
         }
     }
+}
+
+void expect_all_lines(const BookGraph& graph, const BookBuildOptions& options) {
+    for (const auto& root : graph.roots) expect_lines(graph, root.node, options.lines);
+}
+
+BookLineOptions short_lines(int32_t moves, int32_t margin) {
+    return {.moves = moves, .variants = 2, .nodes = 90000, .reply_nodes = 5000, .margin = margin};
 }
 
 TEST_F(BookGraphTest, LinesGoAsGamesDo) {
@@ -337,16 +343,16 @@ TEST_F(BookGraphTest, LinesGoAsGamesDo) {
     BookGraph graph;
     BookBuildOptions options;
     options.positions = 200;
-    options.lines = {6, 2, 5000, 0};
+    options.lines = short_lines(6, 0);
     ASSERT_TRUE(grow_book(graph, options, {&analyst, analyse}));
     std::map<uint64_t, int> asked;
     for (const uint64_t nodes : analyst.nodes) ++asked[nodes];
     EXPECT_EQ(asked[options.nodes], 200);
     EXPECT_GT(asked[5000], 200);
     EXPECT_GT(asked[7500], 200);
-    EXPECT_GT(asked[options.deep_nodes], 400);
+    EXPECT_GT(asked[90000], 400);
     EXPECT_EQ(asked.size(), 4u);
-    expect_lines(graph, options);
+    expect_all_lines(graph, options);
     Analyst again;
     BookGraph same;
     ASSERT_TRUE(grow_book(same, options, {&again, analyse}));
@@ -357,6 +363,22 @@ TEST_F(BookGraphTest, LinesGoAsGamesDo) {
     EXPECT_FALSE(grow_book(same, options, {&again, analyse})) << "stopped in the midst of the lines";
 }
 
+TEST_F(BookGraphTest, LinesFromTheStartGoFurtherIfAskedTo) {
+    Analyst analyst;
+    BookGraph graph;
+    BookBuildOptions options;
+    options.positions = 100;
+    options.lines = short_lines(1, 0);
+    options.start_lines = short_lines(15, 0);
+    options.start_lines.nodes = 110000;
+    ASSERT_TRUE(grow_book(graph, options, {&analyst, analyse}));
+    expect_lines(graph, graph.roots[0].node, options.start_lines);
+    const auto in_start_lines = std::count(analyst.nodes.begin(), analyst.nodes.end(), 110000u);
+    EXPECT_GE(in_start_lines, 2 * options.start_lines.moves);
+    EXPECT_LT(in_start_lines, std::ssize(graph.roots) * options.start_lines.moves)
+        << "the others' go no further";
+}
+
 TEST_F(BookGraphTest, OwnMovesThatLookNearlyAsGoodAreAnalysedToo) {
     size_t before = 0;
     for (const int32_t margin : {0, 3, 12}) {
@@ -364,9 +386,9 @@ TEST_F(BookGraphTest, OwnMovesThatLookNearlyAsGoodAreAnalysedToo) {
         BookGraph graph;
         BookBuildOptions options;
         options.positions = 100;
-        options.lines = {4, 2, 5000, margin};
+        options.lines = short_lines(4, margin);
         ASSERT_TRUE(grow_book(graph, options, {&analyst, analyse}));
-        expect_lines(graph, options);
+        expect_all_lines(graph, options);
         EXPECT_GT(graph.analysed.size(), before);
         before = graph.analysed.size();
     }

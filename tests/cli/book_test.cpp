@@ -29,7 +29,9 @@ class CliBook : public testing::Test {
 
 TEST_F(CliBook, IsTheSameWhateverTheJobsAndTheStops) {
     const std::string effort =
-        " --deep-positions 20 --deep-nodes 4000 --line-moves 1 --line-variants 2 --reply-nodes 1000 --line-margin 2";
+        " --deep-positions 20 --deep-nodes 4000 --line-moves 1 --line-nodes 4000 --line-variants 2 "
+        "--line-reply-nodes 1000 --line-margin 2 "
+        "--start-line-moves 2 --start-line-nodes 6000 --start-line-variants 2 --start-line-reply-nodes 1000";
     const ProgramResult whole = build("whole.odb", 130, "--jobs 1" + effort);
     ASSERT_EQ(whole.status, 0) << whole.errors;
     int positions = 0;
@@ -53,7 +55,7 @@ TEST_F(CliBook, AnInterruptedBuildIsGoneOnWith) {
     const std::string deep =
         "build a.odb --hash 1 --positions 66 --nodes 2000 --quick-nodes 200 --jobs 2 "
         "--deep-positions 66 --deep-nodes ";
-    const std::string endless = deep + "1000000000 --work work.txt";
+    const std::string endless = deep + "100000000 --work work.txt";
     RunningProgram program("book " + endless, folder.path);
     ASSERT_TRUE(wait_for_text(folder.path / "work.txt", "opening book work"));
     program.interrupt();

@@ -18,7 +18,7 @@ import time
 GAME = "32-28 19-23 28x19 14x23 33-28 23x32 37x28 10-14"
 BUILDS = {
     "book": ["book", "build", "b.odb", "--work", "b.work", "--positions", "300", "--nodes", "20000", "--jobs", "2",
-             "--deep-nodes", "20000", "--reply-nodes", "10000", "--line-moves", "1"],
+             "--deep-nodes", "20000", "--line-nodes", "20000", "--line-reply-nodes", "10000", "--line-moves", "1"],
     "database": ["egdb", "build", "db", "--pieces", "3", "--threads", "2"],
     "selfplay": ["selfplay", "--out", "games.bin", "--games", "60", "--depth", "3", "--seed", "5"],
 }

@@ -71,6 +71,7 @@ TEST(MatchStarts, TheSeedDecidesThem) {
     const std::vector<Sets> fewer = sets_of(match_starts(3, 5, 400));
     EXPECT_TRUE(std::equal(fewer.begin(), fewer.end(), starts.begin()));
     EXPECT_TRUE(match_starts(3, 5, 0).empty());
+    EXPECT_EQ(sets_of(match_starts(0, 5, 3)), sets_of(std::vector<Position>(3, START_POSITION)));
 }
 
 TEST(MatchStarts, EndingsAreEvenAndQuietAndAllDifferent) {
