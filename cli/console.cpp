@@ -42,6 +42,12 @@ void print_error(const char* format, va_list arguments) {
     std::fputc('\n', stderr);
 }
 
+void print_line(const char* format, va_list arguments) {
+    std::vprintf(format, arguments);
+    std::putchar('\n');
+    std::fflush(stdout);
+}
+
 void fail(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);

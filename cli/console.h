@@ -21,6 +21,8 @@ void fail(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 // The line of `fail` without a change of the status.
 void print_error(const char* format, va_list arguments);
+// One line on standard output, seen at once.
+void print_line(const char* format, va_list arguments);
 
 // Comes up as every front end does: enters the program's folder, takes a number among the running copies,
 // empties the log in the data folder and starts the engine. False if it cannot run, which has been told.

@@ -28,10 +28,8 @@ __attribute__((format(printf, 1, 2))) void tell(const char* format, ...) {
     show_progress("");
     va_list arguments;
     va_start(arguments, format);
-    std::vprintf(format, arguments);
+    print_line(format, arguments);
     va_end(arguments);
-    std::putchar('\n');
-    std::fflush(stdout);
 }
 
 __attribute__((format(printf, 1, 2))) void tell_problem(const char* format, ...) {

@@ -18,7 +18,7 @@ struct OpenOptions {
     EgdbLimits limits;
 };
 
-void print_line(const char* text) { std::fputs(text, stdout); }
+void print_text(const char* text) { std::fputs(text, stdout); }
 
 void print_files(const EgdbDatabase& database) {
     for (int32_t i = 0; i < database.file_count; ++i) {
@@ -38,7 +38,7 @@ void run_open(const OpenOptions& options) {
         return fail("no database in %s", options.folder.c_str());
     std::printf("found type %d, pieces %d\n", static_cast<int>(type), pieces);
     const OpenEgdb driver =
-        egdb_open(options_text(options.limits).c_str(), options.cache_mb, options.folder, print_line);
+        egdb_open(options_text(options.limits).c_str(), options.cache_mb, options.folder, print_text);
     if (!driver) return fail("the database in %s cannot be opened", options.folder.c_str());
     if (driver->type != EGDB_MTC) print_files(wld_database(*driver));
     int32_t most = 0, one_side = 0, kings_of_nine = 0, kings_of_eight = 0;

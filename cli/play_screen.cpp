@@ -122,10 +122,8 @@ void say(const char* format, ...) {
     begin_output();
     va_list arguments;
     va_start(arguments, format);
-    std::vprintf(format, arguments);
+    print_line(format, arguments);
     va_end(arguments);
-    std::putchar('\n');
-    std::fflush(stdout);
 }
 
 void complain(const char* format, ...) {

@@ -1,9 +1,7 @@
 #include "control/search_thread.h"
 
-#include <system_error>
-#include <thread>
-
 #include "base/clock.h"
+#include "base/detached_thread.h"
 #include "control/game_clock.h"
 #include "control/search_phase.h"
 #include "control/ui.h"
@@ -12,15 +10,6 @@
 SearchThread& search_thread = *new SearchThread;
 
 namespace {
-
-bool make_detached_thread(void (*body)()) {
-    try {
-        std::thread(body).detach();
-        return true;
-    } catch (const std::system_error&) {
-        return false;
-    }
-}
 
 // Searches for a predicted reply write to a buffer of their own, which nobody is shown.
 void publish_search_text(const char* text) {
@@ -66,8 +55,9 @@ void start_search_thread() {
     SearchThread& t = search_thread;
     if (t.running.load(std::memory_order_relaxed)) return;
     search_text_listener = publish_search_text;
-    const auto make_thread = t.make_thread ? t.make_thread : make_detached_thread;
-    t.running.store(make_thread(search_thread_body), std::memory_order_relaxed);
+    const bool made =
+        t.make_thread ? t.make_thread(search_thread_body) : start_detached_thread(search_thread_body);
+    t.running.store(made, std::memory_order_relaxed);
     if (!t.running.load(std::memory_order_relaxed))
         ui.message_box("Cannot create search thread", "Error", ICON_ERROR);
 }

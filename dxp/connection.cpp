@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <string_view>
 #include <system_error>
-#include <thread>
 
+#include "base/detached_thread.h"
 #include "base/log.h"
 #include "control/program_flags.h"
 
@@ -13,18 +13,11 @@ namespace {
 
 constexpr size_t RECEIVE_BYTES = 299;
 
-bool make_detached_thread(void (*body)(std::shared_ptr<DxpLink>), std::shared_ptr<DxpLink> link) {
-    try {
-        std::thread(body, std::move(link)).detach();
-        return true;
-    } catch (const std::system_error&) {
-        return false;
-    }
-}
-
 DxpConnection& make_connection() {
     DxpConnection& connection = *new DxpConnection;
-    connection.make_thread = make_detached_thread;
+    connection.make_thread = [](void (*body)(std::shared_ptr<DxpLink>), std::shared_ptr<DxpLink> link) {
+        return start_detached_thread([body, link] { body(link); });
+    };
     connection.post_event = [](int32_t, int32_t) {};
     return connection;
 }

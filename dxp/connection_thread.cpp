@@ -2,9 +2,9 @@
 
 #include <chrono>
 #include <string>
-#include <system_error>
 #include <thread>
 
+#include "base/detached_thread.h"
 #include "control/game.h"
 #include "control/panes.h"
 #include "control/program_flags.h"
@@ -94,15 +94,6 @@ void leave_game() {
     set_gui_mode(NORMAL_MODE);
 }
 
-bool make_detached_thread(void (*body)()) {
-    try {
-        std::thread(body).detach();
-        return true;
-    } catch (const std::system_error&) {
-        return false;
-    }
-}
-
 }  // namespace
 
 DxpMenuState dxp_menu_state(int32_t connection_state, int32_t gui_mode) {
@@ -122,9 +113,9 @@ DxpMenuState dxp_menu_state() {
 void start_connection_thread() {
     DxpConnection& connection = dxp_connection;
     if (connection.connection_thread_runs) return;
-    const auto make_thread =
-        connection.make_connection_thread ? connection.make_connection_thread : make_detached_thread;
-    connection.connection_thread_runs = make_thread(connection_thread_body);
+    connection.connection_thread_runs = connection.make_connection_thread
+                                            ? connection.make_connection_thread(connection_thread_body)
+                                            : start_detached_thread(connection_thread_body);
     if (!connection.connection_thread_runs)
         ui.message_box("Cannot create connection thread", "Error", ICON_ERROR);
     else if (program_flags.server_mode)

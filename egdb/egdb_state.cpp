@@ -3,9 +3,9 @@
 #include <chrono>
 #include <mutex>
 #include <new>
-#include <system_error>
 #include <thread>
 
+#include "base/detached_thread.h"
 #include "egdb/egdb_log.h"
 #include "egdb/egdb_open.h"
 #include "egdb/engine_egdb.h"
@@ -118,12 +118,7 @@ void init_with_new_log(const DatabaseOptions& options, int32_t maxpieces,
 }
 
 bool init_on_its_own_thread(const DatabaseOptions& options, int32_t maxpieces) {
-    try {
-        std::thread([options, maxpieces] { init_with_new_log(options, maxpieces, nullptr); }).detach();
-        return true;
-    } catch (const std::system_error&) {
-        return false;
-    }
+    return start_detached_thread([options, maxpieces] { init_with_new_log(options, maxpieces, nullptr); });
 }
 
 void take_over() {

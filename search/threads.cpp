@@ -1,9 +1,8 @@
 #include "search/threads.h"
 
 #include <algorithm>
-#include <system_error>
-#include <thread>
 
+#include "base/detached_thread.h"
 #include "base/system_info.h"
 #include "egdb/egdb_state.h"
 #include "search/engine_settings.h"
@@ -22,14 +21,9 @@ int created = 1;
 bool create_worker(ThreadRecord& record) {
     record.sleeping.store(true, std::memory_order_relaxed);
     record.idle.store(true, std::memory_order_relaxed);
-    try {
-        // Detached: nothing ends a worker but the end of the process. All that it touches while it sleeps
-        // needs no destruction.
-        std::thread([&record] { idle_loop(record, nullptr); }).detach();
-    } catch (const std::system_error&) {
-        return false;
-    }
-    return true;
+    // Detached: nothing ends a worker but the end of the process. All that it touches while it sleeps needs
+    // no destruction.
+    return start_detached_thread([&record] { idle_loop(record, nullptr); });
 }
 
 }  // namespace

@@ -1,32 +1,14 @@
 // The desktop program as a process of its own: how it starts, and how it ends where it cannot.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <chrono>
-#include <cstdio>
 #include <filesystem>
 #include <memory>
 
+#include "tests/base/run_command.h"
 #include "tests/base/scratch_folder.h"
 
 namespace {
-
-struct Result {
-    int status = -1;
-    std::string output;  // standard output and error
-};
-
-Result run(const std::string& command) {
-    Result result;
-    FILE* const pipe = popen((command + " 2>&1").c_str(), "r");
-    if (!pipe) return result;
-    char buffer[4096];
-    for (size_t bytes; (bytes = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-        result.output.append(buffer, bytes);
-    const int status = pclose(pipe);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
-}
 
 class Start : public testing::Test {
   protected:
@@ -45,9 +27,10 @@ class Start : public testing::Test {
 
     // Runs the program until it has headed its log, for a minute at most, and ends it from outside: 143 if it
     // ran until then.
-    Result run_until_started(const std::string& program) const {
-        return run(program + " & program=$!; for i in $(seq 600); do grep -q '^MTC directory' '" + log() +
-                   "' 2>/dev/null && break; sleep 0.1; done; kill -TERM $program; wait $program");
+    CommandResult run_until_started(const std::string& program) const {
+        return run_command(program + " & program=$!; for i in $(seq 600); do grep -q '^MTC directory' '" +
+                           log() +
+                           "' 2>/dev/null && break; sleep 0.1; done; kill -TERM $program; wait $program");
     }
 
     ScratchFolder home;
@@ -57,7 +40,7 @@ class Start : public testing::Test {
 }  // namespace
 
 TEST_F(Start, WithoutADisplayItSaysSo) {
-    const Result result = run(PROGRAM);
+    const CommandResult result = run_command(PROGRAM);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(
         result.output,
@@ -67,7 +50,7 @@ TEST_F(Start, WithoutADisplayItSaysSo) {
 
 TEST_F(Start, ADisplayThatIsNotThereIsNamed) {
     environment.set("DISPLAY", ":987");
-    const Result result = run(PROGRAM);
+    const CommandResult result = run_command(PROGRAM);
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(result.output.starts_with("tessarin: there is no display to open a window on: "));
     EXPECT_NE(result.output.find(":987"), std::string::npos) << result.output;
@@ -75,14 +58,14 @@ TEST_F(Start, ADisplayThatIsNotThereIsNamed) {
 
 TEST_F(Start, AnUnknownPlatformIsNamed) {
     environment.set("QT_QPA_PLATFORM", "nosuchplatform");
-    const Result result = run(PROGRAM);
+    const CommandResult result = run_command(PROGRAM);
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.output.find("nosuchplatform"), std::string::npos) << result.output;
 }
 
 TEST_F(Start, RunsWithTheDataFilesBesideIt) {
     environment.set("QT_QPA_PLATFORM", "offscreen");
-    const Result result = run_until_started(PROGRAM);
+    const CommandResult result = run_until_started(PROGRAM);
     EXPECT_EQ(result.status, 143) << result.output;
     const std::string text = content_of(log());
     EXPECT_NE(text.find("engine: Tessarin International(x64) 1.60b\n"), std::string::npos) << text;
@@ -96,13 +79,13 @@ TEST_F(Start, RunsWithoutAnyOtherFileButTheWeights) {
     std::filesystem::copy_file(PROGRAM, folder + "tessarin");
     std::filesystem::copy_file(std::filesystem::path(PROGRAM).parent_path() / "weights.bin",
                                folder + "weights.bin");
-    const Result result = run_until_started(folder + "tessarin");
+    const CommandResult result = run_until_started(folder + "tessarin");
     EXPECT_EQ(result.status, 143) << result.output;
     EXPECT_NE(content_of(log()).find("engine: "), std::string::npos);
 }
 
 // The option of the platform that begins with the same letters is not ours.
 TEST_F(Start, OptionsOfTheToolkitAreItsOwn) {
-    const Result result = run_until_started(PROGRAM " -platform offscreen -style Fusion");
+    const CommandResult result = run_until_started(PROGRAM " -platform offscreen -style Fusion");
     EXPECT_EQ(result.status, 143) << result.output;
 }

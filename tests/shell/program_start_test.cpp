@@ -1,10 +1,9 @@
 // The console program as it comes up: its log, its folders, and what it leaves alone.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdio>
 #include <memory>
 
+#include "tests/base/run_command.h"
 #include "tests/base/scratch_folder.h"
 #include "tests/control/settings_images.h"
 
@@ -13,21 +12,8 @@ namespace {
 constexpr const char* BELOW = "Quillorn/Tessarin International/";
 constexpr const char* SEARCH = " search W:W31,32,K46:B1,K2 --depth 3";
 
-struct Result {
-    int status = -1;
-    std::string output;  // standard output and error
-};
-
-Result run(const std::string& command, const std::string& folder) {
-    Result result;
-    FILE* const pipe = popen(("cd '" + folder + "' && " + command + " 2>&1").c_str(), "r");
-    if (!pipe) return result;
-    char buffer[4096];
-    for (size_t bytes; (bytes = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-        result.output.append(buffer, bytes);
-    const int status = pclose(pipe);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
+CommandResult run(const std::string& command, const std::string& folder) {
+    return run_command("cd '" + folder + "' && " + command);
 }
 
 class ProgramStart : public testing::Test {
@@ -58,17 +44,17 @@ TEST_F(ProgramStart, TheLogIsInTheDataFolderAndNew) {
 }
 
 TEST_F(ProgramStart, PerftStartsNothing) {
-    const Result result = run(std::string(PROGRAM) + " perft 2", home.path);
+    const CommandResult result = run(std::string(PROGRAM) + " perft 2", home.path);
     EXPECT_EQ(result.status, 0);
     EXPECT_NE(result.output.find("perft(2) 81 nodes"), std::string::npos);
     EXPECT_EQ(entries_of(home.path), 0u);
 }
 
 TEST_F(ProgramStart, RunsWhereNothingCanBeWritten) {
-    const Result normal = run(std::string(PROGRAM) + SEARCH, home.path);
+    const CommandResult normal = run(std::string(PROGRAM) + SEARCH, home.path);
     for (const char* variable : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR"})
         environment.set(variable, "/dev/null/nowhere");
-    const Result result = run(std::string(PROGRAM) + SEARCH, home.path);
+    const CommandResult result = run(std::string(PROGRAM) + SEARCH, home.path);
     EXPECT_EQ(result.status, 0);
     const auto last = [](const std::string& text) { return text.substr(text.rfind("best ")); };
     EXPECT_EQ(last(result.output), last(normal.output));
@@ -96,14 +82,14 @@ TEST_F(ProgramStart, BuildFoldersKeepTheCurrentFolder) {
         const std::string program = home.file(name) + "/tessarin-cli";
         std::filesystem::create_directory(home.file(name));
         std::filesystem::copy_file(PROGRAM, program);
-        const Result away = run(program + SEARCH, home.path);
+        const CommandResult away = run(program + SEARCH, home.path);
         EXPECT_EQ(away.status, 1) << name;
         const std::string folder = build_folder ? "./" : home.file(name) + "/";
         EXPECT_NE(away.output.find("Cannot open weights.bin for reading in " + folder + "\n"),
                   std::string::npos)
             << away.output;
         EXPECT_EQ(content_of(log()), "Cannot open weights.bin for reading\n");
-        const Result at_the_weights = run(program + SEARCH, beside.string());
+        const CommandResult at_the_weights = run(program + SEARCH, beside.string());
         EXPECT_EQ(at_the_weights.status, build_folder ? 0 : 1) << name;
     }
 }
