@@ -183,14 +183,6 @@ TEST(CliWeights, SeedWritesAWholeFile) {
     expect_one_line_error(run_program("weights seed --out /nowhere/at/all/weights.bin"), "cannot write");
 }
 
-// The program in a folder of its own, where the weights can be missing or damaged.
-struct ProgramCopy {
-    TemporaryFolder folder;
-    std::string program;
-
-    ProgramCopy() : program(folder.path / "tessarin-cli") { std::filesystem::copy_file(PROGRAM, program); }
-};
-
 TEST(CliStart, TellsThatTheWeightsAreMissing) {
     const ProgramCopy copy;
     for (const char* command : {"search W:W31:B1", "inspect W:W31:B1", "bench"}) {

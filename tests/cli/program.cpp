@@ -60,6 +60,10 @@ std::string read_text(const std::filesystem::path& path) {
     return text.str();
 }
 
+ProgramCopy::ProgramCopy() : program(folder.path / "tessarin-cli") {
+    std::filesystem::copy_file(PROGRAM, program);
+}
+
 RunningProgram::RunningProgram(const std::string& arguments, const std::filesystem::path& folder) {
     // The shell becomes the program, so that the interrupt reaches it.
     const std::vector<std::string> shell = {"sh", "-c",

@@ -38,6 +38,14 @@ struct TemporaryFolder {
 
 std::string read_text(const std::filesystem::path& path);
 
+// The program in a folder of its own, where the files that belong to it are missing, or others.
+struct ProgramCopy {
+    TemporaryFolder folder;
+    std::string program;
+
+    ProgramCopy();
+};
+
 // The program while somebody sits before it: lines are typed when others have been read, and the interrupt
 // key is pressed when the program is known to be at work.
 struct RunningProgram {
