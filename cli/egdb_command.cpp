@@ -178,7 +178,6 @@ void probe_line(EgdbDatabase& database, const EgdbDriver* mtc, const std::string
 }
 
 void run_probe(const ProbeOptions& options) {
-    catch_interrupt();
     const auto database = open_database(options.folder);
     if (!database) return;
     OpenEgdb mtc;
@@ -189,7 +188,7 @@ void run_probe(const ProbeOptions& options) {
     }
     if (options.fen != "-") return probe_line(*database, mtc.get(), options.fen);
     std::string line;
-    while (!interrupted && std::getline(std::cin, line)) {
+    while (std::getline(std::cin, line)) {
         const size_t end = line.find_last_not_of(" \t\r");
         if (end == std::string::npos) continue;
         line.resize(end + 1);
@@ -210,16 +209,16 @@ void add_samples_of(const SolvedSet& set, int pieces, std::vector<DesignSample>&
         add_design_samples(*find_solved(set, m), stride, passed, samples);
 }
 
-// Solves the endings and designs the catalogues for them.
+// Solves the endings and designs the catalogues for them. Until all is done nothing is written, so that an
+// interrupt may end it anywhere.
 void run_catalogues(const std::string& out, int pieces, int threads) {
-    catch_interrupt();
     SolvedSet set;
     std::vector<DesignSample> samples;
-    const SolveControl control{threads, &interrupted, nullptr};
+    const SolveControl control{threads, nullptr, nullptr};
     for (int n = 2; n <= pieces; ++n) {
         show_progress("solving " + std::to_string(n) + " pieces");
         for (const Material& m : solving_order(n))
-            if (solve_material(m, set, control) != 0) return fail("stopped, or not enough memory");
+            if (solve_material(m, set, control) != 0) return fail("not enough memory");
         if (n > 2) add_samples_of(set, n, samples);
     }
     show_progress("designing catalogues");

@@ -120,7 +120,7 @@ void run_inspect(const std::string& fen, EgdbChoice& choice) {
                          open_folder(chosen_mtc_folder(choice, true), MTC_CACHE_MB)};
     if (fen != "-") return inspect_line(fen, open);
     std::string line;
-    while (!interrupted && std::getline(std::cin, line))
+    while (std::getline(std::cin, line))
         if (line.find_first_not_of(" \t\r") != std::string::npos) inspect_line(line, open);
 }
 

@@ -19,7 +19,8 @@ void add_design_samples(const SolvedMaterial& solved, int64_t stride, int64_t& p
                         std::vector<DesignSample>& samples);
 
 // All 50. The catalogues of four symbols are designed for the same samples with the positions that are never
-// looked up as a value of their own, which is as near as win/loss/draw data comes to having unknown values.
+// looked up as a value of their own, which is as near as win/loss/draw data comes to having unknown values;
+// their planes are taken away for it.
 std::vector<Catalogue256> design_all_catalogues(std::vector<DesignSample>& samples, int turns, int threads,
                                                 const std::function<void(int turn, int64_t bytes)>& report);
 
