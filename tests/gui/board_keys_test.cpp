@@ -165,6 +165,15 @@ TEST_F(BoardKeys, SetupTakesBothButtons) {
     EXPECT_EQ(fen_now(), "W:W20,28,32:B1,25");
 }
 
+TEST_F(BoardKeys, InAGameShiftChangesNoClick) {
+    type("32 28");
+    key(Qt::Key_Return, Qt::ShiftModifier);
+    EXPECT_EQ(game.history_count, 2);
+    for (const Qt::Key which : {Qt::Key_Up, Qt::Key_Up}) key(which);
+    key(Qt::Key_Space, Qt::ShiftModifier);
+    EXPECT_EQ(marks_now(), Marks{23}) << "the cursor's click counts too";
+}
+
 TEST_F(BoardKeys, NothingIsTakenWhileTheEngineHasTheMove) {
     game.gui_mode = NORMAL_MODE;
     type("32");

@@ -81,6 +81,35 @@ TEST_F(BoardMoves, CaptureMarksStartAndEnd) {
     EXPECT_EQ(tinted(), (Squares{14, 32}));
 }
 
+// Taken all round, the square it began on is marked as any other that a piece has come to.
+TEST_F(BoardMoves, ASquareThatAMoveBeginsAndEndsOnIsMarkedOnce) {
+    const auto corner = [this](int square) { return drawn_square(square).copy(0, 0, 4, 4); };
+    set_position("W:W48:B1");
+    click(48);
+    click(43);
+    ASSERT_EQ(tinted(), (Squares{43, 48}));
+    const QImage arrived = corner(43);
+    set_position("W:W43:B1,28,29,38,39");
+    click(43);
+    ASSERT_EQ(fen_now(), "B:W43:B1");
+    EXPECT_EQ(tinted(), Squares{43});
+    EXPECT_EQ(corner(43), arrived);
+}
+
+TEST_F(BoardMoves, TheMarkLiesBelowThePiece) {
+    const auto middle_of = [this](int square) {
+        const QImage drawn = drawn_square(square);
+        return drawn.pixel(drawn.width() / 2, drawn.height() / 2);
+    };
+    set_position("W:W48:B1");
+    board->redraw();
+    const QRgb piece = middle_of(48);
+    click(48);
+    click(43);
+    ASSERT_EQ(tinted(), (Squares{43, 48}));
+    EXPECT_EQ(middle_of(43), piece);
+}
+
 // ---- slides ----
 
 TEST_F(BoardMoves, PieceSlidesAndArrives) {
@@ -100,6 +129,25 @@ TEST_F(BoardMoves, PieceSlidesAndArrives) {
     board->show_slides(false);
     board->redraw();
     EXPECT_EQ(late, drawn_square(32));
+}
+
+TEST_F(BoardMoves, PieceIsHalfWayAfterHalfTheTime) {
+    for (const int inverted : {0, 1}) {
+        settings.board_inverted = inverted;
+        set_position("W:W32:B1");
+        board->show_slides(false);
+        board->redraw();
+        board->show_slides(true);
+        click(32);
+        click(28);
+        ASSERT_TRUE(board->is_sliding());
+        let_pass(FIRST_SLIDE_MS / 2);
+        const QPoint half_way = (middle(32) + middle(28)) / 2;
+        for (const QPoint& at : {half_way, middle(32), middle(28)}) {
+            const int brightness = qGray(drawn_at(QRect(at, QSize(2, 2))).pixel(0, 0));
+            EXPECT_EQ(brightness > 170, at == half_way) << inverted << " " << at.x() << " " << at.y();
+        }
+    }
 }
 
 TEST_F(BoardMoves, TakenPiecesFade) {
@@ -168,12 +216,13 @@ TEST_F(BoardMoves, MoreThanOneMoveDoesNotSlide) {
     move_in_game_history(3);
     EXPECT_FALSE(board->is_sliding()) << "two moves forward";
     set_gui_mode(SETUP_MODE);
-    Position after = game.board;
-    set_board(after, WHITE);
+    set_board(START_POSITION, WHITE);
     board->redraw();
-    game.board.white = (game.board.white & ~mask_of_square[32]) | mask_of_square[28];
+    Position after = START_POSITION;
+    after.white = (after.white & ~mask_of_square[32]) | mask_of_square[28];
+    set_board(after, BLACK);
     board->redraw();
-    EXPECT_FALSE(board->is_sliding()) << "what is set up does not slide";
+    EXPECT_FALSE(board->is_sliding()) << "what is set up does not slide, though 33-29 is a move";
 }
 
 TEST_F(BoardMoves, SlidesCanBeSwitchedOff) {

@@ -104,6 +104,26 @@ TEST_F(BoardView, NumbersStandInTheLowerRightCornerOfDarkSquares) {
     }
 }
 
+// The shadow to the lower right is there on every square, the one all around only where it is needed.
+TEST_F(BoardView, NumbersHaveAShadowAllAroundWhereTheyLieOnAWhitePiece) {
+    const auto number_of = [this](const char* fen) {
+        set_position(fen);
+        settings.square_numbers = 0;
+        board->redraw();
+        const QImage plain = drawn_square(27);
+        settings.square_numbers = 1;
+        board->redraw();
+        return difference(plain, drawn_square(27));
+    };
+    for (const int size : {30, 60}) {
+        board->resize(size * BOARD_ROWS, size * BOARD_ROWS);
+        const QRect on_black = number_of("W:W31:B27"), on_white = number_of("W:W27:B1");
+        ASSERT_FALSE(on_black.isEmpty());
+        EXPECT_EQ(on_white.top() < on_black.top(), size == 30) << size;
+        EXPECT_EQ(on_white.left() < on_black.left(), size == 30) << size;
+    }
+}
+
 TEST_F(BoardView, MarksAreTwoNestedWhiteFrames) {
     set_position("W:W32:B1");
     add_highlight(27);
@@ -240,6 +260,25 @@ TEST_F(BoardView, DragBackToItsSquareIsAClick) {
     EXPECT_EQ(marks_now(), Marks{32});
     click(28);
     EXPECT_EQ(game.history_count, 2);
+}
+
+TEST_F(BoardView, AHandThatShakesDragsNothing) {
+    // Two pixels from the square that is pressed to the light one beside it.
+    const QPoint edge(square_rect(32).right(), middle(32).y());
+    press(edge);
+    move_mouse(edge + QPoint(2, 0));
+    release(edge + QPoint(2, 0));
+    EXPECT_EQ(marks_now(), Marks{32});
+}
+
+TEST_F(BoardView, DragEndsWhenTheBoardChangesItsSize) {
+    press(32);
+    move_mouse(28);
+    board->resize(SIZE * BOARD_ROWS / 2, SIZE * BOARD_ROWS / 2);
+    move_mouse(28);
+    release(28);
+    EXPECT_EQ(game.history_count, 1);
+    EXPECT_EQ(marks_now(), Marks{32});
 }
 
 TEST_F(BoardView, PressThatPlayedMakesNoSecondClickAtTheRelease) {

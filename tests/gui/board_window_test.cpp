@@ -155,6 +155,20 @@ TEST_F(BoardFrame, DraggedBordersKeepItSquare) {
     EXPECT_EQ(window->pos(), third.topLeft());
 }
 
+TEST_F(BoardFrame, SettlesWhenTheBorderIsLetGo) {
+    QTest::qWait(300);  // as above
+    const QPoint from(window->width() - 1, window->height() / 2);
+    const QPoint to = from + QPoint(13, 0);
+    send(QEvent::MouseMove, from, Qt::NoButton, Qt::NoButton);
+    send(QEvent::MouseButtonPress, from, Qt::LeftButton, Qt::LeftButton);
+    send(QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton);
+    EXPECT_EQ(board().width(), 453);
+    QTest::qWait(400);
+    EXPECT_EQ(board().width(), 453) << "the hand rests";
+    send(QEvent::MouseButtonRelease, to, Qt::LeftButton, Qt::NoButton);
+    expect_squares_of(45);
+}
+
 TEST_F(BoardFrame, CanBeMoved) {
     window->move(100, 100);
     const QSize before = window->size();

@@ -113,6 +113,15 @@ TEST_F(Frame, IsOutOfSightBeforeItsSettingsAreOnTheDisk) {
     EXPECT_EQ(saved().substr(688 + 20 * STATUS_WINDOW + 4, 1), "\x21");
 }
 
+TEST_F(Frame, AClosedWindowIsAsItWasWhenItWasClosed) {
+    open_small();
+    main_window->pane(STATUS_WINDOW).move(33, 44);
+    main_window->close();
+    main_window->pane(STATUS_WINDOW).move(55, 66);
+    ASSERT_EQ(save_settings(), 0);
+    EXPECT_EQ(settings.child_windows[STATUS_WINDOW].x, 33);
+}
+
 TEST_F(Frame, SavesNothingAtItsEndIfNotWanted) {
     open_small();
     run_command(COMMAND_SAVE_ON_EXIT);
@@ -335,6 +344,16 @@ TEST_F(Frame, ResetSettingsPutsAllBack) {
     expect_tidy("after the reset");
 }
 
+// The engine searches with what is reset.
+TEST_F(Frame, ResetSettingsEndsTheSearch) {
+    open_small();
+    run_command(TIME_INFINITE);
+    run_command(COMMAND_ANALYSIS);
+    ASSERT_TRUE(wait_until([] { return real_search_runs(); }));
+    run_command(COMMAND_RESET_SETTINGS);
+    EXPECT_FALSE(real_search_runs());
+}
+
 TEST_F(Frame, DamagedSettingsAreDefaults) {
     std::string image = small_image().put32(40, 1).sealed();
     image[100] = static_cast<char>(image[100] ^ 1);
@@ -411,6 +430,17 @@ TEST_F(Frame, LongStatusTextsDoNotWidenIt) {
     settle();
     EXPECT_EQ(main_window->minimumSizeHint().width(), width);
     EXPECT_EQ(main_window->status_line().text().size(), 5000);
+}
+
+TEST_F(Frame, StatusTextsAreOneLine) {
+    open_small();
+    const auto drawn = [](const char* text) {
+        ui.set_status_text(text);
+        return main_window->status_line().grab().toImage();
+    };
+    const QImage wanted = drawn("depth 5 value 3");
+    EXPECT_NE(drawn("depth 5"), wanted);
+    EXPECT_EQ(drawn(" depth 5 \r\n  value\t3\n"), wanted);
 }
 
 // None of them ever ends by itself here.

@@ -282,6 +282,8 @@ TEST_F(Menu, ToolbarHasItsButtonsInOrder) {
         shown.push_back(each->isSeparator() ? std::pair<int32_t, std::string>{0, ""}
                                             : std::pair{each->data().toInt(), each->toolTip().toStdString()});
     EXPECT_EQ(shown, wanted);
+    for (const QAction* const each : main_window->tool_bar().actions())
+        EXPECT_FALSE(!each->isSeparator() && each->isIconVisibleInMenu()) << each->data().toInt();
     EXPECT_EQ(picture(40023), 1);
     EXPECT_EQ(picture(40024), 2);
     EXPECT_EQ(picture(40025), 3);
@@ -372,6 +374,23 @@ TEST_F(Menu, TheGameClockIsTickedWhenItIsChosen) {
     use_dialog([] { return action(TIME_GAME_CLOCK).trigger(), 0; }, [](QDialog& dialog) { dialog.accept(); });
     EXPECT_TRUE(ticked(TIME_GAME_CLOCK));
     EXPECT_FALSE(ticked(40008));
+}
+
+TEST_F(Menu, NoClockIsSetInAGameOverTheNetwork) {
+    int shown = 0;
+    QTimer user;
+    QObject::connect(&user, &QTimer::timeout, &user, [&shown] {
+        QWidget* const dialog = QApplication::activeModalWidget();
+        if (!dialog) return;
+        ++shown;
+        dialog->close();
+    });
+    user.start(5);
+    for (const int32_t mode : {DXP_MODE, TWO_PLAYERS_MODE}) {
+        set_gui_mode(mode);
+        action(TIME_GAME_CLOCK).trigger();
+        EXPECT_EQ(shown, mode == DXP_MODE ? 0 : 1);
+    }
 }
 
 TEST_F(Menu, AChosenFontReachesThePanes) {

@@ -67,6 +67,8 @@ TEST_F(PaneWindows, TheCurrentMoveIsColoured) {
     EXPECT_EQ(mark().format.foreground().color(), QColor(200, 80, 0));
     ui.set_game_text("1. 32-28  19-23  \n2. 28x19  14x23  \n", 0, 10);
     EXPECT_EQ(marked(), "1. 32-28  ");
+    ui.set_game_text("1. 32-28  19-23  \n2. 28x19  14x23  \n", 3, 10);
+    EXPECT_EQ(marked(), "32-28  ") << "the same end";
     ui.set_game_text("1. 32-28  19-23  \n2. 28x19  14x23  \n", 0, 0);
     EXPECT_TRUE(game_pane().edit().extraSelections().isEmpty());
 }
@@ -175,6 +177,17 @@ TEST_F(PaneWindows, ClosingHidesAndUnticks) {
     }
 }
 
+TEST_F(PaneWindows, TheBoardHasTheKeysWhenAPaneIsHidden) {
+    for (const ChildWindow pane : {GAME_WINDOW, STATUS_WINDOW}) {
+        QApplication::setActiveWindow(main_window);
+        main_window->pane(pane).edit().setFocus();
+        settle();
+        ASSERT_EQ(QApplication::focusWidget(), &main_window->pane(pane).edit());
+        run_command(command_of_pane(pane));
+        EXPECT_EQ(QApplication::focusWidget(), &main_window->board_window().board());
+    }
+}
+
 TEST_F(PaneWindows, ShownPanesAreInsideTheFrame) {
     for (const ChildWindow pane : {PONDER_WINDOW, CLOCK_WINDOW, DXP_WINDOW}) {
         run_command(command_of_pane(pane));
@@ -231,6 +244,30 @@ TEST_F(PaneWindows, BackgroundsStayReadableInDarkDesktops) {
     run_command(COMMAND_BACKGROUND_GRAY);
     EXPECT_EQ(game_pane().edit().palette().color(QPalette::Base), light.color(QPalette::Window));
     EXPECT_EQ(mark().format.foreground().color(), QColor(200, 80, 0));
+}
+
+// The desktop may turn dark while the program runs.
+TEST_F(PaneWindows, ColoursFollowTheDesktop) {
+    const QPalette light = QApplication::palette();
+    ui.append_dxp_text("received\n", true);
+    ui.set_game_text("1. 32-28  ", 0, 10);
+    const auto received = [] {
+        QTextCursor cursor(main_window->pane(DXP_WINDOW).edit().document()->firstBlock());
+        cursor.movePosition(QTextCursor::Right);
+        return cursor.charFormat().foreground().color();
+    };
+    const QColor on_light(200, 80, 0);
+    for (const QPalette& palette : {QPalette(QColor(45, 45, 48)), light}) {
+        QApplication::setPalette(palette);
+        settle();
+        const bool dark = palette != light;
+        for (const ChildWindow pane : ALL_PANES)
+            EXPECT_EQ(main_window->pane(pane).edit().palette().color(QPalette::Base),
+                      palette.color(QPalette::Window))
+                << dark << pane;
+        EXPECT_EQ(mark().format.foreground().color() == on_light, !dark);
+        EXPECT_EQ(received() == on_light, !dark);
+    }
 }
 
 // The light and the dark desktop, and the pane in use and another.
