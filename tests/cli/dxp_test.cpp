@@ -2,11 +2,13 @@
 // a data folder of its own, and are ended at moments of their lives.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <thread>
 #include <vector>
 
 #include "records/pdn_replay.h"
@@ -197,10 +199,85 @@ TEST_F(CliDxp, ConnectPlaysWhatItIsAskedFor) {
     EXPECT_NE(read_text(data("follower") / "dxpgames.pdn").find("[White \"The 'Peer'\"]"), std::string::npos);
 }
 
+TEST_F(CliDxp, TheTimeThoughtIsThisSides) {
+    Peer peer;
+    ASSERT_EQ(peer_listen(peer, port), port);
+    const auto program = start("follower", "connect 127.0.0.1 --json");
+    ASSERT_TRUE(peer_accept(peer));
+    PlayerOptions options;
+    options.claim_at_ply = 2;
+    options.before_send = [](Peer&, const PlayedGame& game) {
+        if (game.plies == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+        return true;
+    };
+    PlayerReport report;
+    initiate_game(peer, game_request_text("Slow", 'Z', "0.1", "050"), options, report);
+    EXPECT_EQ(peer.complaint, "");
+    peer_close(peer);
+    const ProgramResult result = program->finish();
+    ASSERT_EQ(result.status, 0) << result.errors;
+    const nlohmann::json summary = nlohmann::json::parse(last_line(result.output));
+    EXPECT_EQ(summary["played"], 1);
+    // The other's second and a half are none of it.
+    EXPECT_LT(summary["thought_seconds"], static_cast<double>(summary["seconds"]) - 0.7) << result.output;
+}
+
+TEST_F(CliDxp, AMatchThatBeginsAnewHasAScoreOfItsOwn) {
+    const auto program = start("follower", "listen -s");
+    for (const char claim : {'1', '0'}) {
+        ASSERT_TRUE(program->read_until("listening"));
+        // Without its file the match before cannot go on.
+        std::filesystem::remove(data("follower") / "dxpstats.txt");
+        Peer peer;
+        ASSERT_TRUE(peer_connect(peer, port));
+        PlayerOptions options;
+        options.claim_at_ply = 0;
+        options.claim = claim;
+        PlayerReport report;
+        initiate_game(peer, game_request_text("Peer", 'Z', "0.1", "050"), options, report);
+        EXPECT_EQ(peer.complaint, "");
+        peer_close(peer);
+        ASSERT_TRUE(program->read_until("game 1: "));
+    }
+    program->interrupt();
+    const ProgramResult result = program->finish();
+    EXPECT_NE(result.output.find("score 100.0% (0 pairs)"), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("score 50.0% (0 pairs)"), std::string::npos) << result.output;
+}
+
+// What a match asks for first, by its options.
+TEST_F(CliDxp, OptionsReachTheFirstRequest) {
+    const auto request_of = [&](const std::string& options) {
+        Peer peer;
+        EXPECT_EQ(peer_listen(peer, port), port);
+        const auto program = start("one", "match 127.0.0.1 " + options);
+        EXPECT_EQ(run_script(peer, {accepts(), hears("?01Tessarin*"),
+                                    sends(game_acceptance_text("Proud", '1')), sees_end()}),
+                  "");
+        program->finish();
+        return peer.heard.empty() ? "" : peer.heard.back();
+    };
+    const auto side_of = [](const std::string& request) {
+        PlayedGame asked;
+        EXPECT_TRUE(begin_requested_game(asked, request)) << request;
+        return asked.position.side;
+    };
+    const std::string two = request_of("--ballots 2 --minutes 7 --moves 40"),
+                      three = request_of("--ballots 3");
+    EXPECT_EQ(two[0], 'R');
+    EXPECT_NE(two.find("007040B"), std::string::npos) << two;
+    EXPECT_NE(three.find("005075B"), std::string::npos) << three;
+    EXPECT_EQ(side_of(two), WHITE);
+    EXPECT_EQ(side_of(three), BLACK);
+    const std::string whole_game = request_of("--initial 60");
+    EXPECT_EQ(whole_game[0], 'F') << "also without an increment";
+}
+
 TEST_F(CliDxp, TellsWhatGoesWrong) {
     ProgramResult result = start("one", "match 127.0.0.1")->finish();
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.errors.find("Cannot connect to remote host"), std::string::npos) << result.errors;
+    EXPECT_EQ(count_lines(result.errors), 1) << "told once, though it is tried again: " << result.errors;
     result = start("one", "connect 'no such host'")->finish();
     EXPECT_EQ(result.status, 1);
 
