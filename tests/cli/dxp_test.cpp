@@ -199,6 +199,23 @@ TEST_F(CliDxp, ConnectPlaysWhatItIsAskedFor) {
     EXPECT_NE(read_text(data("follower") / "dxpgames.pdn").find("[White \"The 'Peer'\"]"), std::string::npos);
 }
 
+TEST_F(CliDxp, WhatCameBeforeTheEndIsToldBeforeIt) {
+    const auto program = start("follower", "listen --verbose");
+    ASSERT_TRUE(program->read_until("listening"));
+    std::vector<std::string> chats;
+    for (int i = 10; i < 40; ++i) chats.push_back("Cline " + std::to_string(i));
+    Peer peer;
+    ASSERT_EQ(run_script(peer, {connects_to(port), sends_joined(chats), closes()}), "");
+    const ProgramResult result = program->finish();
+    EXPECT_EQ(result.status, 0) << result.errors;
+    size_t at = 0;
+    for (const std::string& chat : chats) {
+        at = result.output.find("< " + chat, at);
+        ASSERT_NE(at, std::string::npos) << chat << "\n" << result.output;
+    }
+    EXPECT_GT(result.output.find("connection ended"), at);
+}
+
 TEST_F(CliDxp, TheTimeThoughtIsThisSides) {
     Peer peer;
     ASSERT_EQ(peer_listen(peer, port), port);

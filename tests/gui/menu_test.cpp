@@ -48,6 +48,22 @@ void tell_actions(const QList<QAction*>& actions, const std::string& indent,
     }
 }
 
+// Closes all dialogs that come up.
+struct DialogCloser {
+    int closed = 0;
+    QTimer timer;
+
+    DialogCloser() {
+        QObject::connect(&timer, &QTimer::timeout, &timer, [this] {
+            QWidget* const dialog = QApplication::activeModalWidget();
+            if (!dialog) return;
+            ++closed;
+            dialog->close();
+        });
+        timer.start(5);
+    }
+};
+
 constexpr std::array<int32_t, 4> TEST_COMMANDS = {40035, 40045, 40051, 40133};
 // Those of a connection, while there is none.
 constexpr std::array<int32_t, 2> DISABLED_COMMANDS = {40049, 40094};
@@ -328,6 +344,18 @@ TEST_F(Menu, TheStartButtonHasTheEngineMove) {
     EXPECT_FALSE(pane_shows(GAME_WINDOW).empty());
 }
 
+TEST_F(Menu, TheEnginesMoveNeedsNoTick) {
+    settings.book_mode = 0;
+    settings.time_per_move = 0.05;
+    button(40022).trigger();
+    // What is posted has its turn, but no timer has.
+    for (int i = 0; i < 60000 && game.history_count == 1; ++i) {
+        QTest::qSleep(1);
+        QCoreApplication::sendPostedEvents();
+    }
+    EXPECT_EQ(game.history_count, 2);
+}
+
 // A tick that would be out of date shows that a change of settings has not reached the menu.
 TEST_F(Menu, AllTicksFollowTheSettings) {
     const MenuState state = menu_state(game.gui_mode, false);
@@ -377,20 +405,21 @@ TEST_F(Menu, TheGameClockIsTickedWhenItIsChosen) {
 }
 
 TEST_F(Menu, NoClockIsSetInAGameOverTheNetwork) {
-    int shown = 0;
-    QTimer user;
-    QObject::connect(&user, &QTimer::timeout, &user, [&shown] {
-        QWidget* const dialog = QApplication::activeModalWidget();
-        if (!dialog) return;
-        ++shown;
-        dialog->close();
-    });
-    user.start(5);
+    const DialogCloser user;
     for (const int32_t mode : {DXP_MODE, TWO_PLAYERS_MODE}) {
         set_gui_mode(mode);
         action(TIME_GAME_CLOCK).trigger();
-        EXPECT_EQ(shown, mode == DXP_MODE ? 0 : 1);
+        EXPECT_EQ(user.closed, mode == DXP_MODE ? 0 : 1);
     }
+}
+
+TEST_F(Menu, WhatTheMenuOffersTooLateDoesNothing) {
+    const DialogCloser user;
+    // The connection has ended, and the menu does not show it yet.
+    action(COMMAND_START_MATCH).setEnabled(true);
+    action(COMMAND_START_MATCH).trigger();
+    EXPECT_EQ(user.closed, 0);
+    EXPECT_FALSE(action(COMMAND_START_MATCH).isEnabled());
 }
 
 TEST_F(Menu, AChosenFontReachesThePanes) {

@@ -146,6 +146,20 @@ TEST_F(Tongue, QtFollowsTheLanguage) {
     EXPECT_EQ(file_dialog_texts(), english);
 }
 
+TEST_F(Tongue, ALanguageWithoutQtsTextsLeavesTheOneBeforeForgotten) {
+    if (!QFile::exists(system_folder() + QStringLiteral("/qtbase_nl.qm")))
+        GTEST_SKIP() << "qt6-translations-l10n is not installed";
+    run_command(DUTCH);
+    toolkit_texts_folder = [] { return QStringLiteral("/nowhere"); };
+    run_command(RUSSIAN);
+    EXPECT_FALSE(toolkit_speaks_language());
+    EXPECT_EQ(qt_cancel(), "Cancel");
+    toolkit_texts_folder = system_folder;
+    run_command(DUTCH);
+    EXPECT_TRUE(toolkit_speaks_language());
+    EXPECT_EQ(qt_cancel(), "Annuleren");
+}
+
 TEST_F(Tongue, TheSavedLanguageIsQtsToo) {
     if (!QFile::exists(system_folder() + QStringLiteral("/qtbase_nl.qm")))
         GTEST_SKIP() << "qt6-translations-l10n is not installed";

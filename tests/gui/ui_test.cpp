@@ -5,6 +5,7 @@
 #include <QClipboard>
 #include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <atomic>
 #include <thread>
@@ -70,6 +71,42 @@ TEST_F(Screen, BoxesShowTextTitleAndIcon) {
     EXPECT_EQ(boxes[1].icon, QMessageBox::Information);
 }
 
+// The name of a file may look like a text with marks.
+TEST_F(Screen, BoxesShowEveryCharacterOfTheirText) {
+    box_closer.stop();
+    const auto format_of = [](void (*show)()) {
+        Qt::TextFormat format{};
+        use_dialog([show] { return show(), 0; },
+                   [&format](QDialog& dialog) {
+                       format = static_cast<QMessageBox&>(dialog).textFormat();
+                       dialog.reject();
+                   });
+        return format;
+    };
+    EXPECT_EQ(format_of([] { ui.message_box("a <b>text</b>", "title", ICON_INFO); }), Qt::PlainText);
+    EXPECT_EQ(format_of([] { ui.ask("a <b>text</b>", "title"); }), Qt::PlainText);
+}
+
+TEST_F(Screen, ABoxStandsOnTheDialogThatIsOpen) {
+    box_closer.stop();
+    QDialog dialog(main_window);
+    dialog.open();
+    QTimer user;
+    const QWidget* parent = nullptr;
+    QObject::connect(&user, &QTimer::timeout, &user, [&parent] {
+        auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box) return;
+        parent = box->parentWidget();
+        box->accept();
+    });
+    user.start(5);
+    ui.message_box("text", "title", ICON_INFO);
+    EXPECT_EQ(parent, &dialog);
+    dialog.close();
+    ui.message_box("text", "title", ICON_INFO);
+    EXPECT_EQ(parent, main_window);
+}
+
 TEST_F(Screen, TicksGoOnWhileABoxIsOpen) {
     box_closer.stop();
     const int64_t before = tick_figures.ticks;
@@ -117,11 +154,13 @@ TEST_F(Screen, FilesAreChosenAsBytes) {
                    });
     EXPECT_TRUE(chosen);
     EXPECT_EQ(path, game_file);
-    // The next dialog opens there.
+    // The next dialog opens there, with the name to be chosen again.
     use_dialog([&] { return ui.choose_load_file(LOAD_FILE_TITLE, path); },
                [&](QDialog& dialog) {
                    EXPECT_EQ(static_cast<QFileDialog&>(dialog).directory().absolutePath().toStdString(),
                              folder);
+                   EXPECT_EQ(dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text(),
+                             QFileInfo(QString::fromStdString(game_file)).fileName());
                    dialog.reject();
                });
     EXPECT_EQ(path, game_file);
