@@ -141,12 +141,16 @@ TEST_F(BoardMoves, PieceIsHalfWayAfterHalfTheTime) {
         click(32);
         click(28);
         ASSERT_TRUE(board->is_sliding());
-        let_pass(FIRST_SLIDE_MS / 2);
         const QPoint half_way = (middle(32) + middle(28)) / 2;
-        for (const QPoint& at : {half_way, middle(32), middle(28)}) {
-            const int brightness = qGray(drawn_at(QRect(at, QSize(2, 2))).pixel(0, 0));
-            EXPECT_EQ(brightness > 170, at == half_way) << inverted << " " << at.x() << " " << at.y();
-        }
+        const auto drawn_around = [this](QPoint at) {
+            return drawn_at(QRect(at - QPoint(5, 5), QSize(10, 10)));
+        };
+        let_pass(FIRST_SLIDE_MS / 2);
+        const QImage there = drawn_around(half_way), start = drawn_around(middle(32));
+        let_pass(FIRST_SLIDE_MS);
+        ASSERT_FALSE(board->is_sliding());
+        EXPECT_NE(drawn_around(half_way), there) << inverted;
+        EXPECT_EQ(drawn_around(middle(32)), start) << inverted;
     }
 }
 

@@ -326,6 +326,19 @@ TEST_F(Frame, NoScrollBarsAreLeftBehind) {
     expect_tidy("reset");
 }
 
+TEST_F(Frame, PlacesAreThoseOfTheAreaAsItIsNotScrolled) {
+    open_small();
+    PaneWindow& pane = main_window->pane(STATUS_WINDOW);
+    const QRect place = pane.geometry().translated(200, 150);
+    pane.setGeometry(place);
+    settle();
+    main_window->area().horizontalScrollBar()->setValue(70);
+    main_window->area().verticalScrollBar()->setValue(50);
+    ASSERT_EQ(pane.geometry(), place.translated(-70, -50));
+    main_window->read_windows(settings);
+    EXPECT_EQ(place_of_record(settings.child_windows[STATUS_WINDOW]), place);
+}
+
 TEST_F(Frame, ResetSettingsPutsAllBack) {
     open_small();
     for (const int32_t id : {COMMAND_INVERT_BOARD, COMMAND_PONDER_WINDOW, COMMAND_BOOK_OFF}) run_command(id);
