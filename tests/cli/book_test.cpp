@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <regex>
 
 #include "tests/cli/program.h"
 
@@ -82,6 +83,12 @@ TEST_F(CliBook, TellsWhatStandsInABook) {
     EXPECT_EQ(probe.status, 0);
     EXPECT_NE(probe.output.find(")*"), std::string::npos) << probe.output;
     EXPECT_EQ(run("probe --book a.odb W:W31:BK5").output, "W:W31:BK5 not in book\n");
+    const std::string start = std::string(START).substr(1, std::string(START).size() - 2);
+    const ProgramResult many =
+        run_program("book probe --book a.odb -", start + "\nW:W31:BK5\nW:W3:B20\nW:W31:BK5\n", folder.path);
+    EXPECT_EQ(many.status, 1);
+    EXPECT_EQ(many.output, probe.output + "W:W31:BK5 not in book\n") << "it ends with the wrong one";
+    EXPECT_EQ(last_line(many.errors), "tessarin-cli: Illegal position");
     const ProgramResult dump = run("dump --book a.odb");
     EXPECT_EQ(dump.status, 0);
     EXPECT_EQ(count_lines(dump.output), 90);
@@ -91,6 +98,61 @@ TEST_F(CliBook, TellsWhatStandsInABook) {
     EXPECT_NE(check.output.find("illegal positions 0 best moves 0 second-best moves 0, not found 0\n"),
               std::string::npos)
         << check.output;
+}
+
+TEST_F(CliBook, TellsOfLinesThatAreLost) {
+    ASSERT_EQ(build("a.odb", 90).status, 0);
+    // At every other end one side has less, if only by a little.
+    const ProgramResult check = run("check --book a.odb --lines 20 --nodes 300 --margin 0");
+    EXPECT_EQ(check.status, 1) << check.errors;
+    const std::regex line("lost for (black|white): ([BW]):W[^ ]* value (-?\\d+), in the book -?\\d+\n");
+    int lost = 0;
+    for (std::sregex_iterator at(check.output.begin(), check.output.end(), line), end; at != end; ++at) {
+        ++lost;
+        const int value = std::stoi((*at)[3]);
+        EXPECT_TRUE((*at)[1] == "black" ? value < 0 : value > 0) << at->str();
+    }
+    EXPECT_GT(lost, 0);
+    EXPECT_NE(check.output.find(" lost by more than 0: " + std::to_string(lost) + ","), std::string::npos)
+        << check.output;
+}
+
+// A build of many short searches that would take hours.
+constexpr const char* LONG =
+    " book build a.odb --hash 1 --positions 1000000 --nodes 2000 --quick-nodes 200 --jobs 2 ";
+
+TEST_F(CliBook, AWorkerThatDiesEndsTheBuild) {
+    folder.write("script", std::string(PROGRAM) + LONG +
+                               "&\nbuild=$!\n"
+                               "workers() { cat /proc/$build/task/*/children; }\n"
+                               "while set -- $(workers); [ $# -lt 2 ]; do sleep 0.05; done\n"
+                               "while ! [ -s a.odb.work ]; do sleep 0.05; done\nkill -9 $2\nwait $build\n");
+    const ProgramResult result = run_program("script", "", folder.path, "/bin/sh");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "tessarin-cli: a worker failed\n");
+    EXPECT_FALSE(std::filesystem::exists(folder.path / "a.odb"));
+}
+
+TEST_F(CliBook, WorkThatCannotBeKeptEndsTheBuild) {
+    // Files may have a kilobyte, as on a full disk.
+    folder.write("script", "trap '' XFSZ\nulimit -f 1\nexec " + (PROGRAM + std::string(LONG)));
+    const ProgramResult full = run_program("script", "", folder.path, "/bin/bash");
+    EXPECT_EQ(full.status, 1);
+    EXPECT_TRUE(full.errors.starts_with("tessarin-cli: cannot write ")) << full.errors;
+    EXPECT_TRUE(full.errors.ends_with("/a.odb.work\n")) << full.errors;
+    const ProgramResult nowhere = build("a.odb", 2, "--work nowhere/work");
+    EXPECT_EQ(nowhere.status, 1);
+    EXPECT_TRUE(nowhere.errors.starts_with("tessarin-cli: cannot open ")) << nowhere.errors;
+    EXPECT_TRUE(nowhere.errors.ends_with("nowhere/work\n")) << nowhere.errors;
+}
+
+TEST_F(CliBook, AWorkerTellsWhatItCannotAnswer) {
+    ASSERT_EQ(run_program("weights seed --out seed.bin", "", folder.path).status, 0);
+    const ProgramResult result =
+        run_program("book-worker --weights seed.bin --hash 1", "nonsense\n", folder.path);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "tessarin-cli: not a question to a worker: nonsense\n");
+    EXPECT_EQ(run_program("book-worker --weights none.bin", "", folder.path).status, 1);
 }
 
 TEST_F(CliBook, ABookOfNothing) {

@@ -56,7 +56,7 @@ TEST_F(CliEgdb, BuildsWhatComesWithTheProgram) {
 }
 
 TEST_F(CliEgdb, ABuildTellsHowFarItIsAndStopsWhenInterrupted) {
-    const Terminal terminal;
+    Terminal terminal;
     RunningProgram program("egdb build db --pieces 4 2>" + terminal.path, folder.path);
     ASSERT_TRUE(terminal.wait_for(" percent, time left "));
     ASSERT_TRUE(wait_for_text(folder.path / "db/db3.idx1", "BASE"));
@@ -126,7 +126,7 @@ TEST_F(CliEgdb, AnInterruptEndsTheQuestionsAtOnce) {
 
 // Of three pieces there are few samples.
 TEST_F(CliEgdb, DesignsCatalogues) {
-    const Terminal terminal;
+    Terminal terminal;
     ASSERT_EQ(run("catalogues table.cpp --pieces 3 2>" + terminal.path).status, 0);
     const std::string shown = terminal.read_printed();
     EXPECT_NE(shown.find("\r\x1b[Ksolving 3 pieces\r\x1b[Kdesigning catalogues\r\x1b[Kturn 1: "),
@@ -144,7 +144,7 @@ TEST_F(CliEgdb, DesignsCatalogues) {
 
 TEST_F(CliEgdb, AnInterruptedDesignLeavesNothing) {
     for (const char* work : {"solving 4 pieces", "designing catalogues"}) {
-        const Terminal terminal;
+        Terminal terminal;
         RunningProgram program(std::string("egdb catalogues table.cpp --pieces ") +
                                    (work[0] == 's' ? "4" : "3") + " 2>" + terminal.path,
                                folder.path);

@@ -93,7 +93,7 @@ TEST_F(CliSelfplay, AnInterruptEndsItBehindAWholeGame) {
 }
 
 TEST_F(CliSelfplay, TellsHowFarItIs) {
-    const Terminal terminal;
+    Terminal terminal;
     EXPECT_EQ(selfplay("games", 3, "--depth 1 2>" + terminal.path).status, 0);
     const std::string shown = terminal.read_printed();
     EXPECT_TRUE(std::regex_search(
@@ -254,7 +254,7 @@ TEST_F(CliTrain, AnInterruptLeavesNothing) {
 
 TEST_F(CliTrain, TellsHowFarItIs) {
     ASSERT_EQ(selfplay("a", 40).status, 0);
-    const Terminal terminal;
+    Terminal terminal;
     EXPECT_EQ(run("train a --out w.bin --epochs 1 --held-out 4 2>" + terminal.path).status, 0);
     const std::string shown = terminal.read_printed();
     EXPECT_NE(shown.find("\r\x1b[Kreading a\r\x1b[K"), std::string::npos) << shown;

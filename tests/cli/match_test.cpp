@@ -5,8 +5,10 @@
 #include <regex>
 
 #include "core/ballots.h"
+#include "core/board.h"
 #include "records/fen.h"
 #include "tests/cli/program.h"
+#include "tools/book_file.h"
 
 namespace {
 
@@ -166,11 +168,24 @@ TEST_F(CliMatch, TellsTheStateWhenAskedTo) {
     EXPECT_EQ(result.errors.substr(0, 10), "games 100,");
 }
 
+TEST_F(CliMatch, AMoveFromTheBookTakesNoSearch) {
+    Position start = START_POSITION;
+    start.side = WHITE;
+    BookFileFigures figures;
+    ASSERT_EQ(write_book((folder->path / "start.odb").string(), {{{start, 0, NO_BOOK_MOVE, 0}}}, figures), 0);
+    const std::string arguments = "a.bin a.bin --games 2 --depth 2 --openings 0 ";
+    const json none = match(arguments), one = match(arguments + "--book-a start.odb");
+    EXPECT_EQ(none["players"][0]["depth"], 2);
+    EXPECT_LT(one["players"][0]["depth"], 2);
+    EXPECT_EQ(one["players"][1]["depth"], 2);
+}
+
 TEST_F(CliMatch, TellsWhatIsWrong) {
     folder->write("short.bin", "abc");
     for (const auto& [arguments, text] :
          {std::pair{"match a.bin missing.bin --games 2", "cannot open "},
           {"match . a.bin", "cannot open "},
+          {"match a.bin a.bin --book-b none.odb", "cannot open "},
           {"match short.bin a.bin --games 2", "is no weights file: 3 bytes, not 8503076"}}) {
         const ProgramResult result = run(arguments);
         EXPECT_EQ(result.status, 1) << arguments;
@@ -231,6 +246,9 @@ TEST(CliPlayer, AnswersQuestions) {
     EXPECT_EQ(wrong.status, 1);
     EXPECT_NE(wrong.errors.find("not a question to a player: what"), std::string::npos);
     EXPECT_EQ(run_program("player --weights none.bin", "", folder.path).status, 1);
+    const ProgramResult book = run_program("player --weights a.bin --book none.odb", "", folder.path);
+    EXPECT_EQ(book.status, 1);
+    EXPECT_NE(book.errors.find("cannot read the book none.odb"), std::string::npos) << book.errors;
     EXPECT_EQ(run_program("--help").output.find("player"), std::string::npos);
 }
 

@@ -253,6 +253,48 @@ TEST_F(CliPlay, PlaysByTheClock) {
     EXPECT_NE(result.output.find("moves 0"), std::string::npos);
 }
 
+TEST_F(CliPlay, TheClockIsStartedAndStopped) {
+    const ProgramResult result =
+        play("clock 100 1\nclock start\nsleep 1.1\nclock stop\nclock\nsleep 1.1\nclock\n");
+    EXPECT_EQ(result.status, 0) << result.errors;
+    const std::vector<std::string> clocks = lines_with(result.output, "W 00:");
+    ASSERT_EQ(clocks.size(), 2u) << result.output;
+    EXPECT_NE(clocks[0], "W 00:00   B 00:00");
+    EXPECT_EQ(clocks[1], clocks[0]);
+}
+
+TEST_F(CliPlay, PonderingIsTurnedOnAndOff) {
+    const ProgramResult result =
+        play("ponder on\nponder on\n32-28\nwait\nstatus\nponder off\nstatus\n31-26\nwait\nstatus\n",
+             "--time 0.05 --quiet");
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(lines_with(result.output, "pondering move ").size(), 1u)
+        << "only before it is turned off: " << result.output;
+}
+
+TEST_F(CliPlay, TheTimeOfAMoveIsChanged) {
+    const ProgramResult result = play("time 0.02\n32-28\n", "--time 1000 --quiet");
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(lines_with(result.output, "engine ").size(), 1u) << result.output;
+}
+
+TEST_F(CliPlay, WhatIsNotThereOrCannotBeWritten) {
+    const ProgramResult book = play("fen\n", "--book-file none.odb");
+    EXPECT_EQ(book.status, 1);
+    EXPECT_NE(book.errors.find("cannot read the book "), std::string::npos) << book.errors;
+    EXPECT_EQ(book.output, "");
+    const ProgramResult scores = play("mode twoplayers\n32-28\nanalyze everything\n");
+    EXPECT_EQ(scores.status, 1);
+    EXPECT_EQ(scores.errors, "tessarin-cli: analyze, or analyze allscores\n");
+    // No file can grow, as on a full disk.
+    folder.write("script", "( trap '' XFSZ\nulimit -f 0\nexec env XDG_DATA_HOME=data " PROGRAM
+                           " play --quiet --book off --hash 4 --time 0.02 ) 2>&1 | cat\n");
+    const ProgramResult full =
+        run_program("script", "mode twoplayers\n32-28\nanalyze\nwait\n", folder.path, "/bin/bash");
+    EXPECT_EQ(lines_with(full.output, "tessarin-cli: cannot write ").size(), 1u) << full.output;
+    EXPECT_EQ(lines_with(full.output, "written to ").size(), 0u) << full.output;
+}
+
 TEST_F(CliPlay, SaysWhoHasWon) {
     const ProgramResult lost = play("setup W:W32:B27\n32x21\n", "");
     EXPECT_EQ(lost.status, 0);

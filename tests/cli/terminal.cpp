@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <thread>
+#include <utility>
 
 Terminal::Terminal() : screen(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK)) {
     char name[64];
@@ -26,19 +27,25 @@ void Terminal::type(const std::string& line) const {
     [[maybe_unused]] const ssize_t typed = write(screen, keys.data(), keys.size());
 }
 
-std::string Terminal::read_printed() const {
-    std::string printed;
+void Terminal::read_more() {
     char buffer[4096];
     for (ssize_t got = 0; (got = read(screen, buffer, sizeof buffer)) > 0;)
-        printed.append(buffer, static_cast<size_t>(got));
-    return printed;
+        unread.append(buffer, static_cast<size_t>(got));
 }
 
-bool Terminal::wait_for(const std::string& text) const {
+bool Terminal::wait_for(const std::string& text) {
     const auto start = std::chrono::steady_clock::now();
-    for (std::string printed; printed.find(text) == std::string::npos; printed += read_printed()) {
+    for (read_more();; read_more()) {
+        if (const size_t at = unread.find(text); at != std::string::npos) {
+            unread.erase(0, at + text.size());
+            return true;
+        }
         if (std::chrono::steady_clock::now() - start > std::chrono::minutes(1)) return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
-    return true;
+}
+
+std::string Terminal::read_printed() {
+    read_more();
+    return std::exchange(unread, "");
 }

@@ -16,9 +16,14 @@ struct Terminal {
     // Types a line.
     void type(const std::string& line) const;
 
-    // What has been printed since the last call.
-    std::string read_printed() const;
+    // Waits until the text has been printed, and goes on reading behind it. False after a minute.
+    bool wait_for(const std::string& text);
 
-    // Waits until the text has been printed. False after a minute.
-    bool wait_for(const std::string& text) const;
+    // What has been printed since.
+    std::string read_printed();
+
+  private:
+    void read_more();
+
+    std::string unread;
 };
