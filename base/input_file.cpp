@@ -14,15 +14,6 @@ namespace {
 constexpr size_t READ_CHUNK = 1048576;
 }
 
-InputFile::InputFile(InputFile&& other) noexcept : descriptor(std::exchange(other.descriptor, -1)) {}
-
-InputFile& InputFile::operator=(InputFile&& other) noexcept {
-    if (this == &other) return *this;
-    close();
-    descriptor = std::exchange(other.descriptor, -1);
-    return *this;
-}
-
 void InputFile::close() {
     if (is_open()) file_calls.close(std::exchange(descriptor, -1));
 }

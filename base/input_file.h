@@ -11,9 +11,9 @@ struct InputFile {
     int descriptor = -1;
 
     InputFile() = default;
-    InputFile(InputFile&& other) noexcept;
-    InputFile& operator=(InputFile&& other) noexcept;
     ~InputFile() { close(); }
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
 
     bool is_open() const { return descriptor >= 0; }
     void close();

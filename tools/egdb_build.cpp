@@ -159,7 +159,7 @@ int64_t build_memory(int pieces) {
 }
 
 EgdbBuildStatus build_database(const EgdbBuildOptions& options, const std::atomic<bool>& stop,
-                               EgdbBuildProgress& progress, EgdbBuildResult& result) {
+                               EgdbBuildProgress& progress, EgdbBuildResult& result) try {
     Build build{options, stop, progress, result, folder_prefix(options.folder), {}, nullptr, make_coders()};
     if (!build.folder.empty() && !make_folders(build.folder))
         return fail(build, EGDB_BUILD_CANNOT_WRITE, options.folder);
@@ -169,13 +169,10 @@ EgdbBuildStatus build_database(const EgdbBuildOptions& options, const std::atomi
             if (!is_built(build, name))
                 for (const Material& m : materials_of(name)) all += solving_work(m) + coding_work(m);
     progress.all = all;
-    try {
-        for (int pieces = 2; pieces <= options.pieces; ++pieces)
-            if (const EgdbBuildStatus status = build_pieces(build, pieces); status != EGDB_BUILT)
-                return status;
-    } catch (const std::bad_alloc&) {
-        return EGDB_BUILD_NO_MEMORY;
-    }
+    for (int pieces = 2; pieces <= options.pieces; ++pieces)
+        if (const EgdbBuildStatus status = build_pieces(build, pieces); status != EGDB_BUILT) return status;
     remove_kept(build.folder, options.pieces);
     return EGDB_BUILT;
+} catch (const std::bad_alloc&) {
+    return EGDB_BUILD_NO_MEMORY;
 }

@@ -133,7 +133,7 @@ int64_t mtc_build_memory(int pieces) {
 }
 
 EgdbBuildStatus build_mtc_database(const EgdbBuildOptions& options, const std::atomic<bool>& stop,
-                                   EgdbBuildProgress& progress, EgdbBuildResult& result) {
+                                   EgdbBuildProgress& progress, EgdbBuildResult& result) try {
     Build build{options,
                 {options.threads, &stop, &progress.done},
                 progress,
@@ -148,13 +148,10 @@ EgdbBuildStatus build_mtc_database(const EgdbBuildOptions& options, const std::a
     int64_t all = 0;
     for (int pieces = 2; pieces <= options.pieces; ++pieces) all += work_of(build, pieces);
     progress.all = all;
-    try {
-        for (int pieces = 2; pieces <= options.pieces; ++pieces)
-            if (const EgdbBuildStatus status = build_pieces(build, pieces); status != EGDB_BUILT)
-                return status;
-    } catch (const std::bad_alloc&) {
-        return EGDB_BUILD_NO_MEMORY;
-    }
+    for (int pieces = 2; pieces <= options.pieces; ++pieces)
+        if (const EgdbBuildStatus status = build_pieces(build, pieces); status != EGDB_BUILT) return status;
     remove_kept(build.folder, options.pieces);
     return EGDB_BUILT;
+} catch (const std::bad_alloc&) {
+    return EGDB_BUILD_NO_MEMORY;
 }

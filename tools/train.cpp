@@ -68,8 +68,10 @@ void drop_damped(std::vector<GameRecord>& records) {
     std::erase_if(records, [](const GameRecord& record) { return !is_learnable(record); });
 }
 
-void fit_scales(const std::vector<GameRecord>& records, const EvalParams& first, TrainReport& report) {
+// False if memory ran out.
+bool fit_scales(const std::vector<GameRecord>& records, const EvalParams& first, TrainReport& report) {
     const std::unique_ptr<PatternModel> model = new_model(first, 1);
+    if (!model) return false;
     std::vector<double> scores, values, targets;
     for (size_t i = 0; i < std::min(records.size(), SCALE_SAMPLE); ++i) {
         scores.push_back(records[i].score);
@@ -78,6 +80,7 @@ void fit_scales(const std::vector<GameRecord>& records, const EvalParams& first,
     }
     report.score_scale = fitted_scale(scores, targets);
     report.first_scale = fitted_scale(values, targets);
+    return true;
 }
 
 void count(Fit& fit, const GameRecord& record, double value, double loss) {
@@ -173,7 +176,7 @@ int train(TrainingSet& set, const EvalParams& first, const TrainOptions& options
     std::mt19937_64 random(options.seed);
     shuffle(set.learned, random);
     TrainReport found;
-    fit_scales(set.learned, first, found);
+    if (!fit_scales(set.learned, first, found)) return TRAIN_NO_MEMORY;
     const std::unique_ptr<PatternModel> model = new_model(first, static_cast<float>(found.first_scale));
     if (!model) return TRAIN_NO_MEMORY;
     const Target target{options.result_share, found.score_scale};

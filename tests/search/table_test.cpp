@@ -6,6 +6,7 @@
 #include <limits>
 #include <map>
 
+#include "base/memory.h"
 #include "search/engine_settings.h"
 #include "tests/search/fixtures.h"
 
@@ -528,6 +529,20 @@ TEST_F(TableTest, RestoringReplacesTheShallowestMarkedOrNot) {
         tt_restore(saved_entry(start, 9));
         for (uint32_t i = 0; i < 3; ++i) EXPECT_TRUE(entry_at(start + i).belongs_to(i == victim ? 9 : i + 1));
     }
+}
+
+TEST_F(TableTest, WithoutMemoryThereIsNoTable) {
+    const auto usual = map_memory;
+    map_memory = [](size_t) -> void* { return nullptr; };
+    logged.clear();
+    EXPECT_EQ(tt_allocate(), 1);
+    map_memory = usual;
+    EXPECT_EQ(logged.find("Cannot allocate hashtable\nThere are "), 0u) << logged;
+    EXPECT_NE(logged.find(" kbytes of ram available.\n"), std::string::npos) << logged;
+    EXPECT_EQ(transposition_table.slots_start, nullptr);
+    EXPECT_EQ(transposition_table.slots, 0u);
+    EXPECT_EQ(tt_allocate(), 0);
+    EXPECT_NE(transposition_table.slots_start, nullptr);
 }
 
 }  // namespace
