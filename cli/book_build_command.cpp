@@ -213,7 +213,7 @@ void run_worker(const WorkerOptions& options) {
     }
 }
 
-void add_nodes_option(CLI::App& command, const std::string& name, uint64_t& nodes, const char* help) {
+void add_nodes_option(CLI::App& command, const char* name, uint64_t& nodes, const char* help) {
     command.add_option(name, nodes, help)
         ->check(CLI::Range(uint64_t{1}, uint64_t{1} << 40))
         ->capture_default_str();
@@ -227,19 +227,20 @@ void add_worker_options(CLI::App& command, WorkerOptions& options) {
         ->capture_default_str();
 }
 
-// `prefix` tells apart the lines from all start positions and those from the first alone.
-void add_line_options(CLI::App& command, const std::string& prefix, BookLineOptions& options,
-                      const char* moves_help) {
-    command.add_option(prefix + "-moves", options.moves, moves_help)->check(CLI::Range(0, MOST_LINE_MOVES));
+void add_line_options(CLI::App& command, BookLineOptions& options) {
     command
-        .add_option(prefix + "-variants", options.variants, "Lines from each start position for each side")
+        .add_option("--line-moves", options.moves,
+                    "Moves of the book's side in lines as games against a program without a book are\n"
+                    "likely to go, which are analysed behind all else; none by default")
+        ->check(CLI::Range(0, MOST_LINE_MOVES));
+    command.add_option("--line-variants", options.variants, "Lines from each start position for each side")
         ->check(CLI::Range(1, MOST_BOOK_VARIANTS))
         ->capture_default_str();
-    add_nodes_option(command, prefix + "-nodes", options.nodes, "Nodes of the searches of the book's side");
-    add_nodes_option(command, prefix + "-reply-nodes", options.reply_nodes,
-                     "Nodes of the opponent's searches, in some variants half as many more");
+    add_nodes_option(command, "--line-nodes", options.nodes, "Nodes of the searches of the book's side");
+    add_nodes_option(command, "--line-reply-nodes", options.reply_nodes,
+                     "Nodes of that program's searches, in some variants half as many more");
     command
-        .add_option(prefix + "-margin", options.margin,
+        .add_option("--line-margin", options.margin,
                     "Points by which a move of the book's side in lines may look worse than the best one\n"
                     "and still be analysed")
         ->check(CLI::Range(0, MOST_LINE_MARGIN))
@@ -268,11 +269,7 @@ void add_growth_options(CLI::App& command, BookBuildOptions& options) {
     add_cost("--ballot-cost", options.ballot_cost, "What the two-move ballots cost");
     add_cost("--decided", options.costs.decided, "No position is analysed behind such a value");
     add_cost("--second-margin", options.second_margin, "Points that a second-best move may give away");
-    add_line_options(command, "--line", options.lines,
-                     "Moves of the book's side in lines as games against a program without a book are\n"
-                     "likely to go, which are analysed behind all else; none by default");
-    add_line_options(command, "--start-line", options.start_lines,
-                     "The same in lines from the start position alone, behind those");
+    add_line_options(command, options.lines);
 }
 
 }  // namespace

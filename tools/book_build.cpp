@@ -4,7 +4,6 @@
 #include <bit>
 #include <cstdlib>
 #include <map>
-#include <span>
 #include <utility>
 
 #include "core/ballots.h"
@@ -69,12 +68,6 @@ uint64_t reply_nodes(const BookLineOptions& lines, int32_t variant, int32_t repl
     return longer ? lines.reply_nodes * 3 / 2 : lines.reply_nodes;
 }
 
-// Lines and where they begin.
-struct BookLines {
-    std::span<const BookGraph::Root> roots;
-    const BookLineOptions& options;
-};
-
 // Follows a line to its end or to the first thing that is not known, which becomes a task.
 void follow_line(const BookGraph& graph, const BookLineOptions& options, const LineMoves& known,
                  int32_t number, int book_side, int32_t variant, LineTasks& line_tasks) {
@@ -95,22 +88,22 @@ void follow_line(const BookGraph& graph, const BookLineOptions& options, const L
     }
 }
 
-LineTasks open_line_tasks(const BookGraph& graph, const BookLines& lines, const LineMoves& known) {
+LineTasks open_line_tasks(const BookGraph& graph, const BookLineOptions& options, const LineMoves& known) {
     LineTasks line_tasks;
-    for (const BookGraph::Root& root : lines.roots)
+    for (const BookGraph::Root& root : graph.roots)
         for (const int book_side : {BLACK, WHITE})
-            for (int32_t variant = 0; variant < lines.options.variants; ++variant)
-                follow_line(graph, lines.options, known, root.node, book_side, variant, line_tasks);
+            for (int32_t variant = 0; variant < options.variants; ++variant)
+                follow_line(graph, options, known, root.node, book_side, variant, line_tasks);
     return line_tasks;
 }
 
 // All lines go one step further at a time, and each from its root anew, as values that come back may change
 // the book's choice.
-bool grow_lines(BookGraph& graph, const BookLines& lines, const BookAnalyst& analyst) {
+bool grow_lines(BookGraph& graph, const BookLineOptions& options, const BookAnalyst& analyst) {
     LineMoves known;
     std::vector<BookAnalysis> analyses;
-    for (int32_t step = 0; step < lines.options.moves * STEPS_A_MOVE; ++step) {
-        const LineTasks line_tasks = open_line_tasks(graph, lines, known);
+    for (int32_t step = 0; step < options.moves * STEPS_A_MOVE; ++step) {
+        const LineTasks line_tasks = open_line_tasks(graph, options, known);
         if (line_tasks.tasks.empty()) return true;
         if (!analyst.analyse(analyst.context, line_tasks.tasks, analyses)) return false;
         for (size_t i = 0; i < analyses.size(); ++i) {
@@ -129,9 +122,7 @@ bool grow_book(BookGraph& graph, const BookBuildOptions& options, const BookAnal
     graph = BookGraph{};
     graph.costs = options.costs;
     add_roots(graph, options);
-    const std::span<const BookGraph::Root> roots = graph.roots;
-    return grow_best_first(graph, options, analyst) && grow_lines(graph, {roots, options.lines}, analyst) &&
-           grow_lines(graph, {roots.first(1), options.start_lines}, analyst);
+    return grow_best_first(graph, options, analyst) && grow_lines(graph, options.lines, analyst);
 }
 
 std::vector<BookPosition> book_positions(const BookGraph& graph, int32_t second_margin) {

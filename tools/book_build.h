@@ -33,8 +33,7 @@ struct BookBuildOptions {
     int64_t deep_positions = 0;      // of these, the first, which most games go through
     uint64_t nodes = 600000;         // of the search of a position
     uint64_t deep_nodes = 10000000;  // of one of the first
-    BookLineOptions lines;           // from all roots
-    BookLineOptions start_lines;     // behind those, from the start position alone, where most games begin
+    BookLineOptions lines;
     BookCosts costs;
     int32_t ballot_cost = 8;    // of the ballots as roots; that of the start position is 0
     int32_t second_margin = 4;  // points that a second-best move may give away

@@ -363,22 +363,6 @@ TEST_F(BookGraphTest, LinesGoAsGamesDo) {
     EXPECT_FALSE(grow_book(same, options, {&again, analyse})) << "stopped in the midst of the lines";
 }
 
-TEST_F(BookGraphTest, LinesFromTheStartGoFurtherIfAskedTo) {
-    Analyst analyst;
-    BookGraph graph;
-    BookBuildOptions options;
-    options.positions = 100;
-    options.lines = short_lines(1, 0);
-    options.start_lines = short_lines(15, 0);
-    options.start_lines.nodes = 110000;
-    ASSERT_TRUE(grow_book(graph, options, {&analyst, analyse}));
-    expect_lines(graph, graph.roots[0].node, options.start_lines);
-    const auto in_start_lines = std::count(analyst.nodes.begin(), analyst.nodes.end(), 110000u);
-    EXPECT_GE(in_start_lines, 2 * options.start_lines.moves);
-    EXPECT_LT(in_start_lines, std::ssize(graph.roots) * options.start_lines.moves)
-        << "the others' go no further";
-}
-
 TEST_F(BookGraphTest, OwnMovesThatLookNearlyAsGoodAreAnalysedToo) {
     size_t before = 0;
     for (const int32_t margin : {0, 3, 12}) {

@@ -31,8 +31,7 @@ class CliBook : public testing::Test {
 TEST_F(CliBook, IsTheSameWhateverTheJobsAndTheStops) {
     const std::string effort =
         " --deep-positions 20 --deep-nodes 4000 --line-moves 1 --line-nodes 4000 --line-variants 2 "
-        "--line-reply-nodes 1000 --line-margin 2 "
-        "--start-line-moves 2 --start-line-nodes 6000 --start-line-variants 2 --start-line-reply-nodes 1000";
+        "--line-reply-nodes 1000 --line-margin 2";
     const ProgramResult whole = build("whole.odb", 130, "--jobs 1" + effort);
     ASSERT_EQ(whole.status, 0) << whole.errors;
     int positions = 0;
