@@ -125,4 +125,20 @@ TEST(EgdbCoder, PlanesOfASlice) {
                       one.unfit[v][static_cast<size_t>((700 + i) >> 6)] >> ((700 + i) & 63) & 1);
 }
 
+// Nor one in which nothing is looked up.
+TEST(EgdbCoder, ASubsliceOfOneValueHasNoBlocks) {
+    const Coders coders = make_coders();
+    EgdbFilePair pair;
+    const std::vector<int> sequences[] = {{1, 1, -1}, {-1, 2}, {3}, {-1, -1, -1, -1}};
+    int subslice = 0;
+    for (const std::vector<int>& sequence : sequences)
+        append_subslice(pair, coders, planes_of_sequence(sequence), {2, 1, 1, 0}, subslice++, WHITE, 1);
+    EXPECT_EQ(pair.index, "BASE2,1,1,0,0,w:+\nBASE2,1,1,0,1,w:-\nBASE2,1,1,0,2,w:=\nBASE2,1,1,0,3,w:.\n");
+    EXPECT_TRUE(pair.data.empty());
+    EXPECT_EQ(pair.single_subslices, 4);
+    EXPECT_EQ(pair.coded_subslices, 0);
+    EXPECT_EQ(pair.positions, 10);
+    EXPECT_EQ(pair.free_positions, 6);
+}
+
 }  // namespace
