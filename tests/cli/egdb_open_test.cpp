@@ -87,6 +87,15 @@ TEST(CliEgdbOptions, PlayHasTheDatabaseThatComesWithTheProgram) {
     EXPECT_EQ(run_program("play --no-egdb --egdb " + SHIPPED).status, 2);
 }
 
+// Opened before the first search and not beside it: the root alone is enough to see the draw.
+TEST(CliEgdbOptions, TheFirstMoveOfPlayHasTheDatabase) {
+    const std::string lines = "setup W:WK46,K47,K48:BK4\ngo\n";
+    const ProgramResult with = run_program("play --quiet --book off --time 0.05", lines);
+    EXPECT_NE(with.output.find(",  depth 59/"), std::string::npos) << with.output;
+    const ProgramResult without = run_program("play --quiet --book off --time 0.05 --no-egdb", lines);
+    EXPECT_EQ(without.output.find(",  depth 59/"), std::string::npos) << without.output;
+}
+
 TEST(CliEgdbVerify, TellsOfEachFile) {
     const ProgramResult good = run_program("egdb verify " + SHIPPED);
     EXPECT_EQ(good.status, 0) << good.errors;

@@ -233,6 +233,32 @@ TEST_F(CliMatch, AnInterruptedMatchTellsWhatItHas) {
     EXPECT_EQ(result.output.substr(0, 6), "games ");
 }
 
+// On a terminal the interrupt goes to all of them.
+TEST_F(CliMatch, ItsPlayersLeaveTheInterruptToIt) {
+    const ProgramResult result = disturbed_match(
+        *folder,
+        "for player; do\n"
+        "for i in $(seq 200); do grep -q '^SigIgn:.*[2367abef]$' /proc/$player/status && break; sleep 0.05; done\n"
+        "kill -INT $player\n"
+        "done\n"
+        "sleep 0.3\n"
+        "kill -INT $match");
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.errors, "");
+}
+
+// Its players are held up, so that it cannot end by itself; more than two interrupts, as those that come
+// close together count as one.
+TEST_F(CliMatch, ASecondInterruptEndsItAtOnce) {
+    const ProgramResult result =
+        disturbed_match(*folder,
+                        "kill -STOP $1 $2\n"
+                        "for i in 1 2 3 4 5 6 7 8 9; do kill -INT $match; sleep 0.1; done\n"
+                        "kill -CONT $1 $2");
+    EXPECT_EQ(result.status, 130) << result.errors;
+    EXPECT_EQ(result.output, "");
+}
+
 TEST(CliPlayer, AnswersQuestions) {
     const TemporaryFolder folder;
     ASSERT_EQ(run_program("weights seed --out a.bin", "", folder.path).status, 0);

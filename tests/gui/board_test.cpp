@@ -352,6 +352,14 @@ TEST_F(BoardView, OtherSizesAreDrawnWhole) {
     const QPoint middle_of_28(1 + 46 * 4 + 23, 5 + 46 * 5 + 23);
     QTest::mouseClick(board.get(), Qt::LeftButton, Qt::NoModifier, middle_of_28);
     EXPECT_EQ(marks_now(), Marks{28});
+    for (const QSize& size : {QSize(620, 470), QSize(470, 620)}) {
+        drop_clicks();
+        board->resize(size);
+        const QPoint corner((size.width() - 470) / 2, (size.height() - 470) / 2);
+        QTest::mouseClick(board.get(), Qt::LeftButton, Qt::NoModifier,
+                          corner + QPoint(47 * 4 + 23, 47 * 5 + 23));
+        EXPECT_EQ(marks_now(), Marks{28}) << size.width();
+    }
 }
 
 }  // namespace

@@ -251,6 +251,15 @@ TEST_F(Screen, NothingElseHappensInAPause) {
     EXPECT_TRUE(wait_until([ticks] { return tick_figures.ticks > ticks; }));
 }
 
+TEST_F(Screen, WhatCameInAPauseRunsBehindIt) {
+    ran.clear();
+    ui.post(run_work, 1);
+    ui.pause(50);
+    EXPECT_TRUE(ran.empty());
+    settle();
+    EXPECT_EQ(ran, std::vector<int32_t>{1}) << "though nothing else is posted";
+}
+
 TEST_F(Screen, PausesAreNotCountedAsLateTicks) {
     ASSERT_TRUE(wait_until([] { return tick_figures.ticks > 2; }));
     tick_figures.worst_late_us = 0;
