@@ -4,28 +4,29 @@
     run.py BUILD [NUMBER...]
 
 BUILD is a folder of its own, which a copy of the sources and their build go into; nothing else is touched. With
-numbers only these breaks are made. The last line is the number found and made. Ends with 1 if a break was not
-found, is not possible any more, or does not compile.
+numbers only these breaks are made, those of the windows behind the others. The windows are built only if a break needs
+them. The last line is the number found and made. Ends with 1 if a break was not found, is not possible any more, or does
+not compile.
 """
 
 import filecmp
 import os
 import shutil
+import signal
 import subprocess
 import sys
 
-from mutations import MUTATIONS
+from mutations import MUTATIONS as PROGRAM_MUTATIONS
+from window_mutations import MUTATIONS as WINDOW_MUTATIONS
 
+MUTATIONS = PROGRAM_MUTATIONS + WINDOW_MUTATIONS
 PROJECT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 TEST_SECONDS = 300
 
 
-def run(command, **more):
-    return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, **more)
-
-
 def copy_changed(sources):
-    names = subprocess.run(["git", "-C", PROJECT, "ls-files", "-z"], check=True, capture_output=True, text=True)
+    names = subprocess.run(["git", "-C", PROJECT, "ls-files", "-z", "--cached", "--others", "--exclude-standard"],
+                           check=True, capture_output=True, text=True)
     for name in filter(None, names.stdout.split("\0")):
         source, copy = os.path.join(PROJECT, name), os.path.join(sources, name)
         if os.path.exists(copy) and filecmp.cmp(source, copy, shallow=False):
@@ -36,26 +37,33 @@ def copy_changed(sources):
 
 def prepare(sources, build, programs):
     copy_changed(sources)
+    desktop = any(program.startswith("gui_") for program in programs)
     subprocess.run(["cmake", "-S", sources, "-B", build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release",
-                    "-DTESSARIN_TESTS=ON", "-DTESSARIN_DESKTOP=OFF"], check=True, stdout=subprocess.DEVNULL)
+                    "-DTESSARIN_TESTS=ON", "-DTESSARIN_DESKTOP=" + ("ON" if desktop else "OFF")],
+                   check=True, stdout=subprocess.DEVNULL)
     for program in sorted(programs):
         if is_found(build, [program]) is not False:
             sys.exit("%s does not pass as it is" % program)
 
 
+def passes(build, program):
+    """Whether the test program ends well, and in time; none of the programs that it runs outlives it."""
+    environment = dict(os.environ, XDG_DATA_HOME=os.path.join(build, "data-home"))
+    with subprocess.Popen([os.path.join(build, "bin", program), "--gtest_fail_fast", "--gtest_brief=1"], cwd=build,
+                          env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.STDOUT,
+                          start_new_session=True) as test:
+        try:
+            return test.wait(TEST_SECONDS) == 0
+        except subprocess.TimeoutExpired:
+            os.killpg(test.pid, signal.SIGKILL)
+            return False
+
+
 def is_found(build, programs):
     """Whether one of the programs fails; or None if they do not compile."""
-    if run(["ninja", "-C", build] + programs).returncode != 0:
+    if subprocess.run(["ninja", "-C", build] + programs, stdout=subprocess.DEVNULL).returncode != 0:
         return None
-    for program in programs:
-        try:
-            result = run([os.path.join(build, "bin", program), "--gtest_fail_fast", "--gtest_brief=1"],
-                         cwd=build, timeout=TEST_SECONDS)
-        except subprocess.TimeoutExpired:
-            return True
-        if result.returncode != 0:
-            return True
-    return False
+    return not all(passes(build, program) for program in programs)
 
 
 def main():
