@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "base/detached_thread.h"
 #include "base/log.h"
@@ -16,7 +17,7 @@ constexpr size_t RECEIVE_BYTES = 299;
 DxpConnection& make_connection() {
     DxpConnection& connection = *new DxpConnection;
     connection.make_thread = [](void (*body)(std::shared_ptr<DxpLink>), std::shared_ptr<DxpLink> link) {
-        return start_detached_thread([body, link] { body(link); });
+        return start_detached_thread([body, link = std::move(link)] { body(link); });
     };
     connection.post_event = [](int32_t, int32_t) {};
     return connection;
