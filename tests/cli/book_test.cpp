@@ -138,7 +138,7 @@ TEST_F(CliBook, WorkThatCannotBeKeptEndsTheBuild) {
     const ProgramResult full = run_program("script", "", folder.path, "/bin/bash");
     EXPECT_EQ(full.status, 1);
     EXPECT_TRUE(full.errors.starts_with("tessarin-cli: cannot write ")) << full.errors;
-    EXPECT_TRUE(full.errors.ends_with("/a.odb.work\n")) << full.errors;
+    EXPECT_NE(full.errors.find("/a.odb.work\n"), std::string::npos) << full.errors;
     const ProgramResult nowhere = build("a.odb", 2, "--work nowhere/work");
     EXPECT_EQ(nowhere.status, 1);
     EXPECT_TRUE(nowhere.errors.starts_with("tessarin-cli: cannot open ")) << nowhere.errors;

@@ -65,6 +65,8 @@ ProgramCopy::ProgramCopy() : program(folder.path / "tessarin-cli") {
 }
 
 RunningProgram::RunningProgram(const std::string& arguments, const std::filesystem::path& folder) {
+    // Behind a shell's & the key would be ignored by all that is started.
+    std::signal(SIGINT, SIG_DFL);
     // The shell becomes the program, so that the interrupt reaches it.
     const std::vector<std::string> shell = {"sh", "-c",
                                             "cd '" + folder.string() + "' && exec '" + PROGRAM + "' 2>'" +
