@@ -145,7 +145,9 @@ TEST(EgdbDesign, SamplesAreStretchesThatTakeCatalogueZero512Bytes) {
                 while (static_cast<int64_t>(joined.size()) < whole.size) {
                     ASSERT_LT(next, samples.size());
                     const int64_t end = furthest(whole, static_cast<int64_t>(joined.size()));
-                    const std::vector<int> part = sequence_of(samples[next++].planes);
+                    const ValuePlanes& planes = samples[next++].planes;
+                    const std::vector<int> part = sequence_of(planes);
+                    ASSERT_EQ(planes.unfit, planes_of_sequence(part).unfit) << "and nothing behind the end";
                     joined.insert(joined.end(), part.begin(), part.end());
                     ASSERT_EQ(static_cast<int64_t>(joined.size()), end);
                 }
@@ -363,8 +365,8 @@ TEST(EgdbDesign, TheSourceHasTheSameRows) {
 }
 
 TEST(EgdbDesign, TheTableOfTheFormatIsSuchASource) {
-    std::vector<Catalogue256> rows;
-    for (int c = 0; c < CATALOGUES; ++c) rows.push_back(catalogue_rows(c));
+    std::vector<Catalogue256> rows(CATALOGUES);
+    for (int c = 0; c < CATALOGUES; ++c) rows[static_cast<size_t>(c)] = catalogue_rows(c);
     std::ostringstream table;
     table << std::ifstream(PROJECT_FOLDER "/egdb/catalogues_table.cpp", std::ios::binary).rdbuf();
     EXPECT_EQ(catalogue_source(rows), table.str());
