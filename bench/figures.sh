@@ -14,7 +14,7 @@ project=$(dirname "$(dirname "$(readlink -f "$0")")")
 export QT_QPA_PLATFORM=offscreen
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-cd "$work"
+cd "$bin"  # where the programs find the weights
 START=$(sed -n 's/^ *"\(W:W31,32,33.*\)",$/\1/p' "$project/cli/bench_positions_table.cpp" | head -n 1)
 
 row() { printf '\n## %s\n' "$1"; }
@@ -45,7 +45,7 @@ done
 row "A game analysed, and the sum of its search times"
 for turn in 1 2; do
     XDG_DATA_HOME=$work/$turn timed "$bin/tessarin-cli" analyze "$project/data/games/sample.pdn" --time 0.1 \
-        --output "$turn.pdn" 2>&1 | tail -n 1
+        --output "$work/$turn.pdn" 2>&1 | tail -n 1
     cat "$work/$turn"/*/*/Tessarin.log | sed -n 's/.* nodes \([0-9]*\), time .*, \([0-9]*\) kN.*/\1 \2/p' |
         awk '$2 > 0 { sum += $1 / $2 / 1000 } END { print sum " s of " NR " searches" }'
 done
@@ -62,19 +62,19 @@ for bench in eval book pdn gui; do "$bin/bench_$bench" --benchmark_color=false 2
 row "Start of the window"
 python3 "$project/bench/window_starts.py" "$bin/tessarin"
 
-row "The time of a move"
-"$bin/time_trace" fixed 0.1 2
-"$bin/time_trace" moves 75 0.5 3
-"$bin/time_trace" moves 75 5 1
-"$bin/time_trace" increment 10 0.1 2
-
 row "Databases"
 "$bin/bench_egdb" --benchmark_color=false 2>/dev/null
 [ -z "$database" ] || TESSARIN_EGDB=$database "$bin/bench_egdb" --benchmark_color=false 2>/dev/null
-timed "$bin/tessarin-cli" egdb build built --pieces 4 --threads 2 2>&1 | tail -n 1
-timed "$bin/tessarin-cli" egdb build built-mtc --mtc --pieces 4 --threads 2 2>&1 | tail -n 1
+timed "$bin/tessarin-cli" egdb build "$work/built" --pieces 4 --threads 2 2>&1 | tail -n 1
+timed "$bin/tessarin-cli" egdb build "$work/built-mtc" --mtc --pieces 4 --threads 2 2>&1 | tail -n 1
 for turn in 1 2 3; do
     for folder in '' "$project/data/wld_database" "$database"; do
         echo "depth 20 with ${folder:-none}: $(timed "$bin/tessarin-cli" search "$START" --depth 20 ${folder:+--egdb "$folder"} 2>&1 | tail -n 2 | tr '\n' ' ')"
     done
 done
+
+row "The time of a move"
+"$bin/time_trace" fixed 0.1 2
+"$bin/time_trace" moves 75 0.5 3
+"$bin/time_trace" moves 75 5 1
+"$bin/time_trace" increment 10 0.1 2
