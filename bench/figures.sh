@@ -5,7 +5,7 @@
 #   bench/figures.sh BUILD [DATABASE]
 #
 # BUILD is a release build with tests and desktop. DATABASE is a folder of five-piece databases, for the second column of
-# their tables.
+# their tables. Needs the commands of Debian's packages time, xvfb and openbox.
 set -eu
 build=$(readlink -f "$1")
 database=${2:+$(readlink -f "$2")}
