@@ -302,7 +302,19 @@ TEST_F(State, AWishDuringAnOpeningWaitsForItsEnd) {
 // Searches begin one after the other with lookups on other threads in between, while settings change.
 TEST_F(State, ManyChangesWithLookupsInBetween) {
     const ScratchFolder empty;
-    std::atomic<int> wrong = 0;
+    const auto value_at = [](int64_t index) {
+        const Position position = position_from_index(index, {0, 1, 0, 1});
+        if (has_capture(position, BLACK)) return -1;
+        const EgdbDriver& wld = *egdb_engine.wld;
+        return static_cast<int>(wld.lookup(wld.handle, position, BLACK, false));
+    };
+    change_and_prepare();
+    wait();
+    prepare();
+    ASSERT_TRUE(egdb_engine.wld);
+    std::vector<int> expected;
+    for (int64_t index = 0; index < 1225; ++index) expected.push_back(value_at(index));
+    std::atomic<int> wrong = 0, looked_up = 0;
     for (int round = 0; round < 60; ++round) {
         options.wld_parallel_init = round % 2 == 0;
         options.wld_enable = round % 7 != 3;
@@ -310,20 +322,22 @@ TEST_F(State, ManyChangesWithLookupsInBetween) {
         options.wld_max_pieces = 2 + round % 3;
         reopen_wld = round % 3 != 1 || reopen_wld;
         prepare();
+        if (round % 4 != 0) wait();
+        prepare();
         if (!egdb_engine.wld) continue;
         std::vector<std::thread> searchers;
         for (int t = 0; t < 3; ++t)
             searchers.emplace_back([&, t] {
                 for (int64_t i = 0; i < 200; ++i) {
-                    const Position position = position_from_index((i * 7 + t) % 1225, {0, 1, 0, 1});
-                    if (has_capture(position, BLACK)) continue;
-                    const EgdbDriver& wld = *egdb_engine.wld;
-                    if (wld.lookup(wld.handle, position, BLACK, false) != EGDB_DRAW) ++wrong;
+                    const int64_t index = (i * 7 + t) % 1225;
+                    if (value_at(index) != expected[static_cast<size_t>(index)]) ++wrong;
+                    ++looked_up;
                 }
             });
         for (std::thread& searcher : searchers) searcher.join();
     }
     EXPECT_EQ(wrong, 0);
+    EXPECT_GT(looked_up, 6000);
 }
 
 TEST_F(State, ALogThatCannotBeWrittenChangesNothing) {
