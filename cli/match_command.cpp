@@ -166,13 +166,7 @@ void add_report(Match& match, const PairReport& report) {
     add_pair(match.results, report.points[0], report.points[1]);
     for (const GameEnd end : report.ends) ++match.ends[end];
     match.plies += report.plies;
-    for (size_t player = 0; player < 2; ++player) {
-        PlayerWork& sum = match.work[player];
-        sum.moves += report.work[player].moves;
-        sum.depth += report.work[player].depth;
-        sum.nodes += report.work[player].nodes;
-        sum.seconds += report.work[player].seconds;
-    }
+    for (size_t player = 0; player < 2; ++player) add_work(match.work[player], report.work[player]);
     const std::vector<double>& sprt = match.options.sprt;
     if (!sprt.empty() && sprt_verdict(match.results, {sprt[0], sprt[1]}) != SPRT_OPEN) match.ended = true;
     show_state(match);

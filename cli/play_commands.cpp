@@ -185,8 +185,11 @@ void set_clock_numbers(const Words& words) {
         fields.moves = static_cast<int32_t>(a);
         fields.minutes = b;
     }
+    if (set_game_clock(fields) != 0) {
+        complain("the average time per move is too short");
+        return;
+    }
     settings2.increment_mode = increment;
-    if (set_game_clock(fields) != 0) complain("the average time per move is too short");
     reset_game_clock();
 }
 

@@ -97,13 +97,6 @@ bool can_move(const Position& position) {
     return generate_moves(position, list, position.side) > 0;
 }
 
-void add_work(PlayerWork& work, const PlayerAnswer& answer) {
-    ++work.moves;
-    work.depth += answer.depth;
-    work.nodes += answer.nodes;
-    work.seconds += answer.seconds;
-}
-
 PairStatus play_game(const Position& start, size_t number, const MatchPlayers& players, bool adjudicate,
                      PairReport& report, int& culprit) {
     const int white_player = number == 0 ? PLAYER_A : PLAYER_B;
@@ -121,7 +114,7 @@ PairStatus play_game(const Position& start, size_t number, const MatchPlayers& p
         PlayerAnswer answer{};
         if (!players.ask(players.context, culprit, position, answer)) return PAIR_PLAYER_FAILED;
         if (!play_move(game, answer.move, answer.score)) return PAIR_ILLEGAL_MOVE;
-        add_work(report.work[static_cast<size_t>(culprit)], answer);
+        add_work(report.work[static_cast<size_t>(culprit)], {1, answer.depth, answer.nodes, answer.seconds});
     }
     report.ends[number] = end;
     report.points[number] = 1 + (white_player == PLAYER_A ? -result : result);
@@ -156,6 +149,13 @@ std::vector<Position> ending_starts(int pieces, uint64_t seed, int64_t pairs) {
         if (quiet && can_move(start) && seen.insert(sets_of(start)).second) starts.push_back(start);
     }
     return starts;
+}
+
+void add_work(PlayerWork& sum, const PlayerWork& more) {
+    sum.moves += more.moves;
+    sum.depth += more.depth;
+    sum.nodes += more.nodes;
+    sum.seconds += more.seconds;
 }
 
 PairStatus play_pair(const Position& start, const MatchPlayers& players, bool adjudicate, PairReport& report,

@@ -54,6 +54,7 @@ struct PlayerWork {
     uint64_t nodes = 0;
     double seconds = 0;
 };
+void add_work(PlayerWork& sum, const PlayerWork& more);
 
 struct PairReport {
     std::array<int, 2> points{};  // of player A in both games: 2 won, 1 drawn, 0 lost

@@ -253,6 +253,15 @@ TEST_F(CliPlay, PlaysByTheClock) {
     EXPECT_NE(result.output.find("moves 0"), std::string::npos);
 }
 
+TEST_F(CliPlay, TheKindOfClockIsTheOneAskedForLast) {
+    // Tenths of a second by the first clock, and minutes by the second. What is refused changes nothing.
+    const ProgramResult result =
+        play("clock 100 0.2\nclock increment 3600 100\nclock 1000 0.1\n32-28\nsleep 2\nstop\n");
+    EXPECT_EQ(result.errors, "tessarin-cli: the average time per move is too short\n")
+        << "and the engine had to be stopped";
+    EXPECT_EQ(lines_with(result.output, "engine ").size(), 1u) << result.output;
+}
+
 TEST_F(CliPlay, TheClockIsStartedAndStopped) {
     const ProgramResult result =
         play("clock 100 1\nclock start\nsleep 1.1\nclock stop\nclock\nsleep 1.1\nclock\n");
@@ -270,6 +279,14 @@ TEST_F(CliPlay, PonderingIsTurnedOnAndOff) {
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_EQ(lines_with(result.output, "pondering move ").size(), 1u)
         << "only before it is turned off: " << result.output;
+}
+
+TEST_F(CliPlay, PonderingThatIsTurnedOffEndsAtOnce) {
+    const ProgramResult result =
+        play("ponder on\n32-28\nwait\nponder off\nstatus\nsleep 1\nstatus\n", "--time 0.05 --quiet");
+    const std::vector<std::string> values = lines_with(result.output, "value=");
+    ASSERT_GE(values.size(), 2u) << result.output;
+    EXPECT_EQ(values.back(), values[values.size() - 2]) << "no more is searched";
 }
 
 TEST_F(CliPlay, TheTimeOfAMoveIsChanged) {

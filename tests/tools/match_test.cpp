@@ -176,6 +176,12 @@ TEST(MatchPair, BothPlayersHaveEachColour) {
         EXPECT_EQ(report.work[player].depth, 3 + static_cast<int>(player));
         EXPECT_EQ(report.work[player].nodes, 10u + player);
         EXPECT_EQ(report.work[player].seconds, 0.5);
+        PlayerWork sum = report.work[player];
+        add_work(sum, {2, 20, 200, 4});
+        EXPECT_EQ(sum.moves, 3);
+        EXPECT_EQ(sum.depth, 23 + static_cast<int>(player));
+        EXPECT_EQ(sum.nodes, 210u + player);
+        EXPECT_EQ(sum.seconds, 4.5);
     }
     // With black to move and win, the player with black has the points.
     Position mirrored = white_wins_at_once();
