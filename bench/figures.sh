@@ -29,7 +29,7 @@ git -C "$project" log --oneline -n 1
 
 row "Moves and search"
 for turn in 1 2 3; do
-    "$bin/tessarin-cli" perft 9 | tail -n 1
+    "$bin/tessarin-cli" perft 10 | tail -n 1
     "$bin/tessarin-cli" search "$START" --depth 21 | tail -n 2
     "$bin/tessarin-cli" bench --depth 15 | tail -n 1
 done
