@@ -22,7 +22,7 @@ status=0
 for target in "$@"; do
     mkdir -p "$work/$target"
     found_before=$(ls "$work/$target" | wc -l)
-    /usr/bin/time -a -o "$work/$target.seconds" -f %U "$build/bin/$target" -max_total_time="$seconds" \
+    /usr/bin/time -a -o "$work/$target.seconds" -f '%U %S' "$build/bin/$target" -max_total_time="$seconds" \
         -artifact_prefix="$work/$target-" "$work/$target" "$corpus/$target" >"$work/$target.log" 2>&1 || {
         echo "$target broke: $work/$target.log"
         status=1
@@ -39,7 +39,7 @@ for target in "$@"; do
         [ $bytes -le $CORPUS_BYTES ] || break
         echo "$known" | grep -q "$input" || cp "$work/$target.least/$input" "$corpus/$target/"
     done
-    spent=$(awk '/^[0-9.]+$/ { sum += $1 } END { printf "%.0f", sum }' "$work/$target.seconds")
+    spent=$(awk '/^[0-9. ]+$/ { sum += $1 + $2 } END { printf "%.0f", sum }' "$work/$target.seconds")
     echo "$target: $runs runs, $(($(ls "$work/$target" | wc -l) - found_before)) inputs found, $spent s of processor time" \
         "in all runs"
 done
