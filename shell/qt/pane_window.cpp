@@ -81,15 +81,6 @@ PaneEdit::PaneEdit(QWidget* parent) : QPlainTextEdit(parent) {
     document()->setDocumentMargin(TEXT_MARGIN);
 }
 
-// The keys of the game are the frame's, also while a pane has the focus.
-bool PaneEdit::event(QEvent* event) {
-    if (event->type() == QEvent::ShortcutOverride) {
-        event->ignore();
-        return false;
-    }
-    return QPlainTextEdit::event(event);
-}
-
 void PaneEdit::contextMenuEvent(QContextMenuEvent* event) {
     QMenu menu(this);
     QAction* const copy_action = menu.addAction(program_text(TEXT_COPY), this, &QPlainTextEdit::copy);

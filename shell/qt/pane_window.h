@@ -16,7 +16,6 @@ class PaneEdit : public QPlainTextEdit {
     explicit PaneEdit(QWidget* parent = nullptr);
 
   protected:
-    bool event(QEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
 };
 
