@@ -59,10 +59,11 @@ std::string join(const Words& words, size_t first) {
 }
 
 // A positive number of the user's, which has been refused with the usage if it is none.
-bool read_number(const std::string& word, double& number) {
+bool read_number(const std::string& word, double& number, bool may_be_zero = false) {
     char* end = nullptr;
     number = std::strtod(word.c_str(), &end);
-    if (end != word.c_str() && !*end && number > 0 && number <= 1e6) return true;
+    const bool is_number = end != word.c_str() && !*end;
+    if (is_number && (number > 0 || (may_be_zero && number == 0)) && number <= 1e6) return true;
     complain("not a number that can be used: %.50s", word.c_str());
     return false;
 }
@@ -177,7 +178,7 @@ void set_clock_numbers(const Words& words) {
         complain("clock MOVES MINUTES, or clock increment INITIAL INCREMENT");
         return;
     }
-    if (!read_number(words[first], a) || !read_number(words[first + 1], b)) return;
+    if (!read_number(words[first], a) || !read_number(words[first + 1], b, increment)) return;
     if (increment) {
         fields.initial_seconds = a;
         fields.increment_seconds = b;

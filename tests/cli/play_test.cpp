@@ -251,6 +251,11 @@ TEST_F(CliPlay, PlaysByTheClock) {
     EXPECT_EQ(lines_with(result.output, "engine ").size(), 2u) << result.output;
     EXPECT_NE(result.output.find("moves 1"), std::string::npos) << result.output;
     EXPECT_NE(result.output.find("moves 0"), std::string::npos);
+    const ProgramResult sudden_death = play("clock increment 3 0\n32-28\n");
+    EXPECT_EQ(sudden_death.status, 0) << sudden_death.errors;
+    EXPECT_EQ(lines_with(sudden_death.output, "engine ").size(), 1u);
+    EXPECT_EQ(play("clock increment 0 1\n").status, 1);
+    EXPECT_EQ(play("clock 75 0\n").status, 1);
 }
 
 TEST_F(CliPlay, TheKindOfClockIsTheOneAskedForLast) {
