@@ -58,7 +58,7 @@ std::string join(const Words& words, size_t first) {
     return text;
 }
 
-// A positive number of the user's, which has been refused with the usage if it is none.
+// A positive number of the user's, or 0 where that may be. False if it is no such number, which he is told.
 bool read_number(const std::string& word, double& number, bool may_be_zero = false) {
     char* end = nullptr;
     number = std::strtod(word.c_str(), &end);
