@@ -112,8 +112,8 @@ void check_heard() {
         dxp_parse_message(text, message);
         FUZZ_CHECK(message.type != DXP_NO_MESSAGE && text.size() <= DXP_MAX_TEXT);
         char again[DXP_TEXT_SIZE];
-        if (message.type != DXP_CHAT) FUZZ_CHECK(dxp_format_message(message, again) == text.size());
-        if (message.type != DXP_CHAT) FUZZ_CHECK(text == again);
+        if (message.type == DXP_CHAT) continue;
+        FUZZ_CHECK(dxp_format_message(message, again) == text.size() && text == again);
     }
 }
 

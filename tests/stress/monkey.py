@@ -16,7 +16,7 @@ import sys
 import time
 
 WIDTH, HEIGHT = 1280, 900
-STEPS = 20  # in one call of xdotool
+ACTIONS = 20  # in one call of xdotool
 KEYS = ["Left", "Right", "Home", "End", "Up", "Down", "Return", "Escape", "Tab", "shift+Tab", "space", "Delete", "BackSpace",
         "Page_Up", "Page_Down", "ctrl+a", "ctrl+c", "ctrl+v", "ctrl+i", "alt+c", "alt+n", "alt+y", "alt+o", "shift+F10", "F1",
         "1", "5", "9", "a", "e", "s", "w", "minus", "period"]
@@ -72,12 +72,13 @@ class Monkey:
         return ["search", "--onlyvisible", "--class", "tessarin", "windowsize", str(self.random.randrange(200, WIDTH)),
                 str(self.random.randrange(150, HEIGHT))]
 
-    def steps(self):
+    def actions(self):
+        """For one call of xdotool, each a list of its words."""
         if self.random.random() < 0.05:
-            return self.size()  # must be the only one, as it chooses the window of what follows
+            return [self.size()]  # must be the only one, as it chooses the window of what follows
         kinds = [self.click, self.key, self.menu, self.drag, self.double_click, self.text, self.wait, self.escape]
-        chosen = self.random.choices(kinds, [35, 30, 20, 7, 3, 2, 2, 1], k=STEPS)
-        return [word for kind in chosen for word in kind()]
+        chosen = self.random.choices(kinds, [35, 30, 20, 7, 3, 2, 2, 1], k=ACTIONS)
+        return [kind() for kind in chosen]
 
 
 def environment(folder, display):
@@ -114,9 +115,10 @@ def use(program, folder, seconds, monkey, environ):
                                            stderr=subprocess.STDOUT)
                 starts += 1
                 time.sleep(3)
-            subprocess.run(["xdotool"] + monkey.steps(), env=environ, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                           timeout=300)
-            actions += STEPS
+            chosen = monkey.actions()
+            subprocess.run(["xdotool"] + sum(chosen, []), env=environ, stdout=subprocess.DEVNULL,
+                           stderr=subprocess.DEVNULL, timeout=300)
+            actions += len(chosen)
         running.terminate()
         try:
             running.wait(60)

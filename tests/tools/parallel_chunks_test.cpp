@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <mutex>
 #include <set>
 
 #include "tests/egdb/failing_new.h"
