@@ -3,6 +3,8 @@
 // in order, and what is learned for the table, the history and the killers.
 #include "search/node_search.h"
 
+#include <algorithm>
+
 #include "eval/evaluation.h"
 #include "search/database.h"
 #include "search/score.h"
@@ -269,7 +271,8 @@ int32_t search_node_moves(Node& node, int32_t& best_index_out) {
     uint8_t order[MAX_MOVES];
     bool failed_high = false;
     if (list.count == 1) {
-        node.best = search_child(node, list[0], node.depth - (node.pruning_allowed ? FORCED_REPLY_COST : 0));
+        const int cost = node.pruning_allowed ? FORCED_REPLY_COST : 0;
+        node.best = std::max(node.best, search_child(node, list[0], node.depth - cost));
         node.best_index = 0;
     } else {
         if (search_hash_move(node, list)) {

@@ -88,6 +88,21 @@ TEST_F(NodeTest, AWinBelowBetaIsTheValueToBeat) {
     EXPECT_EQ(entry_of(p).type(), BOUND_EXACT);
 }
 
+TEST_F(NodeTest, AWinIsTheValueToBeatForASingleReplyToo) {
+    const Position p = position_of("W:W46:B1,2");
+    NodeSummary summary;
+    summarize(p, summary);
+    answer_with(EGDB_UNKNOWN, EGDB_UNKNOWN);
+    database_answer = [&](const Position& asked, int, bool) {
+        return same_pieces(asked, p) ? EGDB_WIN : EGDB_UNKNOWN;
+    };
+    const int win = egdb_score(p, WHITE, EGDB_WIN, summary);
+    EXPECT_EQ(node(p, 4, 15, win, win + 1).value, win);
+    EXPECT_EQ(entry_of(p).value(), win);
+    EXPECT_EQ(entry_of(p).type(), BOUND_UPPER);
+    EXPECT_EQ(entry_of(p).move_index(), 0);
+}
+
 TEST_F(NodeTest, ALossIsTheUpperLimit) {
     const Position p = position_of(SHUT_IN);
     NodeSummary summary;

@@ -322,8 +322,9 @@ int SlowSearch::node(const Position& p, int ply, int depth, int alpha, int beta,
     bool failed_high = false;
     int ignored;
     if (list.count == 1) {
-        best = -node(child_of(p, list[0], capture), ply + 1, pruning ? depth - 4 : depth, -beta, -alpha,
-                     pruning, ignored);
+        const int value = -node(child_of(p, list[0], capture), ply + 1, pruning ? depth - 4 : depth, -beta,
+                                -alpha, pruning, ignored);
+        if (value > best) best = value;
         found = 0;
     } else {
         int search_alpha = alpha;
