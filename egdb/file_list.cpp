@@ -15,14 +15,17 @@ void add_name(EgdbFileList& list, const char* text, int pieces, int max_one_side
     name.max_one_side = max_one_side;
 }
 
+constexpr char digit(int number) { return static_cast<char>('0' + number); }
+
 // The materials of that many pieces on each side, black having as many as white or more.
 void add_materials(EgdbFileList& list, int black, int white, int most_kings) {
     for (int bk = 0; bk <= black; ++bk) {
         for (int wk = 0; wk <= white; ++wk) {
             if (black == white && wk > bk) continue;
             if (most_kings >= 0 && (bk > most_kings || wk > most_kings)) continue;
-            char text[EGDB_NAME_SIZE];
-            std::snprintf(text, sizeof text, "db%d-%d%d%d%d", black + white, black - bk, bk, white - wk, wk);
+            const char text[] = {
+                'd',       'b', digit(black + white), '-', digit(black - bk), digit(bk), digit(white - wk),
+                digit(wk), '\0'};
             add_name(list, text, black + white, black);
         }
     }
