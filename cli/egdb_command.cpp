@@ -239,7 +239,9 @@ void add_build(CLI::App& egdb) {
     build.threads = processor_count();
     command->add_option("DIR", build.folder, "Folder of the database, made if it is not there")->required();
     command->add_flag("--mtc", options->mtc, "Build moves to conversion instead");
-    command->add_option("--pieces", build.pieces, "Most pieces on the board")
+    command
+        ->add_option("--pieces", build.pieces,
+                     "Most pieces on the board; the program knows sets of up to 5 and opens no larger one")
         ->check(CLI::Range(2, EGDB_MOST_BUILT))
         ->capture_default_str();
     command->add_option("--threads", build.threads)->check(CLI::Range(1, 256))->capture_default_str();

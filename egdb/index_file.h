@@ -9,7 +9,7 @@
 
 // Reads the index of one file of the database's type into its Slices. 0, also if the data file is missing and
 // may be, by its number of pieces. 1 ends the opening; the log tells why. `memory_counter` grows by the bytes
-// allocated, those of a failed reading as well.
+// allocated, but for those of a Subslice that failed.
 //
 // Everything that lookups rely on is checked here: numbers beyond their ranges, blocks beyond the file's end
 // and position numbers that don't rise make the reading fail like text that cannot be read.

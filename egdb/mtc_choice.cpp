@@ -69,15 +69,16 @@ bool losers_choices(const Position& position, const MoveList& moves, int side, C
     return choices.list[0].mtc >= MTC_THRESHOLD;
 }
 
-void write_choices(const Position& position, const MoveList& moves, Choices& choices, int32_t correction,
-                   char* text) {
+// In a won position every move of the choices has a number.
+void write_choices(const Position& position, const MoveList& moves, Choices& choices, bool won,
+                   int32_t correction, char* text) {
     text[0] = '\0';
     size_t length = 0;
     for (const Choice& choice : choices) {
         char move[MOVE_TEXT_SIZE];
         move_text(move, position, moves[choice.index]);
         char item[MOVE_TEXT_SIZE + 32];
-        const int bytes = choice.mtc < MTC_THRESHOLD
+        const int bytes = !won && choice.mtc < MTC_THRESHOLD
                               ? std::snprintf(item, sizeof item, "%s(?)  ", move)
                               : std::snprintf(item, sizeof item, "%s(%d)%s  ", move, choice.mtc + correction,
                                               choice.mtc == choices.list[0].mtc ? "*" : "");
@@ -113,6 +114,6 @@ int mtc_choose_move(const Position& position, int side, const MoveList& moves, i
     const int32_t correction = root_mtc == first.mtc ? -1 : 0;
     best = first.index;
     mtc = first.mtc + correction;
-    write_choices(root, moves, choices, correction, text);
+    write_choices(root, moves, choices, value == EGDB_WIN, correction, text);
     return 1;
 }

@@ -19,8 +19,7 @@ struct DecodeStart {
     int32_t offset = 0;
 };
 
-EgdbValue decode(const EgdbDatabase& database, const Subslice& subslice, const DecodeStart& start,
-                 uint32_t index) {
+EgdbValue decode(EgdbDatabase& database, const Subslice& subslice, const DecodeStart& start, uint32_t index) {
     const uint32_t r = start.block - subslice.first_idx_block;
     int32_t offset = start.offset;
     const int symbol = decode_symbol(start.bytes, code_of_block(subslice, r), start.position, index, offset);
@@ -29,6 +28,7 @@ EgdbValue decode(const EgdbDatabase& database, const Subslice& subslice, const D
                  subslice.file->name.data());
         return EGDB_UNKNOWN;
     }
+    count(database.statistics.db_returns);
     const auto s = static_cast<size_t>(symbol);
     return static_cast<EgdbValue>(subslice.vmap.empty() ? subslice.values[s]
                                                         : vmap_values[subslice.vmap[r]][s]);
@@ -99,7 +99,10 @@ EgdbValue lookup_cached(EgdbDatabase& database, const Subslice& subslice, uint32
 
 EgdbValue lookup_subslice(EgdbDatabase& database, const Subslice& subslice, uint32_t index,
                           bool conditional) {
-    if (subslice.singlevalue != NO_SINGLE_VALUE) return static_cast<EgdbValue>(subslice.singlevalue);
+    if (subslice.singlevalue != NO_SINGLE_VALUE) {
+        count(database.statistics.db_returns);
+        return static_cast<EgdbValue>(subslice.singlevalue);
+    }
     if (subslice.file->autoload) return lookup_autoloaded(database, subslice, index);
     return lookup_cached(database, subslice, index, conditional);
 }
@@ -130,8 +133,6 @@ EgdbValue wld_lookup(EgdbDatabase& database, const Position& position, int side,
         const bool other_side = find_subslice(database, canonical.material, canonical.side ^ 1, 0) != nullptr;
         return other_side ? EGDB_UNKNOWN : absent;
     }
-    const EgdbValue value =
-        lookup_subslice(database, *subslice, static_cast<uint32_t>(index % SUBSLICE_POSITIONS), conditional);
-    if (value >= 0) count(statistics.db_returns);
-    return value;
+    return lookup_subslice(database, *subslice, static_cast<uint32_t>(index % SUBSLICE_POSITIONS),
+                           conditional);
 }

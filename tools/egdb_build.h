@@ -13,7 +13,9 @@
 #include "egdb/numbering.h"
 #include "tools/egdb_blocks.h"
 
-// A material must fit in memory to be solved, and with seven pieces there are ones that don't.
+// A material must fit in memory to be solved, and with seven pieces there are ones that don't. A set is
+// opened once its checksum stands in egdb/identify.cpp, which wants it built once: those of six pieces never
+// were.
 constexpr int EGDB_MOST_BUILT = 6;
 
 struct EgdbBuildOptions {

@@ -76,6 +76,13 @@ TEST_F(MtcChoice, TheWinnerTakesTheShortestWay) {
     EXPECT_TRUE(begins("46-41(11)*  46-37(11)*  46-") || begins("46-37(11)*  46-41(11)*  46-")) << text;
 }
 
+TEST_F(MtcChoice, ANearWinHasItsNumberToo) {
+    king_41 = 8;
+    ASSERT_EQ(choose(), 1);
+    EXPECT_EQ(mtc, 8);
+    EXPECT_TRUE(begins("46-41(8)*  46-37(14)  46-")) << text;
+}
+
 TEST_F(MtcChoice, MovesThatDoNotWinAreLeftOut) {
     asked.answer = [](const Position& p, int side) {
         if (p.white & square(41)) return EGDB_DRAW;

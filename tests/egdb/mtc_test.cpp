@@ -162,6 +162,21 @@ TEST(MtcLookup, NoNumberInAnyDoubt) {
     EXPECT_EQ(s.db_requests, 5u);
 }
 
+// Though a file may have them.
+TEST(MtcLookup, NinePiecesAreNotLookedUp) {
+    const SmallFolder folder;
+    const std::string begins_behind = std::to_string(folder.bytes.size()) + "\n";
+    for (const int32_t black : {4, 5}) {
+        folder.write(folder.bytes + std::string(100, static_cast<char>(100)),
+                     "BASE0,1,0,1,0,b:0/0\nBASE0," + std::to_string(black) + ",0,4,0,b:0/" + begins_behind);
+        const auto opened = database_by_blocks(EGDB_MTC, folder.path, 2, 1);
+        EgdbDatabase& database = *opened;
+        EXPECT_EQ(mtc_lookup(database, position_from_index(0, {0, black, 0, 4}), BLACK, false), NO_MTC);
+        EXPECT_EQ(database.statistics.db_not_present_requests, black == 5 ? 1u : 0u);
+        EXPECT_EQ(database.statistics.lru_cache_loads, black == 5 ? 0u : 1u);
+    }
+}
+
 TEST(MtcLookup, ConditionalOnesDoNotRead) {
     const SmallFolder folder;
     const auto opened = database_by_blocks(EGDB_MTC, folder.path, 2, 1);
