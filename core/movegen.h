@@ -15,8 +15,8 @@
 #include "core/board.h"
 
 constexpr int MAX_MOVES = 128;
-// Captures beyond this number are dropped without a report, and quiet moves beyond MAX_MOVES. Positions of
-// play stay far below; set-up positions with many kings can exceed both.
+// Captures beyond this number are dropped without a report. Positions of play stay far below; set-up
+// positions with many kings can exceed it. Quiet moves are never more than MAX_MOVES.
 constexpr int MAX_CAPTURE_MOVES = 127;
 
 struct MoveList {

@@ -74,7 +74,7 @@ void iterate(const RootTask& task, RootMoves& moves, int iteration_limit) {
         // Only a limit that was asked for is met exactly.
         const bool exact = depth_limit < MAX_DEPTH;
         if (exact && depth >= depth_limit) return;
-        depth = next_iteration(depth);
+        depth = next_all_scores_iteration(depth);
         if (exact) depth = std::min(depth, depth_limit);
     } while (depth > 0);
 }

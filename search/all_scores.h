@@ -13,9 +13,8 @@
 //              first; at the end also the line of the best move
 //   flags      of SearchFlags, SEARCH_QUIET: no board and position in the log
 //   best_move  the move with the best value, which is returned; the position itself where there is no move
-//   searched   1 if an iteration deeper than 7 was begun, if the book or a database answered, or if there is
-//   no
-//              move; else 0
+//   searched   1 if an iteration deeper than 7 was begun, if the book or a database answered, or if there
+//              is no move; else 0
 //
 // A stop brings back the values of the last whole iteration. The databases do not correct the move.
 int32_t all_scores_search(const Position& position, int side, char* text, uint32_t flags, Move& best_move,

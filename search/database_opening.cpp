@@ -13,13 +13,8 @@ namespace {
 
 void release_table() { transposition_table = TranspositionTable{}; }
 
-// The databases may have left less memory than the table had: a smaller one is better than none.
-void allocate_table() {
-    EngineSettings& engine = engine_settings;
-    const int32_t wanted = engine.hash_size_mb;
-    while (tt_allocate() != 0 && engine.hash_size_mb > 1) engine.hash_size_mb /= 2;
-    engine.hash_size_mb = wanted;
-}
+// Without memory there is no table, which `getmove` tells.
+void allocate_table() { tt_allocate(); }
 
 void show_message(char* message, const char* text) {
     std::snprintf(message, SEARCH_TEXT_SIZE, "%s", text);

@@ -22,7 +22,8 @@ constexpr size_t SEARCH_TEXT_SIZE = 2000;
 //
 //   text        SEARCH_TEXT_SIZE bytes: the status line, rewritten as the search goes on; another thread that
 //               is to see it listens to search/search_text.h
-//   stop_flag   set it from any thread to end the search; honoured from iteration 5 on and cleared at the end
+//   stop_flag   set it from any thread to end the search; honoured from iteration 5 on and cleared behind
+//               the last; a search without iterations leaves it
 //   flags       SearchFlags
 //   best_move   the move chosen; the position itself where there is none
 //   searched    1; 0 if the move was forced and so not really searched

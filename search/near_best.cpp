@@ -13,6 +13,7 @@
 #include "search/root_moves.h"
 #include "search/score.h"
 #include "search/search_state.h"
+#include "search/search_text.h"
 
 namespace {
 
@@ -110,6 +111,7 @@ void report_iteration(NearBest& s, int depth) {
     log_printf("time %.2fs, depth %d, nodes %" PRIu64 ", speed %.0f,  %s\n", search_elapsed(), depth,
                searched_nodes(), kilonodes_per_second(), line.data());
     std::snprintf(s.task.text, SEARCH_TEXT_SIZE, "%.1fs, D %d, %s", search_elapsed(), depth, line.data());
+    tell_search_text(s.task.text);
 }
 
 bool run_iteration(NearBest& s, int depth) {
@@ -164,6 +166,7 @@ int near_best_search(const Position& position, int side, double time, char* text
     prepare_root(s.task, position, side, text, 0);
     if (s.task.list.count == 0) {
         std::snprintf(text, SEARCH_TEXT_SIZE, "No moves");
+        tell_search_text(text);
         return NEAR_BEST_NO_MOVES;
     }
     s.moves = make_root_moves(s.task.list);

@@ -48,6 +48,11 @@ bool answer_without_search(const RootTask& task, Move& best_move, int32_t& value
     return true;
 }
 
+// A move is backed by some depth whatever the time.
+int one_deeper(int depth, double elapsed) {
+    return elapsed < search_state.Mintime || depth < FIRST_STOPPABLE_ITERATION ? depth + 1 : 0;
+}
+
 }  // namespace
 
 EngineTurn::EngineTurn(std::atomic<int32_t>& stop_flag, char* text) {
@@ -129,9 +134,12 @@ bool past_last_iteration(int depth, int iteration_limit) {
 
 int next_iteration(int depth) {
     const double elapsed = search_elapsed();
-    if (elapsed <= search_state.step_time) return depth + 2;
-    // A move is backed by some depth whatever the time.
-    return elapsed < search_state.Mintime || depth < FIRST_STOPPABLE_ITERATION ? depth + 1 : 0;
+    return elapsed <= search_state.step_time ? depth + 2 : one_deeper(depth, elapsed);
+}
+
+int next_all_scores_iteration(int depth) {
+    const double elapsed = search_elapsed();
+    return elapsed < search_state.step_time ? depth + 2 : one_deeper(depth, elapsed);
 }
 
 double average_leaf_ply() {

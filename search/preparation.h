@@ -68,8 +68,10 @@ void announce_iteration(int depth);
 void clear_leaf_counters();
 // True if none may begin at `depth`: the limit or the time is reached. Not before iteration 5 is over.
 bool past_last_iteration(int depth, int iteration_limit);
-// The iteration after `depth`: two deeper, later one, and 0 when the time is used up.
+// The iteration after `depth`: two deeper up to the step time, later one, and 0 when the time is used up.
 int next_iteration(int depth);
+// The same, two deeper only below the step time.
+int next_all_scores_iteration(int depth);
 
 // Plies of a line that are shown, marked or kept.
 constexpr int line_length(int depth) { return depth + depth / 5; }

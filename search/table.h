@@ -69,7 +69,7 @@ extern TranspositionTable transposition_table;
 // there is no memory, which is logged: no table exists then and nothing may be searched.
 int tt_allocate();
 
-// Empties the table.
+// Empties the part of the table that is in use.
 void tt_clear();
 
 // Computes `entries`, `mask` and `slots` from `effective_mb`.
@@ -87,7 +87,7 @@ void tune_hash_size(double seconds, int search_threads);
 // mark.
 void tt_age();
 
-// For the log: entries with `pv_mark`, and entries with a usable depth.
+// Entries with `pv_mark`, and entries with a usable depth.
 int64_t tt_count_marked();
 int64_t tt_count_usable();
 

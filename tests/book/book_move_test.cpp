@@ -1,7 +1,9 @@
 // The lines of a book, and the choice among its moves.
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <set>
+#include <span>
 
 #include "base/log.h"
 #include "book_fixture.h"
@@ -326,6 +328,27 @@ TEST_F(BookMove, ALineThatComesBackToItselfEnds) {
     EXPECT_EQ(line.depth, 2);
 }
 
+// Two moves lead to the same lines, which come back: what the first found holds for the second.
+TEST_F(BookMove, LinesOfOnePositionShareWhatTheyFind) {
+    const Position root = position_of("B:WK46:BK1");
+    const Position a = after_moves(root, "1-6"), a1 = after_moves(a, "46-41"), a2 = after_moves(a1, "6-1");
+    const Position b = after_moves(root, "1-7"), b1 = after_moves(b, "46-41");
+    ASSERT_TRUE(same_pieces(a2, after_moves(b1, "7-1")));
+    ASSERT_TRUE(same_pieces(root, after_moves(a2, "41-46")));
+    ASSERT_EQ(load_positions({{root, move_index(root, "1-7"), 127, 1},
+                              {a, move_index(a, "46-41"), 127, 2},
+                              {a1, move_index(a1, "6-1"), 127, 3},
+                              {a2, move_index(a2, "41-46"), 127, 4},
+                              {b, move_index(b, "46-41"), 127, 5},
+                              {b1, move_index(b1, "7-1"), 127, 6}}),
+              0);
+    bool found = false;
+    const BookCandidates candidates = candidates_of(root, 3, found);
+    ASSERT_TRUE(found);
+    ASSERT_TRUE(candidates.moves[0].in_book && candidates.moves[1].in_book);
+    EXPECT_EQ(candidates.moves[0].value, candidates.moves[1].value);
+}
+
 TEST_F(BookMove, APositionWithoutBlackPiecesIsNeverFound) {
     Position white = position_of("W:W31,32:B1");
     white.black = 0;
@@ -356,6 +379,20 @@ TEST_F(BookMove, TheLentMemoryComesBackAsZeroes) {
                             [](std::byte b) { return b == std::byte{0}; }));
     EXPECT_TRUE(std::all_of(memory.begin() + static_cast<std::ptrdiff_t>(used), memory.end(),
                             [](std::byte b) { return b == std::byte{0xa5}; }));
+    for (const BookPosition& one : positions) {
+        const Position& q = one.position;
+        generate_moves(q, list, q.side);
+        std::vector<std::byte> filled(used, std::byte{0xa5}), empty(used);
+        BookCandidates from_filled, from_empty;
+        const std::span all(filled), none(empty);
+        ASSERT_EQ(book_candidates(opening_book, all, 1, q, q.side, list, from_filled),
+                  book_candidates(opening_book, none, 1, q, q.side, list, from_empty));
+        for (size_t i = 0; i < static_cast<size_t>(list.count); ++i) {
+            ASSERT_EQ(from_filled.moves[i].index, from_empty.moves[i].index);
+            ASSERT_EQ(from_filled.moves[i].value, from_empty.moves[i].value);
+            ASSERT_EQ(from_filled.moves[i].depth, from_empty.moves[i].depth);
+        }
+    }
 }
 
 TEST_F(BookMove, WithTooLittleMemoryRoomIsAllocatedAndTold) {

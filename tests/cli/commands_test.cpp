@@ -113,6 +113,12 @@ TEST(CliSearch, PrintsTheLogAndTheBestMove) {
         << result.output;
 }
 
+TEST(CliSearch, LogsThePositionWithTheSideToMove) {
+    const ProgramResult result = run_program("search B:W28,32,37:B6,12,19 --depth 1");
+    ASSERT_EQ(result.status, 0) << result.errors;
+    EXPECT_NE(result.output.find("[FEN \"B:W28,32,37:B6,12,19\"]\n\n"), std::string::npos) << result.output;
+}
+
 TEST(CliSearch, KeepsToTheTime) {
     const auto children_seconds = [] {
         rusage used{};

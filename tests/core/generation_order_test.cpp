@@ -95,4 +95,7 @@ TEST(GenerationOrder, AKingTurnsBeforeItGoesStraightOn) {
     EXPECT_EQ(lines_of("B:BK46:W37,38,27,23"),
               (Texts{"37 38 to 43", "37 38 to 49", "37 27 to 21", "37 27 to 16", "37 23 to 19", "37 23 to 14",
                      "37 23 to 10", "37 23 to 5"}));
+    EXPECT_EQ(moves_of("W:WK50:B33,32,23"),
+              (Texts{"50x37", "50x41", "50x46", "50x19", "50x14", "50x10", "50x5"}));
+    EXPECT_EQ(moves_of("W:WK5:B14,24,13"), (Texts{"5x30", "5x35", "5x8", "5x2"}));
 }

@@ -5,7 +5,9 @@
 #include <cmath>
 #include <cstdio>
 #include <regex>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "book/engine_book.h"
 #include "core/board_text.h"
@@ -16,6 +18,7 @@
 #include "search/root_moves.h"
 #include "search/score.h"
 #include "search/search_state.h"
+#include "search/search_text.h"
 #include "search/table.h"
 #include "search/threads.h"
 #include "tests/search/fixtures.h"
@@ -149,6 +152,16 @@ TEST_F(AllScoresTest, TheTextsHaveTheirShape) {
     EXPECT_TRUE(std::regex_match(logged, std::regex(log_shape))) << logged;
     MoveList list;
     EXPECT_EQ(static_cast<int>(scores_in(found.text).size()), generate_moves(ending, list, WHITE));
+}
+
+// Times are whole milliseconds, of which each iteration takes at least one.
+TEST_F(AllScoresTest, TheStepTimeItselfIsNoTimeForTwoDeeper) {
+    search_state.step_time = 0.001;
+    search_state.depth_limit = 6;
+    std::atomic<int32_t> stop{0};
+    search_now(position_of("W:W46:B36"), stop, ALL);
+    for (int depth = 1; depth <= 6; ++depth)
+        EXPECT_EQ(count_of(logged, "depth " + std::to_string(depth) + ","), 1) << depth;
 }
 
 TEST_F(AllScoresTest, TheBoardIsLoggedUnlessQuiet) {
@@ -488,6 +501,31 @@ TEST_F(NearBestTest, ADecidedPositionEndsTheSearch) {
     EXPECT_EQ(status, NEAR_BEST_FOUND);
     EXPECT_EQ(search_state.completed_depth, 1);
     EXPECT_LE(values[0], -DECIDED_SCORE);
+}
+
+TEST_F(NearBestTest, AWinOfTheDatabaseEndsTheSearchToo) {
+    open_database(40, 20, 9, 8, false);
+    database_answer = [](const Position&, int side, bool) { return side == WHITE ? EGDB_WIN : EGDB_LOSS; };
+    search(position_of("W:W31,37,41,K48:B6,12,K5"), 5, 0);
+    EXPECT_EQ(search_state.completed_depth, 1);
+    EXPECT_LE(values[0], -DECIDED_SCORE);
+    EXPECT_GT(values[0], -DECIDED_SCORE - 1000);
+}
+
+TEST_F(NearBestTest, EachTextIsTold) {
+    static std::vector<std::string> told;
+    told.clear();
+    search_text_listener = [](const char* shown) { told.emplace_back(shown); };
+    search(position_of("W:W31,37,41,K48:B6,12,K5"), 3, 8);
+    for (const int depth : {1, 3, 5, 7})
+        EXPECT_EQ(std::count_if(told.begin(), told.end(),
+                                [&](const std::string& one) {
+                                    return one.find(" D " + std::to_string(depth) + ",") != std::string::npos;
+                                }),
+                  1);
+    search(position_of("B:W11,17:B6"), 5, 8);
+    EXPECT_EQ(told.back(), "No moves");
+    search_text_listener = nullptr;
 }
 
 TEST_F(NearBestTest, TheTextsHaveTheirShape) {

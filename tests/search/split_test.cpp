@@ -3,6 +3,8 @@
 #include "search/split.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <functional>
 #include <mutex>
@@ -481,6 +483,18 @@ TEST_F(SplitTest, OneThreadNeverSplits) {
     HandWorker worker(1, nullptr);
     node(position_of(MIDDLE_GAME), 1, 64, -50, 50);
     EXPECT_EQ(worker.splits, 0);
+}
+
+TEST_F(SplitTest, OneThreadTakesNoLock) {
+    split_lock.lock();
+    std::atomic<bool> searched{false};
+    const std::jthread search([&] {
+        node(position_of(MIDDLE_GAME), 1, 64, -50, 50);
+        searched = true;
+    });
+    for (int i = 0; i < 60000 && !searched; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_TRUE(searched);
+    split_lock.unlock();
 }
 
 TEST_F(SplitTest, DeepNodesAreSplit) {
