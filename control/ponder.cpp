@@ -89,11 +89,12 @@ void start_ponder_search() {
 }
 
 void change_ponder_to_normal_search() {
-    search_thread.pondering.store(0, std::memory_order_relaxed);
-    search_thread.ponder_done = false;
     if (game.gui_mode == NORMAL_MODE)
         clock_state.clock_side.store(game.board_side, std::memory_order_relaxed);
-    if (game.gui_mode != NORMAL_MODE && game.gui_mode != DXP_MODE) return;
-    start_engine_lap(clock_ms());
-    start_game_clock();
+    const bool clock_mode = game.gui_mode == NORMAL_MODE || game.gui_mode == DXP_MODE;
+    // The search thread charges the lap as soon as it finds that it does not ponder.
+    if (clock_mode) start_engine_lap(clock_ms());
+    search_thread.pondering.store(0, std::memory_order_release);
+    search_thread.ponder_done = false;
+    if (clock_mode) start_game_clock();
 }

@@ -31,7 +31,7 @@ void search_once() {
 
     const int64_t end = clock_ms();
     t.search_elapsed = static_cast<double>(end - start) / 1000.0;
-    const bool pondered = t.pondering.load(std::memory_order_relaxed) != 0;
+    const bool pondered = t.pondering.load(std::memory_order_acquire) != 0;
     if (!pondered) charge_engine_time(end);
     check_search_phase("search returns", {1, 0, 0});
     t.searching.store(0, std::memory_order_release);
@@ -98,12 +98,13 @@ void stop_search() {
     wait_for_search();
 }
 
-void forget_search() {
-    search_thread.search_finished.store(0, std::memory_order_relaxed);
-    discard_search();
-}
-
 void discard_search() {
-    search_thread.this_search_aborted = true;
+    SearchThread& t = search_thread;
+    const bool open =
+        t.searching.load(std::memory_order_acquire) || t.search_finished.load(std::memory_order_acquire);
+    const bool real = open && !t.pondering.load(std::memory_order_relaxed);
+    t.this_search_aborted = true;
     stop_search();
+    // Its time was the engine's; the user's begins here.
+    if (real) start_user_lap(clock_ms());
 }

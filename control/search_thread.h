@@ -41,6 +41,7 @@ struct SearchThread {
     bool ponder_done = false;          // a ponder search has ended, and its result waits for the user's move
     bool this_search_aborted = false;  // the result is to be thrown away
     double search_target_time = 0;     // seconds aimed at for this move
+    uint32_t searches_started = 0;     // tells one search from the next
 
     // Written by the interface thread before the start.
     Position search_position{};
@@ -99,10 +100,8 @@ bool real_search_runs();
 bool wait_for_search();
 // Ends the search if one runs, and waits. Its result reaches `search_done` at the next tick.
 void stop_search();
-// The same, and its result is thrown away.
+// The same, and its result is thrown away. The user's lap begins where a search that did not ponder ends.
 void discard_search();
-// The same, and a result that waits to be seen is forgotten: nothing tells of it any more.
-void forget_search();
 
 // Starts a search of the position on the board, with the time that the mode has. In a mode without an engine
 // an error is shown. While the search thread has not come back from its last search nothing starts.

@@ -100,6 +100,32 @@ TEST_F(PonderTest, TheUsersTimeIsChargedWhenASearchIsStarted) {
     EXPECT_NEAR(clock_state.black_used, 50, 10) << "the engine has white";
 }
 
+TEST_F(PonderTest, TheUsersLapBeginsWhereADiscardedSearchEnds) {
+    clock_state.clock_running = true;
+    script.hold = true;
+    search_button_command();
+    wait_until_held();
+    const int64_t long_ago = clock_ms() - 50000;
+    clock_state.user_lap_start = long_ago;
+    discard_search();
+    EXPECT_GT(clock_state.user_lap_start, long_ago) << "what the engine used is not the user's";
+    search_button_command();
+    release_search();
+    ASSERT_TRUE(wait_for_search());
+    clock_state.user_lap_start = long_ago;
+    discard_search();
+    EXPECT_GT(clock_state.user_lap_start, long_ago) << "a search that had ended unseen";
+    timer_tick();
+    clock_state.user_lap_start = long_ago;
+    discard_search();
+    EXPECT_EQ(clock_state.user_lap_start, long_ago) << "no search";
+    search_thread.this_search_aborted = false;
+    ponder_on_31_27();
+    clock_state.user_lap_start = long_ago;
+    discard_search();
+    EXPECT_EQ(clock_state.user_lap_start, long_ago) << "pondering took nothing from the engine";
+}
+
 TEST_F(PonderTest, AHitInAMatchLeavesTheSideOfTheClock) {
     settings.pondering_on = 1;
     for (const int32_t mode : {DXP_MODE, NORMAL_MODE}) {
