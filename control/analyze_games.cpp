@@ -41,7 +41,9 @@ bool analyze_enabled() {
 }
 
 void drop_search() {
-    forget_search();
+    search_thread.search_finished.store(
+        0, std::memory_order_relaxed);  // a result that nobody has seen is forgotten
+    discard_search();
     reset_game_clock();
     clear_highlights();
 }
@@ -73,6 +75,18 @@ void enter_game() {
     a.analysis_next_node = pdn_start_position(current_game(), a.analysis_state);
     set_board(a.analysis_state.position, a.analysis_state.side);
     restart_history(a.analysis_state.position, a.analysis_state.side);
+}
+
+// It alone is to be analysed. Without memory there is no game.
+void take_game_of_the_board() {
+    free_analysis_games();
+    try {
+        PdnTable games(2);  // the second ends the table
+        games[0] = game_to_pdn_list(whole_history(), game.headers);
+        if (games[0]) analysis.analysis_games = std::move(games);
+    } catch (const std::bad_alloc&) {
+        return;
+    }
 }
 
 void begin_analysis() {
@@ -179,9 +193,7 @@ void analyze_game_command(bool all_scores) {
     }
     if (!has_fixed_time()) return;
     set_gui_mode(all_scores ? ANALYZE_GAME_ALLSCORES_MODE : ANALYZE_GAME_MODE);
-    free_analysis_games();
-    analysis.analysis_games.push_back(game_to_pdn_list(whole_history(), game.headers));
-    analysis.analysis_games.emplace_back();
+    take_game_of_the_board();
     begin_analysis();
 }
 
@@ -190,7 +202,8 @@ void analyze_pdn_command(bool all_scores) {
     drop_search();
     if (!has_fixed_time()) return;
     std::string path;
-    if (!ui.choose_load_file(LOAD_FILE_TITLE, path)) return;
+    // A game over the network may have begun while the user chose.
+    if (!ui.choose_load_file(LOAD_FILE_TITLE, path) || !analyze_enabled()) return;
     free_analysis_games();
     if (file_size(path) < 0 || !can_read_file(path))
         return show_box(TEXT_CANNOT_OPEN_PDN, DEFAULT_BOX_TITLE, ICON_WARNING);

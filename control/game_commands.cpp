@@ -52,6 +52,8 @@ void begin_analysis(int32_t mode) {
         get_text(TEXT_TIME_CHANGED, text, sizeof text);
         get_text(TEXT_INFO, title, sizeof title);
         ui.message_box(text, title, ICON_INFO);
+        // A game over the network may have begun while the box was open.
+        if (in_dxp()) return;
         set_time_control(TIME_INFINITE);
         update_menu();
     }

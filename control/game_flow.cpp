@@ -207,7 +207,10 @@ void search_done(int) {
     const bool pondered = t.pondering.load(std::memory_order_relaxed) != 0;
     // A hit at the moment when the ponder search ended has set the other picture behind its back.
     if (!pondered) ui.post_search_picture(PICTURE_GO);
+    const uint32_t search = t.searches_started;
     tell_database_failure();
+    // A game over the network that began while the box was open may have started another search.
+    if (t.searches_started != search) return;
     if (settings.sound_on && !pondered) ui.play_sound(START_SOUND);
     if (t.this_search_aborted) {
         t.this_search_aborted = false;

@@ -82,8 +82,9 @@ bool edit_headers_command() {
 
 void load_pdn_game(const std::string& path) {
     if (game.gui_mode == DXP_MODE) return;
-    forget_search();
+    discard_search();
     search_thread.ponder_done = false;
+    search_thread.search_finished.store(0, std::memory_order_relaxed);
     reset_game_clock();
     free_analysis_games();
     std::string text;
@@ -91,7 +92,8 @@ void load_pdn_game(const std::string& path) {
     const GameFileStatus status = load_game_file(path, text, offsets);
     if (status != GAME_FILE_READ) return tell_load_failure(status);
     const int chosen = choose_game(text, offsets);
-    if (chosen < 0) return;
+    // A game over the network may have begun while the user chose.
+    if (chosen < 0 || game.gui_mode == DXP_MODE) return;
     const PdnGame list = pdn_parse_game(text.c_str() + offsets[static_cast<size_t>(chosen)]);
     pdn_game_headers(list.get(), game.headers);
     take_over_game(list.get());

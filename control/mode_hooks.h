@@ -19,6 +19,8 @@ struct EngineMove {
     int side = 0;                         // that made it
 };
 
+constexpr size_t TITLE_SIZE = 300;
+
 struct ModeHooks {
     // In DXP_MODE, after the engine's move: sends it, or ends the game by `game.game_result_code`. 0 if the
     // game goes on, which lets the engine ponder.
@@ -27,7 +29,7 @@ struct ModeHooks {
     void (*dxp_show_search_text)(int running);
     // This side is the follower.
     bool (*dxp_follower)();
-    // The title of a match.
+    // The title of a match, in TITLE_SIZE bytes.
     void (*dxp_title)(char* buffer, size_t size);
 
     // In the modes that analyse games: a search has ended.

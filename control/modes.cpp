@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr size_t TITLE_SIZE = 300;
-
 int mode_text_id(int32_t mode, bool follower) {
     if (mode == DXP_MODE && follower) return TEXT_DXP_FOLLOWER;
     if (mode >= NORMAL_MODE && mode <= DXP_MODE) return TEXT_FIRST_MODE + mode;

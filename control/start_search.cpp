@@ -130,6 +130,7 @@ void hand_over_search(const Position& position, int side) {
     t.search_position = position_after(move_to(position), side);
     t.search_side = side;
     t.search_flags = flags_for_mode(game.gui_mode);
+    ++t.searches_started;
     t.search_done_event.reset();
     t.stop_flag.store(0, std::memory_order_relaxed);
     // A result that nobody has seen is overtaken.

@@ -2,6 +2,7 @@
 #include <ui_dialog_game_time.h>
 
 #include "base/text.h"
+#include "control/game.h"
 #include "control/modes.h"
 #include "control/settings.h"
 #include "control/text_ids.h"
@@ -66,7 +67,8 @@ void game_time_dialog(QWidget* parent) {
         settings2.increment_mode = checked;
         enable_fields(form, checked);
     });
-    if (dialog.exec() != QDialog::Accepted) return;
+    // A game over the network may have begun while the user chose; its time is not his to change.
+    if (dialog.exec() != QDialog::Accepted || game.gui_mode == DXP_MODE) return;
     if (set_game_clock(read_fields(form))) {
         char text[CONTROL_TEXT_SIZE];
         get_text(TEXT_AVERAGE_TOO_SHORT, text, sizeof text);

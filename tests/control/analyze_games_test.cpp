@@ -346,6 +346,15 @@ TEST_F(AnalyzeGames, NotInModesThatDisableIt) {
     EXPECT_EQ(count_events("box"), 0);
 }
 
+TEST_F(AnalyzeGames, ANetworkGameThatBeginsWhileAFileIsChosenGoesOn) {
+    load("32-28 *");
+    answers.meanwhile = [] { set_gui_mode(DXP_MODE); };
+    analyze_pdn("31-27 *");
+    EXPECT_EQ(game.gui_mode, DXP_MODE);
+    EXPECT_FALSE(search_thread.searching);
+    expect_game(entries_of("32-28"));
+}
+
 TEST_F(AnalyzeGames, CancelInTheMiddle) {
     analyze_pdn("32-28 * 31-27 18-23 *");
     finish_search();
@@ -369,12 +378,32 @@ TEST_F(AnalyzeGames, WithoutMemoryItEnds) {
     analyze_game_command(false);
     finish_search();
     ASSERT_TRUE(wait_for_search());
-    fail_next_allocation();
+    fail_allocation(0);
     timer_tick();
     EXPECT_EQ(events_of("box"), Events{"box Error: Cannot allocate memory from heap!"});
     EXPECT_EQ(game.gui_mode, NORMAL_MODE);
     EXPECT_FALSE(search_thread.searching);
     EXPECT_EQ(file_size(folder + "analysis.txt"), -1);
+}
+
+// The title is the last thing that changes before the game of the board is taken over.
+TEST_F(AnalyzeGames, WithoutMemoryForTheGameNothingIsAnalysed) {
+    load("32-28 19-23 *");
+    ui.set_title = [](const char*) {
+        if (game.gui_mode == ANALYZE_GAME_MODE) fail_allocation(0);
+    };
+    analyze_game_command(false);
+    EXPECT_EQ(game.gui_mode, NORMAL_MODE) << "no memory for the table";
+    ui.set_title = [](const char*) {
+        if (game.gui_mode == ANALYZE_GAME_MODE) fail_allocation(1);
+    };
+    analyze_game_command(false);
+    EXPECT_EQ(game.gui_mode, NORMAL_MODE) << "no memory for the list";
+    EXPECT_FALSE(search_thread.searching);
+    expect_game(entries_of("32-28 19-23"));
+    ui.set_title = [](const char*) {};
+    analyze_game_command(false);
+    EXPECT_EQ(game.gui_mode, ANALYZE_GAME_MODE) << "the next time there is enough";
 }
 
 TEST_F(AnalyzeGames, CancelBetweenASearchAndItsStep) {

@@ -485,6 +485,16 @@ TEST_F(GameCommands, AnalysisTakesTheGameClockAway) {
     }
 }
 
+TEST_F(GameCommands, ANetworkGameThatBeginsInTheBoxOfTheAnalysisGoesOn) {
+    prepare(NORMAL_MODE);
+    set_time_control(TIME_GAME_CLOCK);
+    in_message_box = [] { set_gui_mode(DXP_MODE); };
+    run_game_command(COMMAND_ANALYSIS);
+    EXPECT_EQ(game.gui_mode, DXP_MODE);
+    EXPECT_EQ(settings.time_menu_id, TIME_GAME_CLOCK) << "its clock is not taken away";
+    EXPECT_FALSE(search_thread.searching) << "and nothing is searched for the other side";
+}
+
 TEST_F(GameCommands, ACancelledAnalysisLeavesTheBoardAsItIs) {
     for (const int32_t mode : {7, 8, 9, 10}) {
         prepare(mode);

@@ -528,3 +528,22 @@ TEST_F(GameFlow, AMessageBoxThatLetsTheTimerRunPlaysNothingTwice) {
     EXPECT_EQ(game.history_count, 3);
     EXPECT_EQ(count_events("box"), 1);
 }
+
+TEST_F(GameFlow, AMessageBoxThatLetsAnotherSearchBeginForgetsTheResult) {
+    settings.wld_enable = 1;
+    mode_hooks.egdb_state = [] { return int32_t{EGDB_FAILED}; };
+    play("32-28");
+    ASSERT_TRUE(wait_for_search());
+    in_message_box = [] {
+        settings.wld_enable = 0;
+        new_game();
+        script.hold = true;
+        start_search();
+    };
+    timer_tick();
+    EXPECT_EQ(game.history_count, 1);
+    EXPECT_TRUE(search_thread.searching) << "the other search goes on";
+    release_search();
+    finish_search();
+    EXPECT_EQ(game.history_count, 2) << "and its result is played";
+}

@@ -118,9 +118,9 @@ TEST_F(LoadSave, WithoutMemoryNothingIsLoaded) {
     std::string text;
     PdnOffsets offsets;
     const std::string long_file = write_file("long.pdn", std::string(100, ' ') + "32-28 *");
-    fail_next_allocation();
+    fail_allocation(0);
     EXPECT_EQ(load_game_file(long_file, text, offsets), GAME_FILE_NO_MEMORY);
-    fail_next_allocation();
+    fail_allocation(0);
     load_pdn_game(long_file);
     EXPECT_EQ(events_of("box"), Events{"box Error: Cannot allocate memory for games"});
     EXPECT_EQ(game.history_last, 1);
@@ -185,6 +185,27 @@ TEST_F(LoadSave, AResultThatNobodyHasSeenIsForgotten) {
     for (int i = 0; i < 5; ++i) timer_tick();
     EXPECT_EQ(count_events("sound"), 0);
     expect_game(entries_of("33-28"));
+}
+
+TEST_F(LoadSave, AStoppedSearchIsForgotten) {
+    settings.sound_on = 1;
+    script.hold = true;
+    play("32-28");
+    wait_until_held();
+    load("33-28 *");
+    for (int i = 0; i < 5; ++i) timer_tick();
+    EXPECT_EQ(count_events("sound"), 0);
+    expect_game(entries_of("33-28"));
+}
+
+TEST_F(LoadSave, ANetworkGameThatBeginsWhileAGameIsChosenGoesOn) {
+    answers.meanwhile = [] { set_gui_mode(DXP_MODE); };
+    load("32-28 *");
+    EXPECT_EQ(game.history_last, 1) << "while the file was chosen";
+    set_gui_mode(NORMAL_MODE);
+    load_pdn_game(write_file("a.pdn", "32-28 *"));
+    EXPECT_EQ(game.history_last, 1) << "while the game was chosen";
+    EXPECT_EQ(game.gui_mode, DXP_MODE);
 }
 
 TEST_F(LoadSave, NothingInDxp) {

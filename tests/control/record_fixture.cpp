@@ -13,11 +13,11 @@ UserAnswers answers;
 
 namespace {
 
-thread_local bool allocation_fails = false;
+thread_local int allocations_left = -1;  // until one fails; negative for never
 
 void* try_to_allocate(size_t bytes) {
-    const bool fails = allocation_fails;
-    allocation_fails = false;
+    const bool fails = allocations_left == 0;
+    if (allocations_left >= 0) --allocations_left;
     return fails ? nullptr : std::malloc(bytes ? bytes : 1);
 }
 
@@ -35,6 +35,7 @@ int offer_games(const char* text, const PdnOffsets& offsets, int count, int sele
         answers.offered.emplace_back(line);
     }
     answers.selected = selected;
+    if (answers.meanwhile) answers.meanwhile();
     return answers.game;
 }
 
@@ -57,7 +58,7 @@ void operator delete[](void* memory, size_t) noexcept { std::free(memory); }
 void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
 void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
 
-void fail_next_allocation() { allocation_fails = true; }
+void fail_allocation(int successes) { allocations_left = successes; }
 
 void RecordTest::SetUp() {
     GameTest::SetUp();
@@ -69,6 +70,7 @@ void RecordTest::SetUp() {
     analysis_output = file_analysis_output();
     ui.choose_load_file = [](const char* title, std::string& path) {
         answers.load_title = title;
+        if (answers.meanwhile) answers.meanwhile();
         if (!answers.load_path.empty()) path = answers.load_path;
         return !answers.load_path.empty();
     };

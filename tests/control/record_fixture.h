@@ -16,6 +16,7 @@ struct UserAnswers {
     bool headers = true;   // he agrees to them
     GameHeaders edited{};  // what he makes of them
     bool edits = false;
+    void (*meanwhile)() = nullptr;  // what happens while he chooses a file or a game
     // What he was asked.
     std::string load_title, save_title;
     std::vector<std::string> offered;
@@ -25,9 +26,9 @@ struct UserAnswers {
 };
 extern UserAnswers answers;
 
-// The next allocation of this thread finds no memory. The allocator of the whole test program is replaced to
-// that end.
-void fail_next_allocation();
+// One allocation of this thread, behind so many that succeed, finds no memory. The allocator of the whole
+// test program is replaced to that end.
+void fail_allocation(int successes);
 
 class RecordTest : public GameTest {
   protected:

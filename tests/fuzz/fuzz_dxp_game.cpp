@@ -317,7 +317,7 @@ void start_program() {
 void reset_program(int flags) {
     terminate_connection_command();
     hold = false;
-    forget_search();
+    discard_search();
     wait_for_search();
     reset_search_flags();
     world.posted.clear();

@@ -28,6 +28,7 @@ enum Id {
 };
 
 const std::string SHIPPED = PROJECT_FOLDER "/data/wld_database";
+const std::string SHIPPED_MTC = PROJECT_FOLDER "/data/mtc_database";
 
 template <typename Act>
 void use(Act act) {
@@ -179,6 +180,8 @@ TEST_F(Databases, CheckDirLooksIntoTheFolderAndStoresIt) {
         {WLD_FOLDER, WLD_CHECK, SHIPPED, "WLD database found with 4 pieces.", "WLD Endgame Database Check"},
         {WLD_FOLDER, WLD_CHECK, empty.path, "No WLD database found in '" + empty.path + "'",
          "WLD Endgame Database Check"},
+        {MTC_FOLDER, MTC_CHECK, SHIPPED_MTC, "MTC database found with 4 pieces.",
+         "MTC Endgame Database Check"},
         {MTC_FOLDER, MTC_CHECK, SHIPPED, "No MTC database found in '" + SHIPPED + "'",
          "MTC Endgame Database Check"},
         {MTC_FOLDER, MTC_CHECK, "", "No MTC database found in ''", "MTC Endgame Database Check"},

@@ -253,3 +253,13 @@ TEST_F(GameTime, DamagedSettingsAreShown) {
     }
     EXPECT_EQ(settings2.increment_mode, 200) << "the box was not clicked";
 }
+
+TEST_F(GameTime, AGameOverTheNetworkThatHasBegunKeepsItsTime) {
+    settings.clock_minutes = 7;
+    settings.time_menu_id = 40010;
+    use([](QDialog& dialog) {
+        set_gui_mode(DXP_MODE);
+        click(dialog, OK_ID);
+    });
+    EXPECT_EQ(settings.time_menu_id, 40010);
+}

@@ -7,6 +7,7 @@
 #include "control/program_flags.h"
 #include "control/search_thread.h"
 #include "control/time_control.h"
+#include "dxp/connection.h"
 #include "dxp/game_flow.h"
 #include "dxp/match.h"
 #include "shell/qt/dialogs.h"
@@ -59,11 +60,13 @@ class MatchDialogTest : public DialogTest {
         };
         asked_title.clear();
         chosen_file.clear();
+        dxp_connection.connection_state = DXP_CONNECTED;
     }
     ~MatchDialogTest() override {
         program_paths = ProgramPaths{};
         program_flags = ProgramFlags{};
         dxp_state = DxpState{};
+        dxp_connection.connection_state = DXP_UNCONNECTED;
         search_thread.wait_limit_ms = SEARCH_WAIT_MS;
     }
     void write_stats(int games) const {
@@ -119,6 +122,17 @@ TEST_F(ConnectionDialog, ALongHostIsCut) {
     EXPECT_EQ(setting_text(settings.dxp_host), host.substr(0, 49));
 }
 
+// Settings that someone else has written may fill the field to its last byte.
+TEST_F(ConnectionDialog, AHostWithoutAnEndStaysAsItIs) {
+    std::fill(std::begin(settings.dxp_host), std::end(settings.dxp_host), 'x');
+    const std::string whole(sizeof settings.dxp_host, 'x');
+    connect_dialog_used([&](QDialog& dialog) {
+        EXPECT_EQ(edit_text(dialog, HOST), whole);
+        click(dialog, OK_ID);
+    });
+    EXPECT_EQ(setting_text(settings.dxp_host), whole);
+}
+
 TEST_F(MatchDialogTest, ShowsTheSettings) {
     settings.clock_minutes = 12.5;
     settings.clock_moves_limit = 75;
@@ -158,6 +172,26 @@ TEST_F(MatchDialogTest, OkStartsTheMatch) {
     EXPECT_EQ(settings.time_menu_id, TIME_GAME_CLOCK);
     EXPECT_EQ(game.board_side, BLACK) << "behind three moves";
     EXPECT_EQ(dxp_state.dxp_follower, 0);
+}
+
+TEST_F(MatchDialogTest, NothingStartsOnceTheConnectionHasGone) {
+    use_match([](QDialog& dialog) {
+        type(dialog, REPEATS, "2");
+        dxp_connection.connection_state = DXP_UNCONNECTED;
+        click(dialog, OK_ID);
+    });
+    EXPECT_EQ(game.gui_mode, NORMAL_MODE);
+    EXPECT_NE(settings2.match_repeats, 2);
+}
+
+TEST_F(MatchDialogTest, AGameThatTheOtherSideHasBegunGoesOn) {
+    use_match([](QDialog& dialog) {
+        set_gui_mode(DXP_MODE);
+        dxp_state.phase = DXP_PLAYING;
+        click(dialog, OK_ID);
+    });
+    EXPECT_EQ(dxp_state.phase, DXP_PLAYING);
+    EXPECT_EQ(dxp_state.dxp_follower, 1);
 }
 
 TEST_F(MatchDialogTest, CancelStoresNothing) {

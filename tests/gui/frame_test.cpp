@@ -126,8 +126,9 @@ TEST_F(Frame, SavesNothingAtItsEndIfNotWanted) {
     open_small();
     run_command(COMMAND_SAVE_ON_EXIT);
     run_command(COMMAND_INVERT_BOARD);
+    save_images("of another copy", "");
     main_window->close();
-    EXPECT_FALSE(was_saved());
+    EXPECT_EQ(saved(), "of another copy");
 }
 
 TEST_F(Frame, ExitClosesTheWindowLater) {
