@@ -9,6 +9,7 @@
 #include "cli/console.h"
 #include "cli/dxp_console.h"
 #include "cli/options.h"
+#include "control/program_flags.h"
 #include "control/settings.h"
 #include "dxp/connection_thread.h"
 #include "dxp/dxp_state.h"
@@ -56,6 +57,7 @@ MatchFields fields_of(const MatchOptions& options) {
                       : options.ballots == "3" ? THREE_MOVE_OPENINGS
                                                : FILE_OPENINGS;
     if (fields.openings == FILE_OPENINGS) fields.ballot_file = options.ballots;
+    fields.incremental = options.initial >= 0;
     fields.minutes = options.minutes;
     fields.moves = options.moves;
     fields.initial_seconds = options.initial;
@@ -84,7 +86,7 @@ void run_match(MatchOptions options) {
     catch_interrupt();
     if (options.ballots != "2" && options.ballots != "3") options.ballots = absolute_path(options.ballots);
     if (!start_dxp_console(options.console)) return;
-    settings2.match_incremental = options.initial >= 0;
+    program_flags.autoconnect_enabled = true;  // an increment needs no leave here
     settings2.match_repeats = options.repeats;
     if (!connect_to(options.host)) return;
     if (begin_match(fields_of(options)) != 0) return set_exit_status(EXIT_BAD_INPUT);

@@ -1,8 +1,10 @@
 #include "cli/dxp_console.h"
 
+#include <chrono>
 #include <cstdarg>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <thread>
 
 #include "base/clock.h"
 #include "cli/console.h"
@@ -51,6 +53,9 @@ Ui make_dxp_screen() {
     screen.append_dxp_text = show_protocol;
     screen.message_box = [](const char* text, const char* title, MessageIcon) {
         if (dxp_console.boxes_told) tell_problem("%s: %s", title, text);
+    };
+    screen.pause = [](int milliseconds) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
     };
     screen.post_search_picture = [](SearchPicture) { wake_console_loop(); };
     screen.post = post_console_work;

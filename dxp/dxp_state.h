@@ -44,5 +44,6 @@ void reset_dxp_state();
 // The four results become 0.
 void clear_match_counters();
 
-// "US vs THEM:  W wins, D draws, ..." for the title bar. `size` at least 1; what is longer is cut.
+// "US vs THEM:  1 wins, 2 losses, 3 draws, 4 unknowns" for the title bar. `size` at least 1; what is longer
+// is cut.
 void dxp_match_title(char* buffer, size_t size);

@@ -12,6 +12,7 @@
 #include "control/game_clock.h"
 #include "control/game_commands.h"
 #include "control/game_flow.h"
+#include "control/mode_hooks.h"
 #include "control/panes.h"
 #include "control/search_thread.h"
 #include "control/settings.h"
@@ -197,6 +198,10 @@ void end_match() {
     clock_stop_command();
     ui.redraw_board();
     update_menu();
+    // The score stays to be seen until the mode changes again.
+    char title[TITLE_SIZE];
+    dxp_match_title(title, sizeof title);
+    ui.set_title(title);
     match_hooks.match_over();
 }
 

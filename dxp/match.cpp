@@ -135,7 +135,7 @@ MatchFields match_fields() {
     MatchFields fields;
     fields.openings = openings_of_settings();
     fields.ballot_file = setting_text(settings2.match_ballot_file);
-    fields.incremental = settings2.match_incremental != 0;
+    fields.incremental = program_flags.autoconnect_enabled && settings2.match_incremental != 0;
     fields.minutes = settings.clock_minutes;
     fields.moves = moves_of_settings();
     fields.initial_seconds = settings2.initial_seconds;
@@ -187,7 +187,7 @@ int begin_match(const MatchFields& fields) {
     store_setting_text(settings2.match_ballot_file, fields.ballot_file);
     settings.match_opening_kind = fields.openings;
     if (fields.openings == FILE_OPENINGS && read_ballots_file() != 0) return 1;
-    if (program_flags.autoconnect_enabled) settings2.match_incremental = fields.incremental;
+    settings2.match_incremental = program_flags.autoconnect_enabled && fields.incremental;
     prepare_match();
     take_over_times(fields);
     settings2.match_repeats = std::max(fields.repeats, 1);

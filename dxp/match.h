@@ -26,9 +26,9 @@ void start_matches();
 // The user's choices, as the dialog has them.
 struct MatchFields {
     MatchOpenings openings = TWO_MOVE_OPENINGS;
-    std::string ballot_file;  // of FILE_OPENINGS
-    bool incremental = false;
-    double minutes = 0;  // for so many moves; 0 or less: as many as a game takes
+    std::string ballot_file;   // of FILE_OPENINGS
+    bool incremental = false;  // only where `program_flags.autoconnect_enabled`
+    double minutes = 0;        // for so many moves; 0 or less: as many as a game takes
     int32_t moves = 0;
     double initial_seconds = 0;  // or with the increment for all of them
     double increment_seconds = 0;

@@ -321,6 +321,19 @@ TEST_F(CliDxp, ARefusedGameEndsTheMatch) {
     EXPECT_NE(result.errors.find("Proud does not accept the game"), std::string::npos) << result.errors;
 }
 
+// Before it asks for another game it leaves the other side time for what the last one takes.
+TEST_F(CliDxp, ARequestComesAMomentBehindTheEndOfAGame) {
+    Peer peer;
+    ASSERT_EQ(peer_listen(peer, port), port);
+    const auto program = start("one", "match 127.0.0.1");
+    ASSERT_EQ(run_script(peer, {accepts(), hears("R01Tessarin*"), sends(game_acceptance_text("Peer"))}), "");
+    const auto end = std::chrono::steady_clock::now();
+    ASSERT_EQ(run_script(peer, {sends("E00"), waits_to_hear("R01Tessarin*")}), "");
+    EXPECT_GE(std::chrono::steady_clock::now() - end, std::chrono::milliseconds(50));
+    peer_close(peer);
+    program->finish();
+}
+
 TEST_F(CliDxp, ALostConnectionEndsTheMatch) {
     Peer peer;
     ASSERT_EQ(peer_listen(peer, port), port);

@@ -154,12 +154,22 @@ TEST_F(ConnectionTest, MessagesInOnePieceAreTakenInTheirOrder) {
 }
 
 TEST_F(ConnectionTest, AMessageInPiecesIsTakenWithItsNul) {
+    static void (*usual)(int32_t type, int32_t number);
+    static std::atomic<int> messages;
+    usual = dxp_connection.post_event;
+    messages = 0;
+    dxp_connection.post_event = [](int32_t type, int32_t number) {
+        messages += type != DXP_CONNECTIONLOST;
+        usual(type, number);
+    };
     connect_peer();
     run({sends_bytes("Cpie"), stays_silent(30), sends_bytes("ces"), stays_silent(30)});
     EXPECT_EQ(protocol_lines().size(), 2u);
     run({sends_bytes("\0"s)});
     EXPECT_TRUE(line_comes("> Cpieces"));
     EXPECT_EQ(protocol_lines().size(), 3u);
+    EXPECT_EQ(messages, 1) << "posted once";
+    dxp_connection.post_event = usual;
 }
 
 TEST_F(ConnectionTest, BytesMayComeOneByOne) {

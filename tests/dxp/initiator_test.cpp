@@ -153,6 +153,10 @@ TEST_F(InitiatorTest, AMatchGoesFromGameToGame) {
     EXPECT_EQ(dxp_state.match_games, 4);
     EXPECT_EQ(pairs, (std::vector<int32_t>{0, 1, 1, 2}));
     expect_counters(1, 1, 1, 1);
+    EXPECT_EQ(game.gui_mode, NORMAL_MODE);
+    EXPECT_EQ(events_of("title").back(),
+              "title Tessarin vs Scripted Peer:  1 wins, 1 losses, 1 draws, 1 unknowns")
+        << "the score stays to be seen";
     ASSERT_EQ(appended.size(), 4u);
     EXPECT_EQ(appended[0].white, "Tessarin");
     EXPECT_EQ(appended[0].result, "2-0");

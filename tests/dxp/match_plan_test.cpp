@@ -225,7 +225,8 @@ TEST_F(MatchPlanTest, OffersToResumeWhatCanBeResumed) {
 TEST_F(MatchPlanTest, BeginningStoresTheChoices) {
     settings.operator_time = 7;
     settings2.increment_mode = 1;
-    settings2.match_incremental = 0;
+    settings2.match_incremental = 1;  // as the other side's last request had it
+    EXPECT_FALSE(match_fields().incremental);
     MatchFields fields = fields_for(THREE_MOVE_OPENINGS);
     fields.minutes = 2.5;
     fields.moves = 33;
