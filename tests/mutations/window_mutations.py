@@ -82,4 +82,7 @@ MUTATIONS = [
     ("shell/qt/toolkit_texts.cpp", "    end_toolkit_language();\n    translator = load_translator(settings2.language_id);", "    translator = load_translator(settings2.language_id);", "gui_ui_tests"),
     ("shell/qt/desktop.cpp", "if (settings2.language_id != ENGLISH_ID) post_work(run_command, settings2.language_id);", "", "gui_frame_tests gui_ui_tests"),
     ("shell/qt/help.cpp", "while (chosen + 1 < std::end(candidates) && !can_read_file(*chosen)) ++chosen;", "while (chosen + 2 < std::end(candidates) && !can_read_file(*chosen)) ++chosen;", "gui_help_tests"),
+    ("shell/qt/dialog_start_match.cpp", "if (dxp_menu_state().start_match_enabled) begin_match", "begin_match", "gui_dialogs_tests"),
+    ("shell/qt/dialog_game_time.cpp", "dialog.exec() != QDialog::Accepted || game.gui_mode == DXP_MODE", "dialog.exec() != QDialog::Accepted", "gui_dialogs_tests"),
+    ("shell/qt/dialog_make_connection.cpp", "if (host != before) copy_utf8", "copy_utf8", "gui_dialogs_tests"),
 ]
