@@ -122,7 +122,7 @@ TEST(FileOrder, AgainstPlainLoops) {
                     for (int nb = bk; nb <= 5; ++nb) {
                         const int wk = k - bk, nw = n - nb;
                         if (nb < 1 || nw < 1 || nw > nb || wk > nw || (nb == nw && wk > bk)) continue;
-                        char name[32];
+                        char name[64];
                         std::snprintf(name, sizeof name, "db%d-%d%d%d%d", n, nb - bk, bk, nw - wk, wk);
                         for (int32_t i = 0; i < named.list.count; ++i)
                             if (named.file(i).is_present && std::string(named.file(i).name.data()) == name)
