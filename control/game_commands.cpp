@@ -52,8 +52,8 @@ void begin_analysis(int32_t mode) {
         get_text(TEXT_TIME_CHANGED, text, sizeof text);
         get_text(TEXT_INFO, title, sizeof title);
         ui.message_box(text, title, ICON_INFO);
-        // A game over the network may have begun while the box was open.
-        if (in_dxp()) return;
+        // A game over the network may have begun, and ended, while the box was open.
+        if (game.gui_mode != mode) return;
         set_time_control(TIME_INFINITE);
         update_menu();
     }
@@ -169,9 +169,7 @@ void setup_command() {
     if (in_dxp()) return;
     if (game.gui_mode == SETUP_MODE) {
         set_gui_mode(NORMAL_MODE);
-        restart_history(game.board, game.board_side);
         clear_marks();
-        game_text_update();
         return;
     }
     stop_and_set_mode(SETUP_MODE);

@@ -42,6 +42,9 @@ int choose_game(const std::string& text, const PdnOffsets& offsets) {
     return chosen;
 }
 
+// A game over the network may have begun while the user chose: what he chose is not for it.
+bool another_game_began(bool was_in_dxp) { return !was_in_dxp && game.gui_mode == DXP_MODE; }
+
 }  // namespace
 
 bool run_file_command(int32_t id) {
@@ -69,13 +72,15 @@ void load_command() {
 void save_command() {
     if (!edit_headers_command()) return;
     std::string path;
-    if (ui.choose_save_file(SAVE_FILE_TITLE, path)) save_game_to_file(path);
+    const bool in_dxp = game.gui_mode == DXP_MODE;
+    if (ui.choose_save_file(SAVE_FILE_TITLE, path) && !another_game_began(in_dxp)) save_game_to_file(path);
 }
 
 bool edit_headers_command() {
     GameHeaders headers = game.headers;
     if (!headers.date[0]) std::snprintf(headers.date.data(), headers.date.size(), "%s", today_text().c_str());
-    if (!ui.edit_headers(headers)) return false;
+    const bool in_dxp = game.gui_mode == DXP_MODE;
+    if (!ui.edit_headers(headers) || another_game_began(in_dxp)) return false;
     game.headers = headers;
     return true;
 }

@@ -93,18 +93,19 @@ bool wait_for_search() {
     return !t.running.load(std::memory_order_relaxed) || t.search_done_event.wait_for(t.wait_limit_ms);
 }
 
-void stop_search() {
+bool stop_search() {
     search_thread.stop_flag.store(1, std::memory_order_relaxed);
-    wait_for_search();
+    return wait_for_search();
 }
 
-void discard_search() {
+bool discard_search() {
     SearchThread& t = search_thread;
     const bool open =
         t.searching.load(std::memory_order_acquire) || t.search_finished.load(std::memory_order_acquire);
     const bool real = open && !t.pondering.load(std::memory_order_relaxed);
     t.this_search_aborted = true;
-    stop_search();
+    const bool idle = stop_search();
     // Its time was the engine's; the user's begins here.
     if (real) start_user_lap(clock_ms());
+    return idle;
 }

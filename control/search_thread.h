@@ -98,10 +98,11 @@ bool real_search_runs();
 // Waits until the search thread is idle, for `wait_limit_ms` at most. True if it is; a caller that has
 // nothing better to do goes on whatever the answer.
 bool wait_for_search();
-// Ends the search if one runs, and waits. Its result reaches `search_done` at the next tick.
-void stop_search();
+// Ends the search if one runs, and waits as `wait_for_search` does. Its result reaches `search_done` at the
+// next tick.
+bool stop_search();
 // The same, and its result is thrown away. The user's lap begins where a search that did not ponder ends.
-void discard_search();
+bool discard_search();
 
 // Starts a search of the position on the board, with the time that the mode has. In a mode without an engine
 // an error is shown. While the search thread has not come back from its last search nothing starts.

@@ -367,11 +367,7 @@ void dxp_handle_message(int32_t type) {
 }
 
 void dxp_drop_search() {
-    SearchThread& t = search_thread;
-    // One whose end nobody has seen yet is dropped too.
-    const bool open =
-        t.searching.load(std::memory_order_acquire) || t.search_finished.load(std::memory_order_acquire);
-    if (open) discard_search();
-    t.search_finished.store(0, std::memory_order_relaxed);
-    t.ponder_done = false;
+    discard_search();  // also one whose end waits behind a box
+    search_thread.search_finished.store(0, std::memory_order_relaxed);
+    search_thread.ponder_done = false;
 }

@@ -180,7 +180,8 @@ void dxp_show_search_text(int running) {
     if (!program_flags.server_mode || game.gui_mode != DXP_MODE || dxp_state.phase != DXP_PLAYING) return;
     if (t.pondering.load(std::memory_order_relaxed)) return;
     if (running && clock_ms() - t.search_started_ms.load(std::memory_order_relaxed) < FIRST_CHAT_MS) return;
-    const std::string text(search_text(), strnlen(search_text(), DXP_CHAT_LENGTH));
+    const char* const shown = search_text();
+    const std::string text(shown, strnlen(shown, DXP_CHAT_LENGTH));
     const bool known = text == dxp_state.last_chat_text;
     if (known && running) return;
     dxp_state.last_chat_text = text;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "shell/board_geometry.h"
+
 namespace {
 
 constexpr int BOARD_SQUARES = 10;
@@ -38,7 +40,7 @@ int fitting_square(const ArrangementInput& input, const Rows& rows) {
     const int height =
         input.room.height() - 2 * WINDOW_GAP - height_below(input, rows) - input.board_frame.height();
     const int fitting = std::min(width, height) / BOARD_SQUARES;
-    return std::clamp(fitting, MIN_ARRANGED_SQUARE, std::max(input.square_size, MIN_ARRANGED_SQUARE));
+    return std::clamp(fitting, MIN_SQUARE_SIZE, std::max(input.square_size, MIN_SQUARE_SIZE));
 }
 
 // The column beside the board is as high as the board, but not so low that nothing of the game is seen.

@@ -18,14 +18,12 @@ struct ArrangementInput {
 };
 
 struct Arrangement {
-    int square_size = 0;  // the wanted one, or the largest below it for which there is room
+    int square_size = 0;  // the wanted one, or the largest below it for which there is room; at least
+                          // MIN_SQUARE_SIZE
     QRect board;          // its window
     std::array<QRect, CHILD_WINDOWS> panes;
     QSize area;  // what the frame's inside must hold for all that is visible to be seen
 };
-
-// The smallest square that a board shrinks to for lack of room.
-constexpr int MIN_ARRANGED_SQUARE = 16;
 
 // Free space around windows and between them.
 constexpr int WINDOW_GAP = 6;

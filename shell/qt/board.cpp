@@ -5,6 +5,7 @@
 #include <QPaintEvent>
 #include <QStyleHints>
 #include <algorithm>
+#include <utility>
 
 #include "base/clock.h"
 #include "control/game_flow.h"
@@ -85,7 +86,10 @@ int Board::square_at(QPoint at) const {
 
 void Board::take_over_game() {
     const Position now = position_after(move_to(game.board), game.board_side);
-    if (!shown.known || !same_pieces(shown.position, now)) begin_slide(now, game.board_side);
+    if (!shown.known || !same_pieces(shown.position, now)) {
+        typed.clear();  // what was typed was for another position
+        begin_slide(now, game.board_side);
+    }
     shown = {now, game.board_side, true};
     scene.position = now;
     scene.marks = game.highlights;
@@ -108,7 +112,7 @@ void Board::begin_slide(const Position& now, int side) {
     } else {
         return;
     }
-    slide.by_hand = dropping;
+    slide.by_hand = std::exchange(dropping, false);  // a reply that is ready slides
     slide.running = true;
     slide_start = slide_clock();
     slide_timer.start();
@@ -168,7 +172,7 @@ void Board::paintEvent(QPaintEvent*) {
 void Board::press(QPoint at, Qt::MouseButton button) {
     press_played = false;
     drag = {};
-    scene.cursor = 0;
+    forget_keys();
     if (user_may_move()) setFocus(Qt::MouseFocusReason);
     const int square = square_at(at);
     if (button == Qt::RightButton) return board_right_click(square);

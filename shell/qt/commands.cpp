@@ -33,8 +33,12 @@ void save_settings_command() {
 }
 
 void reset_settings_command() {
-    discard_search();
-    const int status = reset_settings();
+    if (game.gui_mode == DXP_MODE) return;
+    int status = 0;
+    if (discard_search())
+        status = reset_settings();
+    else
+        default_settings();  // what the search that has not come back uses stays as it is
     set_time_control(settings.time_menu_id);
     clear_highlights();
     main_window->follow_pane_settings();

@@ -90,8 +90,7 @@ int start_desktop_engine() {
 
 bool close_desktop() {
     const bool network_ended = end_network_play();
-    discard_search();
-    if (!wait_for_search() || !network_ended) return false;
+    if (!discard_search() || !network_ended) return false;
     end_interface_thread();
     end_sound();
     end_toolkit_language();

@@ -64,7 +64,7 @@ void game_time_dialog(QWidget* parent) {
     prepare_dialog(dialog, DIALOG_GAME_TIME);
     show_fields(form);
     QObject::connect(form.id_1060, &QCheckBox::toggled, &dialog, [&form](bool checked) {
-        settings2.increment_mode = checked;
+        if (game.gui_mode != DXP_MODE) settings2.increment_mode = checked;
         enable_fields(form, checked);
     });
     // A game over the network may have begun while the user chose; its time is not his to change.

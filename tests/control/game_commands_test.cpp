@@ -493,6 +493,12 @@ TEST_F(GameCommands, ANetworkGameThatBeginsInTheBoxOfTheAnalysisGoesOn) {
     EXPECT_EQ(game.gui_mode, DXP_MODE);
     EXPECT_EQ(settings.time_menu_id, TIME_GAME_CLOCK) << "its clock is not taken away";
     EXPECT_FALSE(search_thread.searching) << "and nothing is searched for the other side";
+    prepare(NORMAL_MODE);
+    set_time_control(TIME_GAME_CLOCK);
+    in_message_box = [] { set_gui_mode(NORMAL_MODE); };
+    run_game_command(COMMAND_ANALYSIS);
+    EXPECT_EQ(settings.time_menu_id, TIME_GAME_CLOCK) << "nor when it has ended meanwhile";
+    EXPECT_FALSE(search_thread.searching);
 }
 
 TEST_F(GameCommands, ACancelledAnalysisLeavesTheBoardAsItIs) {

@@ -208,6 +208,26 @@ TEST_F(LoadSave, ANetworkGameThatBeginsWhileAGameIsChosenGoesOn) {
     EXPECT_EQ(game.gui_mode, DXP_MODE);
 }
 
+TEST_F(LoadSave, ANetworkGameThatBeginsMeanwhileGetsNoHeadersAndIsNotSaved) {
+    answers.meanwhile = [] { set_gui_mode(DXP_MODE); };
+    answers.edits = true;
+    set_game_header(answers.edited, "White", "someone");
+    EXPECT_FALSE(edit_headers_command());
+    EXPECT_STREQ(game.headers.white.data(), "");
+    set_gui_mode(NORMAL_MODE);
+    answers.meanwhile = nullptr;
+    ui.edit_headers = [](GameHeaders&) { return true; };
+    ui.choose_save_file = [](const char*, std::string& path) {
+        path = answers.save_path;
+        set_gui_mode(DXP_MODE);
+        return true;
+    };
+    save_to("out.pdn");
+    EXPECT_EQ(file_size(folder + "out.pdn"), -1);
+    save_to("out.pdn");
+    EXPECT_GT(file_size(folder + "out.pdn"), 0) << "a network game that the user has seen is saved";
+}
+
 TEST_F(LoadSave, NothingInDxp) {
     set_gui_mode(DXP_MODE);
     load("32-28 *");

@@ -41,6 +41,7 @@ int offer_games(const char* text, const PdnOffsets& offsets, int count, int sele
 
 bool edit_headers(GameHeaders& headers) {
     answers.shown = headers;
+    if (answers.meanwhile) answers.meanwhile();
     if (answers.headers && answers.edits) headers = answers.edited;
     return answers.headers;
 }
@@ -76,6 +77,7 @@ void RecordTest::SetUp() {
     };
     ui.choose_save_file = [](const char* title, std::string& path) {
         answers.save_title = title;
+        if (answers.meanwhile) answers.meanwhile();
         if (!answers.save_path.empty()) path = answers.save_path;
         return !answers.save_path.empty();
     };

@@ -16,7 +16,7 @@ struct UserAnswers {
     bool headers = true;   // he agrees to them
     GameHeaders edited{};  // what he makes of them
     bool edits = false;
-    void (*meanwhile)() = nullptr;  // what happens while he chooses a file or a game
+    void (*meanwhile)() = nullptr;  // what happens while he chooses a file or a game, or has the headers
     // What he was asked.
     std::string load_title, save_title;
     std::vector<std::string> offered;

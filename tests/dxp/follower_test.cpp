@@ -23,6 +23,24 @@ TEST_F(FollowerTest, ARequestForWhiteIsAnsweredAndPlayedAtOnce) {
     EXPECT_NE(std::string(mode).find("Dxp Follower"), std::string::npos);
 }
 
+TEST_F(FollowerTest, ASearchThatIsDroppedWhileItsBoxIsOpenPlaysNothing) {
+    settings.wld_enable = 1;
+    mode_hooks.egdb_state = [] { return int32_t{EGDB_FAILED}; };
+    script.think = first_move;
+    start_search();
+    ASSERT_TRUE(wait_for_search());
+    int boxes = 0;
+    in_message_box = [&] {
+        ++boxes;
+        dxp_drop_search();
+    };
+    timer_tick();
+    EXPECT_EQ(boxes, 1);
+    EXPECT_EQ(game.history_count, 1);
+    timer_tick();
+    EXPECT_EQ(game.history_count, 1);
+}
+
 TEST_F(FollowerTest, ARequestForBlackIsAnsweredAndTheFirstMoveWaitedFor) {
     start_as_black();
     run_for(100);

@@ -6,6 +6,8 @@
 #include <random>
 #include <vector>
 
+#include "shell/board_geometry.h"
+
 namespace {
 
 ArrangementInput usual_input() {
@@ -98,11 +100,11 @@ TEST(Arrangement, NeverOverlapsAndFitsWhereItCan) {
         expect_apart(places);
         expect_inside(input, places);
         if (HasFatalFailure()) FAIL() << round;
-        if (places.square_size > MIN_ARRANGED_SQUARE) {
+        if (places.square_size > MIN_SQUARE_SIZE) {
             ASSERT_LE(places.area.width(), input.room.width()) << round;
             ASSERT_LE(places.board.bottom(), input.room.height()) << round;
         }
-        ASSERT_LE(places.square_size, std::max(input.square_size, MIN_ARRANGED_SQUARE));
+        ASSERT_LE(places.square_size, std::max(input.square_size, MIN_SQUARE_SIZE));
     }
 }
 

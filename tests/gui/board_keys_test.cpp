@@ -1,4 +1,5 @@
 // Moves by the keyboard alone.
+#include "control/game_flow.h"
 #include "tests/gui/board_fixture.h"
 
 namespace {
@@ -83,6 +84,24 @@ TEST_F(BoardKeys, TypingCanBeCorrected) {
     type("2");
     key(Qt::Key_Return);
     EXPECT_EQ(marks_now(), Marks{32});
+}
+
+TEST_F(BoardKeys, TypingEndsWithThePositionAndWithAClick) {
+    type("32");
+    key(Qt::Key_Return);
+    type("28");
+    new_game();
+    ASSERT_EQ(make_user_move(0), 0);
+    new_game();
+    board->redraw();
+    key(Qt::Key_Return);
+    EXPECT_EQ(game.history_count, 1) << "28 was for the game before";
+    type("32");
+    QTest::mouseClick(board.get(), Qt::LeftButton, Qt::NoModifier, QPoint(1, 1));
+    EXPECT_EQ(screen.status, "");
+    type("28");
+    key(Qt::Key_Return);
+    EXPECT_EQ(marks_now(), Marks{28}) << "not 3228";
 }
 
 TEST_F(BoardKeys, EscapeForgetsTypingAndMarks) {

@@ -257,9 +257,12 @@ TEST_F(GameTime, DamagedSettingsAreShown) {
 TEST_F(GameTime, AGameOverTheNetworkThatHasBegunKeepsItsTime) {
     settings.clock_minutes = 7;
     settings.time_menu_id = 40010;
+    settings2.increment_mode = 0;
     use([](QDialog& dialog) {
         set_gui_mode(DXP_MODE);
+        click_box(dialog);
         click(dialog, OK_ID);
     });
+    EXPECT_EQ(settings2.increment_mode, 0) << "the box acts at once";
     EXPECT_EQ(settings.time_menu_id, 40010);
 }

@@ -358,6 +358,15 @@ TEST_F(Frame, ResetSettingsPutsAllBack) {
     expect_tidy("after the reset");
 }
 
+TEST_F(Frame, SettingsAreNotResetInAGameOverTheNetwork) {
+    open_small();
+    settings.clock_minutes = 77;
+    set_gui_mode(DXP_MODE);
+    run_command(COMMAND_RESET_SETTINGS);
+    EXPECT_EQ(settings.clock_minutes, 77);
+    set_gui_mode(NORMAL_MODE);
+}
+
 // The engine searches with what is reset.
 TEST_F(Frame, ResetSettingsEndsTheSearch) {
     open_small();
