@@ -69,6 +69,7 @@ void log_missing(const char* kind, const std::string& folder) {
     egdb_log_text(("No " + std::string(kind) + " database found in '" + folder + "'\n").c_str());
 }
 
+// `maxpieces` is what the engine has open; 0 for none, and no limit.
 OpenEgdb open_mtc_folder(const DatabaseOptions& options, int32_t maxpieces,
                          const EgdbSurroundings* surroundings) {
     show(surroundings, WAIT_FOR_MTC);
@@ -94,31 +95,29 @@ OpenEgdb open_wld_folder(const DatabaseOptions& options, const EgdbSurroundings*
     return egdb_open(text.c_str(), options.wld_cache_mb, options.wld_folder, egdb_log_text);
 }
 
-// `maxpieces` is what the engine has open; 0 for none. The state tells the outcome.
-void init_wld_and_mtc(const DatabaseOptions& options, int32_t maxpieces,
-                      const EgdbSurroundings* surroundings) {
+// The state tells the outcome.
+void init_wld_and_mtc(const DatabaseOptions& options, const EgdbSurroundings* surroundings) {
     opened.wld = open_wld_folder(options, surroundings);
     if (!opened.wld) {
         egdb_state.store(EGDB_FAILED, std::memory_order_release);
         return;
     }
-    if (options.mtc_enable) opened.mtc = open_mtc_folder(options, maxpieces, surroundings);
+    if (options.mtc_enable) opened.mtc = open_mtc_folder(options, 0, surroundings);
     egdb_state.store(EGDB_OPENED, std::memory_order_release);
 }
 
 // The log is that of this opening alone.
-void init_with_new_log(const DatabaseOptions& options, int32_t maxpieces,
-                       const EgdbSurroundings* surroundings) {
+void init_with_new_log(const DatabaseOptions& options, const EgdbSurroundings* surroundings) {
     try {
         empty_egdb_log();
-        init_wld_and_mtc(options, maxpieces, surroundings);
+        init_wld_and_mtc(options, surroundings);
     } catch (const std::bad_alloc&) {
         egdb_state.store(EGDB_FAILED, std::memory_order_release);
     }
 }
 
-bool init_on_its_own_thread(const DatabaseOptions& options, int32_t maxpieces) {
-    return start_detached_thread([options, maxpieces] { init_with_new_log(options, maxpieces, nullptr); });
+bool init_on_its_own_thread(const DatabaseOptions& options) {
+    return start_detached_thread([options] { init_with_new_log(options, nullptr); });
 }
 
 void take_over() {
@@ -156,8 +155,8 @@ void reopen(const DatabaseOptions& options, const EgdbSurroundings& surroundings
         return;
     }
     egdb_state.store(EGDB_OPENING, std::memory_order_release);
-    if (options.wld_parallel_init && init_on_its_own_thread(options, egdb_engine.maxpieces)) return;
-    init_with_new_log(options, egdb_engine.maxpieces, &surroundings);
+    if (options.wld_parallel_init && init_on_its_own_thread(options)) return;
+    init_with_new_log(options, &surroundings);
     take_over_if_opened();
 }
 

@@ -29,7 +29,6 @@ constexpr CacheRules cache_rules(EgdbType type) {
             return {6, 4384, 2560};
     }
 }
-constexpr CacheRules WLD_CACHE_RULES = cache_rules(EGDB_WLD);
 
 // Megabytes for files that are held whole, of a database of `db_mb` where `avail_mb`, which may be negative,
 // are there for it.

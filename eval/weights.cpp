@@ -23,7 +23,10 @@ Weights& storage() {
 
 using File = std::unique_ptr<FILE, int (*)(FILE*)>;
 
-File open_for_reading(const std::string& path) { return {std::fopen(path.c_str(), "rb"), std::fclose}; }
+// A folder would open too.
+File open_for_reading(const std::string& path) {
+    return {can_read_file(path) ? std::fopen(path.c_str(), "rb") : nullptr, std::fclose};
+}
 
 }  // namespace
 

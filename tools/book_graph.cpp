@@ -134,11 +134,6 @@ Position position_of_node(const BookNode& node) {
     return {node.black, node.white, node.king, node.side, 0, nullptr};
 }
 
-int32_t find_book_node(const BookGraph& graph, const Position& position) {
-    const auto found = graph.numbers.find(key_of(position));
-    return found == graph.numbers.end() ? -1 : found->second;
-}
-
 int32_t book_node(BookGraph& graph, const Position& position) {
     const auto number = static_cast<int32_t>(graph.nodes.size());
     const auto [place, is_new] = graph.numbers.try_emplace(key_of(position), number);

@@ -72,8 +72,6 @@ Position position_of_node(const BookNode& node);
 
 // The number of the position's node, which is made if there is none.
 int32_t book_node(BookGraph& graph, const Position& position);
-// The same without making it: -1.
-int32_t find_book_node(const BookGraph& graph, const Position& position);
 
 void add_book_root(BookGraph& graph, const Position& position, int32_t cost);
 

@@ -110,7 +110,6 @@ Coders make_coders() {
 
 void append_subslice(EgdbFilePair& pair, const Coders& coders, const ValuePlanes& planes, const Material& m,
                      int subslice, int side, int threads) {
-    pair.blocks_of_catalogue.resize(CATALOGUES);
     pair.positions += planes.size;
     pair.free_positions += planes.free_positions;
     append_line(pair.index, "BASE%d,%d,%d,%d,%d,%c:", m.bm, m.bk, m.wm, m.wk, subslice,
@@ -132,7 +131,6 @@ void append_subslice(EgdbFilePair& pair, const Coders& coders, const ValuePlanes
             append_line(pair.index, "%lld,%d,%d\n", static_cast<long long>(at), block.catalogue,
                         vmap_byte(block.values));
         for (const int32_t row : block.rows) pair.data.push_back(static_cast<uint8_t>(row));
-        ++pair.blocks_of_catalogue[static_cast<size_t>(block.catalogue)];
         at = block.end;
     }
 }

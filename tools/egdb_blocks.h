@@ -18,7 +18,6 @@ struct EgdbFilePair {
     int64_t free_positions = 0;  // of these, those that are never looked up
     int64_t single_subslices = 0;
     int64_t coded_subslices = 0;
-    std::vector<int64_t> blocks_of_catalogue;  // how often each was chosen
 };
 
 // The catalogues of the format as the coder wants them, made once.

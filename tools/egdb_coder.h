@@ -41,7 +41,7 @@ CodeTree code_tree(std::span<const CodeRow> rows);
 // Which value each symbol stands for.
 using SymbolValues = std::array<uint8_t, 4>;
 
-// The vmap byte of the values, and back. A byte in which two are equal gives value 0 for every symbol.
+// The vmap byte of the values, which are all different.
 uint8_t vmap_byte(const SymbolValues& values);
 
 // Codes from `start` on with the longest row each time, at most `bytes` of them. Returns the position behind

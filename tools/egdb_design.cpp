@@ -94,7 +94,7 @@ void count_sequences(const std::vector<SymbolRun>& runs, uint16_t longest, RowCo
     }
 }
 
-// Rows that no catalogue does without: each symbol by itself, and runs of growing lengths.
+// Rows that no catalogue does without: each symbol by itself, and the longest run of symbol 0.
 std::vector<CodeRow> basic_rows(const CatalogueRules& rules) {
     std::vector<CodeRow> rows = rules.fixed_rows;
     for (int s = 0; s < rules.symbols; ++s) rows.push_back({{static_cast<uint8_t>(s), 1}});
@@ -105,6 +105,7 @@ std::vector<CodeRow> basic_rows(const CatalogueRules& rules) {
     return rows;
 }
 
+// Runs of growing lengths.
 std::vector<CodeRow> run_ladder(const CatalogueRules& rules) {
     std::vector<CodeRow> rows;
     for (int s = 0; s < rules.symbols; ++s)
@@ -254,21 +255,18 @@ Catalogue256 design_catalogue(const std::vector<const DesignSample*>& samples, c
     Candidates candidates;
     candidates.rows = basic_rows(rules);
     candidates.kept = candidates.rows.size();
-    if (!rules.fixed) {
-        candidates.add(run_ladder(rules));
-        RowCounts counts;
-        for (const DesignSample* sample : samples)
-            count_sequences(definite_runs(*sample), rules.longest, counts);
-        candidates.add(most_counted(counts, FIRST_CANDIDATES / 2, true));
-        candidates.add(most_counted(counts, FIRST_CANDIDATES, false));
-        counts.clear();
+    candidates.add(run_ladder(rules));
+    RowCounts counts;
+    for (const DesignSample* sample : samples) count_sequences(definite_runs(*sample), rules.longest, counts);
+    candidates.add(most_counted(counts, FIRST_CANDIDATES / 2, true));
+    candidates.add(most_counted(counts, FIRST_CANDIDATES, false));
+    counts.clear();
+    thin_out_to_catalogue(candidates, samples, rules.longest);
+    for (int i = 0; i < JOIN_ROUNDS; ++i) {
+        RowCounts joined;
+        count_uses(samples, candidates, rules.longest, &joined);
+        candidates.add(most_counted(joined, JOINED_CANDIDATES, false));
         thin_out_to_catalogue(candidates, samples, rules.longest);
-        for (int i = 0; i < JOIN_ROUNDS; ++i) {
-            RowCounts joined;
-            count_uses(samples, candidates, rules.longest, &joined);
-            candidates.add(most_counted(joined, JOINED_CANDIDATES, false));
-            thin_out_to_catalogue(candidates, samples, rules.longest);
-        }
     }
     // Too few samples leave room: it goes to the shortest runs that are not there.
     for (uint16_t length = 2; candidates.rows.size() < ROWS; ++length) candidates.add({{{0, length}}});

@@ -39,9 +39,20 @@ bool is_built(const Build& build, const EgdbFileName& name) {
            file_size(path_of(build, name, FORMAT.data_extension)) > 0;
 }
 
+bool is_whole(const Build& build, int pieces) {
+    const std::vector<EgdbFileName> names = egdb_names_of(EGDB_MTC, pieces);
+    return std::all_of(names.begin(), names.end(),
+                       [&](const EgdbFileName& name) { return is_built(build, name); });
+}
+
 int tables_of(const Material& m) { return is_symmetric(m) ? 1 : 2; }
 
 int64_t distance_work(const Material& m) { return DISTANCE_PASSES * slice_size(m) * tables_of(m); }
+
+EgdbBuildStatus cannot_write(Build& build, const std::string& file) {
+    build.result.failed_file = file;
+    return EGDB_BUILD_CANNOT_WRITE;
+}
 
 EgdbBuildStatus write_name(Build& build, const EgdbFileName& name) {
     MtcFilePair pair;
@@ -59,15 +70,13 @@ EgdbBuildStatus write_name(Build& build, const EgdbFileName& name) {
         }
         build.distances.erase(found);
     }
+    const std::string data = path_of(build, name, FORMAT.data_extension);
+    const std::string index = path_of(build, name, FORMAT.index_extension);
+    if (replace_file(data, pair.data.data(), pair.data.size()) != 0) return cannot_write(build, data);
+    if (replace_file(index, pair.index.data(), pair.index.size()) != 0) return cannot_write(build, index);
     build.result.files.push_back({name.text.data(), pair.positions, pair.positions - pair.told_positions,
                                   static_cast<int64_t>(pair.data.size()),
                                   static_cast<int64_t>(pair.index.size())});
-    const std::string data = path_of(build, name, FORMAT.data_extension);
-    const std::string index = path_of(build, name, FORMAT.index_extension);
-    build.result.failed_file = data;
-    if (replace_file(data, pair.data.data(), pair.data.size()) != 0) return EGDB_BUILD_CANNOT_WRITE;
-    build.result.failed_file = index;
-    if (replace_file(index, pair.index.data(), pair.index.size()) != 0) return EGDB_BUILD_CANNOT_WRITE;
     return EGDB_BUILT;
 }
 
@@ -145,10 +154,13 @@ EgdbBuildStatus build_mtc_database(const EgdbBuildOptions& options, const std::a
         result.failed_file = options.folder;
         return EGDB_BUILD_CANNOT_WRITE;
     }
+    // What is missing rests on the values of all fewer pieces.
+    int most = options.pieces;
+    while (most >= 2 && is_whole(build, most)) --most;
     int64_t all = 0;
-    for (int pieces = 2; pieces <= options.pieces; ++pieces) all += work_of(build, pieces);
+    for (int pieces = 2; pieces <= most; ++pieces) all += work_of(build, pieces);
     progress.all = all;
-    for (int pieces = 2; pieces <= options.pieces; ++pieces)
+    for (int pieces = 2; pieces <= most; ++pieces)
         if (const EgdbBuildStatus status = build_pieces(build, pieces); status != EGDB_BUILT) return status;
     remove_kept(build.folder, options.pieces);
     return EGDB_BUILT;

@@ -6,7 +6,8 @@
 
 #include "tools/egdb_build.h"
 
-// With six pieces all values and the distances of a material would not fit in memory.
+// With six pieces all values and the distances of a material would not fit in memory. The checksums in
+// egdb/identify.cpp know sets of up to four pieces.
 constexpr int EGDB_MOST_MTC_BUILT = 5;
 
 // The most memory that a build takes, in bytes.

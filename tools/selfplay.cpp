@@ -124,11 +124,12 @@ void play_game(const SelfplayOptions& options, uint32_t number, std::vector<Game
 }
 
 // Cuts what an interruption left behind the last whole record and the last game, which may be incomplete.
-// Returns the number of games left in the file, or -1 if it cannot be read or cut.
-int64_t prepare_file(const std::string& path) {
+// Returns the number of games left in the file, -1 if it cannot be read or cut, or -2 if it is no file of
+// games. A file that has the wanted games stays as it is.
+int64_t prepare_file(const std::string& path, int64_t wanted) {
     std::error_code error;
     if (!std::filesystem::exists(path, error)) return 0;
-    const uint64_t records = std::filesystem::file_size(path, error) / sizeof(GameRecord);
+    const uint64_t bytes = std::filesystem::file_size(path, error), records = bytes / sizeof(GameRecord);
     if (error) return -1;
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
     if (!file) return -1;
@@ -136,9 +137,11 @@ int64_t prepare_file(const std::string& path) {
         return std::fseek(file.get(), static_cast<long>(index * sizeof record), SEEK_SET) == 0 &&
                std::fread(&record, sizeof record, 1, file.get()) == 1;
     };
-    GameRecord last{}, record{};
+    GameRecord first{}, last{}, record{};
+    if (bytes > 0 && (records == 0 || !read(0, first) || !is_sound_record(first))) return -2;
     uint64_t kept = records;
     if (records > 0 && !read(records - 1, last)) return -1;
+    if (records > 0 && last.game >= wanted) return last.game;
     while (kept > 0 && read(kept - 1, record) && record.game == last.game) --kept;
     std::filesystem::resize_file(path, kept * sizeof(GameRecord), error);
     return error ? -1 : int64_t{kept > 0 ? record.game + 1 : 0};
@@ -146,9 +149,15 @@ int64_t prepare_file(const std::string& path) {
 
 }  // namespace
 
+bool is_sound_record(const GameRecord& r) {
+    const Position position{r.black, r.white, r.king, r.side, 0, nullptr};
+    return r.side <= WHITE && r.result >= -1 && r.result <= 1 && (r.black | r.white) != 0 &&
+           (r.king & ~(r.black | r.white)) == 0 && is_legal_setup(position);
+}
+
 int selfplay(const SelfplayOptions& options, SelfplayProgress progress) {
-    int64_t game = prepare_file(options.out);
-    if (game < 0) return 1;
+    int64_t game = prepare_file(options.out, options.games);
+    if (game < 0) return game == -2 ? 2 : 1;
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(options.out.c_str(), "ab"),
                                                                std::fclose);
     if (!file) return 1;

@@ -24,6 +24,9 @@ struct GameRecord {
 };
 static_assert(sizeof(GameRecord) == 32);
 
+// What every record of a file of games keeps to.
+bool is_sound_record(const GameRecord& record);
+
 struct SelfplayOptions {
     std::string out;
     int64_t games = 1000;  // in the file at the end
@@ -38,5 +41,5 @@ struct SelfplayOptions {
 using SelfplayProgress = bool (*)(int64_t games, int64_t records);
 
 // Plays until the file holds `games` games, going on behind those it has. The engine must be started. 0; 1 if
-// the file cannot be read or written.
+// the file cannot be read or written; 2 if it holds something else, which it keeps.
 int selfplay(const SelfplayOptions& options, SelfplayProgress progress);

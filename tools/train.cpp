@@ -52,7 +52,10 @@ double fitted_scale(const std::vector<double>& values, const std::vector<double>
     for (int i = 0; i < 40; ++i) {
         const double left = high - GOLDEN * (high - low);
         const double right = low + GOLDEN * (high - low);
-        (loss(left) < loss(right) ? high : low) = loss(left) < loss(right) ? right : left;
+        if (loss(left) < loss(right))
+            high = right;
+        else
+            low = left;
     }
     return std::exp((low + high) / 2);
 }

@@ -22,12 +22,6 @@ uint64_t hash_of(const GameRecord& record) {
     return mixed(record.black ^ mixed(record.white ^ mixed(record.king ^ mixed(record.game))));
 }
 
-bool is_sound(const GameRecord& r) {
-    const Position position{r.black, r.white, r.king, r.side, 0, nullptr};
-    return r.side <= WHITE && r.result >= -1 && r.result <= 1 && ((r.black | r.white) & ~BOARD_MASK) == 0 &&
-           is_legal_setup(position);
-}
-
 // Follows the games of a file. Which side of the split a game is on hangs on its first position alone, so
 // that neither the order of the files nor their names matter.
 struct Splitter {
@@ -38,7 +32,7 @@ struct Splitter {
     bool held_out = false;
 
     void add(const GameRecord& record) {
-        if (!is_sound(record)) {
+        if (!is_sound_record(record)) {
             ++set.faulty;
             return;
         }

@@ -233,10 +233,12 @@ TEST_F(BookGraphTest, NothingIsAnalysedBehindADecidedPosition) {
 }
 
 TEST_F(BookGraphTest, BeginsAtTheStartAndTheBallots) {
-    const BookGraph graph = grown(100);
+    BookGraph graph = grown(100);
     EXPECT_EQ(graph.roots.size(), 80u);
-    EXPECT_TRUE(node_at(graph, find_book_node(graph, START_POSITION)).analysed);
-    EXPECT_GE(find_book_node(graph, after_moves(START_POSITION, "32-28 19-23")), 0);
+    const size_t nodes = graph.nodes.size();
+    EXPECT_TRUE(node_at(graph, book_node(graph, START_POSITION)).analysed);
+    book_node(graph, after_moves(START_POSITION, "32-28 19-23"));
+    EXPECT_EQ(graph.nodes.size(), nodes) << "both are there";
     for (const auto& root : graph.roots) EXPECT_EQ(root.cost, root.node == 0 ? 0 : 8);
 }
 

@@ -70,7 +70,7 @@ TEST(AutoloadBudget, ByWhatTheDatabaseLacks) {
 }
 
 TEST(CacheSize, TheRestOfTheMemoryOrTheLeast) {
-    const CacheRules& rules = WLD_CACHE_RULES;
+    const CacheRules& rules = cache_rules(EGDB_WLD);
     CacheSize size = cache_size(rules, 41472, 11, 1000000);
     EXPECT_FALSE(size.least);
     EXPECT_EQ(size.blocks, (11 * MEGABYTE - 41472) / 4384);
@@ -89,7 +89,7 @@ TEST(CacheSize, TheRestOfTheMemoryOrTheLeast) {
 TEST(FileOrder, SmallFilesThenFewKingsThenFewPieces) {
     NamedFiles named(8);
     for (int32_t i = 0; i < named.list.count; ++i) named.bring(i, i % 2 ? BLACK : WHITE);
-    order_files(named.database, WLD_CACHE_RULES);
+    order_files(named.database, cache_rules(EGDB_WLD));
     const std::vector<DbFile*>& order = named.database.autoload_order;
     EXPECT_EQ(order.size(), static_cast<size_t>(named.list.count));  // each one, from either side's Slice
     EXPECT_EQ(std::set<DbFile*>(order.begin(), order.end()).size(), order.size());
@@ -112,7 +112,7 @@ TEST(FileOrder, AgainstPlainLoops) {
         NamedFiles named(6 + round % 4);
         for (int32_t i = 0; i < named.list.count; ++i)
             if (random() % 3) named.bring(i);
-        order_files(named.database, WLD_CACHE_RULES);
+        order_files(named.database, cache_rules(EGDB_WLD));
         std::vector<std::string> expected, got;
         for (int32_t i = 0; i < 4; ++i)
             if (named.file(i).is_present) expected.push_back(named.file(i).name.data());
@@ -136,10 +136,10 @@ TEST(FileOrder, AgainstPlainLoops) {
 TEST(ChooseAutoload, TheSumIsNotReducedForAFileThatIsPassedOver) {
     NamedFiles named(6);
     for (int32_t i = 0; i < named.list.count; ++i) named.bring(i);
-    order_files(named.database, WLD_CACHE_RULES);
+    order_files(named.database, cache_rules(EGDB_WLD));
     std::vector<DbFile*>& order = named.database.autoload_order;
     order[5]->num_cache_blocks = 100 * 256;
-    choose_autoload(named.database, WLD_CACHE_RULES, 5);  // four small ones and one more
+    choose_autoload(named.database, cache_rules(EGDB_WLD), 5);  // four small ones and one more
     for (size_t i = 0; i < order.size(); ++i) EXPECT_EQ(order[i]->autoload, i < 5) << i;
     EXPECT_EQ(database_log, "autoload db2\nautoload db3\nautoload db4\nautoload db5\nautoload db6-3030\n");
 }
@@ -147,9 +147,9 @@ TEST(ChooseAutoload, TheSumIsNotReducedForAFileThatIsPassedOver) {
 TEST(ChooseAutoload, SmallFilesAreHeldWholeWhateverTheyNeed) {
     NamedFiles named(6);
     for (int32_t i = 0; i < named.list.count; ++i) named.bring(i);
-    order_files(named.database, WLD_CACHE_RULES);
+    order_files(named.database, cache_rules(EGDB_WLD));
     for (DbFile* const file : named.database.autoload_order) file->num_cache_blocks = 10000 * 256;
-    choose_autoload(named.database, WLD_CACHE_RULES, 2);
+    choose_autoload(named.database, cache_rules(EGDB_WLD), 2);
     for (const DbFile* const file : named.database.autoload_order)
         EXPECT_EQ(file->autoload != 0, is_small(*file)) << file->name.data();
 }
@@ -157,12 +157,12 @@ TEST(ChooseAutoload, SmallFilesAreHeldWholeWhateverTheyNeed) {
 TEST(ChooseAutoload, PartsOfAMegabyteAreCut) {
     NamedFiles named(6);
     for (int32_t i = 0; i < named.list.count; ++i) named.bring(i);
-    order_files(named.database, WLD_CACHE_RULES);
+    order_files(named.database, cache_rules(EGDB_WLD));
     std::vector<DbFile*>& order = named.database.autoload_order;
     for (DbFile* const file : order) file->num_cache_blocks = 10;
     order[4]->num_cache_blocks = 256 + 215;  // with 40 blocks of the small ones a block below two megabytes
     order[5]->num_cache_blocks = 1;
-    choose_autoload(named.database, WLD_CACHE_RULES, 1);
+    choose_autoload(named.database, cache_rules(EGDB_WLD), 1);
     EXPECT_EQ(order[4]->autoload, 1);
     EXPECT_EQ(order[5]->autoload, 0);
 }

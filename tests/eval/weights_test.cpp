@@ -156,6 +156,7 @@ TEST_F(WeightsTest, OtherPath) {
     EXPECT_TRUE(storage_is(image));
     EXPECT_EQ(load_weights_from("folder/none.bin"), 1);
     EXPECT_EQ(logged, "Cannot open folder/none.bin for reading\n");
+    EXPECT_EQ(load_weights_from("folder"), 1);
 }
 
 TEST_F(WeightsTest, FileIsFoundInTheCurrentFolderOnly) {

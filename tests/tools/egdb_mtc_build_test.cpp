@@ -66,6 +66,11 @@ TEST(MtcBuild, WhatIsThereIsKeptAndTheRestIsMade) {
     ASSERT_EQ(build(folder.path, 3), EGDB_BUILT);
     EXPECT_EQ(content_of(folder.file("db3.idx_mtc")), content_of(SHIPPED + "db3.idx_mtc"));
     EXPECT_EQ(content_of(folder.file("db2.idx_mtc")), "kept");
+    EgdbBuildProgress progress;
+    EgdbBuildResult result;
+    ASSERT_EQ(build_mtc_database({folder.path, 3, 1}, never, progress, result), EGDB_BUILT);
+    EXPECT_EQ(progress.all, 0) << "there is nothing to do";
+    EXPECT_TRUE(result.files.empty());
 }
 
 TEST(MtcBuild, GoesOnWhereItWasStopped) {

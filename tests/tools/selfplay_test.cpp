@@ -97,10 +97,28 @@ TEST_F(Selfplay, GoesOnWhereItStopped) {
     ASSERT_LT(two_games.size(), whole.size());
     // Cut off between games, within a game, within a record; and with nothing left to do.
     for (const size_t size : {two_games.size(), two_games.size() + 5 * sizeof(GameRecord),
-                              two_games.size() + 37, size_t{11}, size_t{0}, whole.size()}) {
+                              two_games.size() + 37, size_t{0}, whole.size()}) {
         std::ofstream(path("cut"), std::ios::binary) << whole.substr(0, size);
         ASSERT_EQ(selfplay(options("cut", 4), go_on), 0);
         EXPECT_EQ(read(path("cut")), whole) << size;
+    }
+}
+
+TEST_F(Selfplay, AFileWithMoreGamesStaysAsItIs) {
+    ASSERT_EQ(selfplay(options("games", 4), go_on), 0);
+    const std::string whole = read(path("games"));
+    for (const int64_t games : {3, 1, 4}) {
+        ASSERT_EQ(selfplay(options("games", games), go_on), 0);
+        EXPECT_EQ(read(path("games")), whole) << games;
+    }
+}
+
+TEST_F(Selfplay, AnotherFileIsNotTouched) {
+    for (const std::string& content :
+         {std::string("notes"), std::string(1000, 'x'), std::string(320, '\0')}) {
+        std::ofstream(path("other"), std::ios::binary) << content;
+        EXPECT_EQ(selfplay(options("other", 1), go_on), 2);
+        EXPECT_EQ(read(path("other")), content);
     }
 }
 

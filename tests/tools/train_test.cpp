@@ -314,12 +314,14 @@ TEST_F(TrainingFiles, RecordsWithoutAPositionAreLeftOutAndCounted) {
     add_faulty([](GameRecord& r) { r.result = 2; });
     add_faulty([](GameRecord& r) { r.result = -2; });
     add_faulty([](GameRecord& r) { r.white |= r.black; });
+    add_faulty([](GameRecord& r) { r.black = r.white = r.king = 0; });
+    add_faulty([](GameRecord& r) { r.king = ~(r.black | r.white) & BOARD_MASK; });
     add_faulty([](GameRecord& r) { r.black |= uint64_t{1} << 63; });
     add_faulty([](GameRecord& r) { r.black |= uint64_t{1} << 10; });  // between two rows of squares
     write_records(path("games"), records);
     TrainingSet set;
     ASSERT_EQ(read_games(path("games"), {}, set), SET_READ);
-    EXPECT_EQ(set.faulty, 6);
+    EXPECT_EQ(set.faulty, 8);
     EXPECT_EQ(set.learned.size() + set.held_out.size(), sound.size());
 }
 
