@@ -185,6 +185,7 @@ void run_build(BuildCommand command) {
     std::string& weights_file = command.worker.weights;
     weights_file = weights_file.empty() ? enter_program_folder() + WEIGHTS_FILE : weights_file;
     weights_file = absolute_path(weights_file);
+    if (!check_weights(weights_file)) return;
     if (load_weights_from(weights_file) != 0) return fail("cannot open %s", weights_file.c_str());
     Build build(command);
     if (!open_work(build)) return;

@@ -5,8 +5,10 @@
 #include <cstdlib>
 #include <iostream>
 #include <memory>
+#include <string>
 #include <vector>
 
+#include "base/clock.h"
 #include "base/log.h"
 #include "base/paths.h"
 #include "book/book_move.h"
@@ -60,7 +62,11 @@ void run_probe(const std::string& file, const std::string& fen, int mode) {
         return;
     }
     std::string line;
-    while (std::getline(std::cin, line) && answer(line)) {
+    while (std::getline(std::cin, line)) {
+        const size_t end = line.find_last_not_of(" \t\r");
+        if (end == std::string::npos) continue;
+        line.resize(end + 1);
+        if (!answer(line)) return;
     }
 }
 
@@ -107,6 +113,7 @@ void check_lines(const CheckOptions& options) {
     const std::vector<BookLineEnd> ends = book_line_ends(opening_book, options.lines, options.seed);
     int64_t lost = 0, searched = 0, plies = 0;
     double difference = 0;
+    const int64_t start = clock_ms();
     for (const BookLineEnd& end : ends) {
         if (interrupted) break;
         MoveList list;
@@ -116,7 +123,9 @@ void check_lines(const CheckOptions& options) {
         ++searched;
         plies += end.plies;
         difference += std::abs(value - end.value);
-        show_progress(std::to_string(searched) + " of " + std::to_string(ends.size()) + " lines");
+        const double each = static_cast<double>(clock_ms() - start) / 1000 / static_cast<double>(searched);
+        show_progress(std::to_string(searched) + " of " + std::to_string(ends.size()) + " lines, time left " +
+                      duration_text(each * static_cast<double>(ends.size() - static_cast<size_t>(searched))));
         if (for_book >= -options.margin) continue;
         ++lost;
         char fen[FEN_TEXT_SIZE];

@@ -2,10 +2,12 @@
 
 #include <unistd.h>
 
+#include <cinttypes>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
 
+#include "base/files.h"
 #include "base/program_paths.h"
 #include "eval/weights.h"
 #include "records/fen.h"
@@ -91,6 +93,16 @@ void show_progress(const std::string& text) {
     if (!terminal) return;
     std::fprintf(stderr, "\r\033[K%s", text.c_str());
     std::fflush(stderr);
+}
+
+bool check_weights(const std::string& path) {
+    const int64_t size = file_size(path);
+    if (size == static_cast<int64_t>(WEIGHTS_BYTES)) return true;
+    if (size < 0)
+        fail("cannot open %s for reading", path.c_str());
+    else
+        fail("%s is no weights file: %" PRId64 " bytes, not %zu", path.c_str(), size, WEIGHTS_BYTES);
+    return false;
 }
 
 std::string duration_text(double seconds) {

@@ -48,5 +48,8 @@ void set_search_threads(int threads);
 // Overwrites the progress line on standard error, if that is a terminal; the empty text takes it away.
 void show_progress(const std::string& text);
 
+// A file of weights by its size; what it is instead is told as failure.
+bool check_weights(const std::string& path);
+
 // A duration for the progress line, as "1:02:03" or "4:05".
 std::string duration_text(double seconds);

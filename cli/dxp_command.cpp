@@ -137,7 +137,7 @@ void add_connect(CLI::App& dxp) {
 void add_times(CLI::App& command, const Options& options) {
     CLI::Option* const minutes =
         command.add_option("--minutes", options->minutes, "Minutes for a number of moves")
-            ->check(CLI::Range(0.0, MAX_MINUTES))
+            ->check(number_within(0, MAX_MINUTES))
             ->capture_default_str();
     CLI::Option* const moves =
         command
@@ -149,11 +149,11 @@ void add_times(CLI::App& command, const Options& options) {
         command
             .add_option("--initial", options->initial,
                         "Instead of it, seconds for the whole game; between two copies of this program only")
-            ->check(CLI::Range(0.0, MAX_SECONDS))
+            ->check(number_within(0, MAX_SECONDS))
             ->excludes(minutes)
             ->excludes(moves);
     command.add_option("--increment", options->increment, "Seconds added with each move")
-        ->check(CLI::Range(0.0, MAX_SECONDS))
+        ->check(number_within(0, MAX_SECONDS))
         ->needs(initial);
 }
 

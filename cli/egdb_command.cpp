@@ -241,7 +241,7 @@ void add_build(CLI::App& egdb) {
     command->add_flag("--mtc", options->mtc, "Build moves to conversion instead");
     command
         ->add_option("--pieces", build.pieces,
-                     "Most pieces on the board; the program knows sets of up to 5 and opens no larger one")
+                     "Most pieces on the board; the program opens sets of up to 5, with --mtc of up to 4")
         ->check(CLI::Range(2, EGDB_MOST_BUILT))
         ->capture_default_str();
     command->add_option("--threads", build.threads)->check(CLI::Range(1, 256))->capture_default_str();

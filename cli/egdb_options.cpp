@@ -41,9 +41,15 @@ void add_egdb_options(CLI::App& command, EgdbChoice& choice, bool default_folder
     command.add_option("--egdb-cache", choice.cache_mb, "Megabytes of memory for it")
         ->check(CLI::Range(0, MOST_CACHE_MB))
         ->capture_default_str();
-    command.add_option("--mtc", choice.mtc_folder, "Folder of a database of moves to conversion to use");
+    CLI::Option* const mtc =
+        command.add_option("--mtc", choice.mtc_folder, "Folder of a database of moves to conversion to use");
+    // These are looked up only beside values.
     if (default_folder)
-        command.add_flag("--no-egdb", choice.none, "Use no endgame database")->excludes(folder);
+        command.add_flag("--no-egdb", choice.none, "Use no endgame database")
+            ->excludes(folder)
+            ->excludes(mtc);
+    else
+        mtc->needs(folder);
 }
 
 bool check_egdb_choice(EgdbChoice& choice) {

@@ -49,10 +49,11 @@ void run_verify(const VerifyOptions& options) {
     int32_t pieces = 0;
     if (identify_egdb(options.folder, files.type, pieces) != 0 && !type_by_names(options.folder, files.type))
         return fail("no database in %s", options.folder.c_str());
+    if (files.type == EGDB_MTC) return fail("no checksums of moves to conversion are known");
     catch_interrupt();
     const VerifyListener listener{[](void*, const char* text) { print_text(text); }, nullptr};
     const int errors = verify_files(files, listener, &interrupted, {});
-    if (errors == 0 && files.type != EGDB_MTC && files.type != EGDB_WLD_FIXED_CODES) std::printf("\n");
+    if (errors == 0 && files.type != EGDB_WLD_FIXED_CODES) std::printf("\n");
     if (interrupted) return fail("stopped");
     if (errors > 0) fail("the files in %s could not all be verified", options.folder.c_str());
 }

@@ -247,16 +247,6 @@ void print_json(const Match& match) {
     std::printf("%s\n", line.dump().c_str());
 }
 
-bool check_weights(const std::string& path) {
-    const int64_t size = file_size(path);
-    if (size == static_cast<int64_t>(WEIGHTS_BYTES)) return true;
-    if (size < 0)
-        fail("cannot open %s for reading", path.c_str());
-    else
-        fail("%s is no weights file: %" PRId64 " bytes, not %zu", path.c_str(), size, WEIGHTS_BYTES);
-    return false;
-}
-
 void run_match(MatchOptions options) {
     catch_interrupt();
     for (std::string& path : options.weights) {
@@ -305,7 +295,7 @@ void add_limits(CLI::App& command, MatchOptions& options) {
                         "Nodes for each move, counted in steps of 2000; 20000 if no limit is given")
             ->check(CLI::Range(uint64_t{1}, uint64_t{1} << 40));
     CLI::Option* const time = command.add_option("--time", options.time, "Seconds for each move")
-                                  ->check(CLI::Range(0.001, 1e6))
+                                  ->check(number_within(0.001, 1e6))
                                   ->excludes(nodes);
     command.add_option("--depth", options.depth, "Depth of each search")
         ->check(CLI::Range(1, MAX_DEPTH))

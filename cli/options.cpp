@@ -1,11 +1,24 @@
 #include "cli/options.h"
 
+#include <cmath>
+#include <cstdlib>
+#include <string>
+
 #include "search/search_state.h"
 #include "search/table.h"
 #include "search/thread_record.h"
 
+CLI::Validator number_within(double low, double high) {
+    const CLI::Range range(low, high);
+    return {[range](std::string& text) {
+                const bool is_number = !std::isnan(std::strtod(text.c_str(), nullptr));
+                return is_number ? range(text) : text + " is not a number";
+            },
+            range.get_description()};
+}
+
 CLI::Option* add_seconds_option(CLI::App& command, double& seconds, const char* help) {
-    return command.add_option("--time", seconds, help)->check(CLI::Range(0.001, 1e6));
+    return command.add_option("--time", seconds, help)->check(number_within(0.001, 1e6));
 }
 
 CLI::Option* add_depth_option(CLI::App& command, int& depth, const char* help) {

@@ -140,6 +140,9 @@ void run_play(PlayOptions& options) {
     play_screen.quiet = options.quiet;
     engine_settings.hash_size_mb = options.hash_mb;
     if (!check_egdb_choice(options.egdb)) return;
+    Position position = START_POSITION;
+    if (!options.fen.empty() && !read_position(options.fen, position)) return;
+    if (!is_legal_setup(position)) return fail("Illegal position");
     set_search_threads(options.threads);
     if (!start_game_console(make_play_screen())) return;
     use_egdb_in_game(options.egdb, true);

@@ -1,5 +1,7 @@
 #include "cli/play_commands.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -21,6 +23,7 @@
 #include "control/time_control.h"
 #include "core/notation.h"
 #include "records/fen.h"
+#include "records/game_headers.h"
 
 PlayCommands play_commands;
 
@@ -240,7 +243,9 @@ void load_file(const Words& words) {
     const bool numbered =
         words.size() > 2 && words.back().find_first_not_of("0123456789") == std::string::npos;
     const std::string number = take_file(words, numbered);
-    play_screen.chosen_game = number.empty() ? -1 : std::atoi(number.c_str()) - 1;
+    double n = 0;
+    if (!number.empty() && !read_number(number, n)) return;
+    play_screen.chosen_game = static_cast<int>(n) - 1;
     load_command();
 }
 
@@ -258,7 +263,11 @@ void change_header(const Words& words) {
     }
     std::string value = "\"";
     value.append(join(words, 2)).append("\"");
-    set_game_header(game.headers, words[1].c_str(), value.c_str());
+    const bool is_result = strcasecmp(words[1].c_str(), "Result") == 0;
+    if (is_result && value != "\"*\"" && pdn_result_code(value.c_str()) == RESULT_UNKNOWN)
+        complain("no result: %.50s", join(words, 2).c_str());
+    else if (!set_game_header(game.headers, words[1].c_str(), value.c_str()))
+        complain("no header of a game: %.50s", words[1].c_str());
 }
 
 void give_hint(const Words&) {

@@ -11,6 +11,7 @@
 #include "cli/options.h"
 #include "core/notation.h"
 #include "egdb/egdb_state.h"
+#include "egdb/engine_egdb.h"
 #include "search/engine_settings.h"
 #include "search/getmove.h"
 #include "search/search_state.h"
@@ -54,6 +55,8 @@ void run_search(SearchOptions& options) {
                                   options.all_scores ? SEARCH_ALL_SCORES : 0u, best, searched);
     if (engine_settings.database.wld_enable && egdb_state != EGDB_IN_USE)
         return fail("the database in %s cannot be opened", options.egdb.folder.c_str());
+    if (engine_settings.database.mtc_enable && !egdb_engine.mtc)
+        return fail("the database in %s cannot be opened", options.egdb.mtc_folder.c_str());
     char move[MOVE_TEXT_SIZE];
     const bool has_move = full_move_text(position, best, position.side, move) > 0;
     std::printf("best %s value %d depth %d nodes %" PRIu64 "\n", has_move ? move : "none", value,

@@ -10,6 +10,7 @@
 #include "base/paths.h"
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/options.h"
 #include "tools/seed_weights.h"
 
 namespace {
@@ -120,18 +121,18 @@ void add_train_command(CLI::App& program) {
         ->check(CLI::Range(1, 1000))
         ->capture_default_str();
     command->add_option("--rate", a->train.rate, "Size of the first steps")
-        ->check(CLI::Range(1e-6, 10.0))
+        ->check(number_within(1e-6, 10))
         ->capture_default_str();
     command->add_option("--decay", a->train.decay, "How strongly patterns are drawn towards zero")
-        ->check(CLI::Range(0.0, 1e6))
+        ->check(number_within(0, 1e6))
         ->capture_default_str();
     command
         ->add_option("--result-share", a->train.result_share,
                      "Share of the game's result in the target; the search's score has the rest")
-        ->check(CLI::Range(0.0, 1.0))
+        ->check(number_within(0, 1))
         ->capture_default_str();
     command->add_option("--man", a->train.man, "Points that a man is worth on average")
-        ->check(CLI::Range(1.0, 300.0))
+        ->check(number_within(1, 300))
         ->capture_default_str();
     command->add_option("--seed", a->train.seed, "Of the order of the positions")->capture_default_str();
     command->add_option("--held-out", a->set.held_out_share, "One game in so many is kept to measure with")

@@ -29,6 +29,7 @@ void print_scalar(const char* name, int16_t opening, int16_t endgame) {
 }
 
 void run_stats(const std::string& path) {
+    if (!check_weights(path)) return;
     if (load_weights_from(path) != 0) return fail("cannot read %s", path.c_str());
     std::printf("%-18s   points: 0     <1     <2     <4     <8    <16    <32    <64   <128   more   mean\n",
                 "pattern table");

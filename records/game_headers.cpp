@@ -40,10 +40,18 @@ int32_t pdn_result_code(const char* quoted_value) {
     return RESULT_UNKNOWN;
 }
 
-void set_game_header(GameHeaders& headers, const char* key, const char* quoted_value) {
-    if (strcasecmp(key, "Event") == 0) copy_without_quotes(headers.event, quoted_value);
-    if (strcasecmp(key, "Date") == 0) copy_without_quotes(headers.date, quoted_value);
-    if (strcasecmp(key, "White") == 0) copy_without_quotes(headers.white, quoted_value);
-    if (strcasecmp(key, "Black") == 0) copy_without_quotes(headers.black, quoted_value);
-    if (strcasecmp(key, "Result") == 0) headers.result = pdn_result_code(quoted_value);
+bool set_game_header(GameHeaders& headers, const char* key, const char* quoted_value) {
+    if (strcasecmp(key, "Event") == 0)
+        copy_without_quotes(headers.event, quoted_value);
+    else if (strcasecmp(key, "Date") == 0)
+        copy_without_quotes(headers.date, quoted_value);
+    else if (strcasecmp(key, "White") == 0)
+        copy_without_quotes(headers.white, quoted_value);
+    else if (strcasecmp(key, "Black") == 0)
+        copy_without_quotes(headers.black, quoted_value);
+    else if (strcasecmp(key, "Result") == 0)
+        headers.result = pdn_result_code(quoted_value);
+    else
+        return false;
+    return true;
 }

@@ -30,5 +30,5 @@ const char* result_string(int32_t code);
 int32_t pdn_result_code(const char* quoted_value);
 
 // Takes one header of a game over into `headers`: keys in any case, values without their double quotes, cut
-// to what there is room for. Keys other than Event, Date, White, Black and Result are dropped.
-void set_game_header(GameHeaders& headers, const char* key, const char* quoted_value);
+// to what there is room for. Keys other than Event, Date, White, Black and Result are dropped: false.
+bool set_game_header(GameHeaders& headers, const char* key, const char* quoted_value);

@@ -88,6 +88,10 @@ TEST_F(CliBook, TellsWhatStandsInABook) {
     EXPECT_EQ(many.status, 1);
     EXPECT_EQ(many.output, probe.output + "W:W31:BK5 not in book\n") << "it ends with the wrong one";
     EXPECT_EQ(last_line(many.errors), "tessarin-cli: Illegal position");
+    EXPECT_EQ(
+        run_program("book probe --book a.odb -", "\n" + start + "\r\n  \nW:W31:BK5 \n", folder.path).output,
+        probe.output + "W:W31:BK5 not in book\n")
+        << "blank lines and the ends of lines of other systems";
     const ProgramResult dump = run("dump --book a.odb");
     EXPECT_EQ(dump.status, 0);
     EXPECT_EQ(count_lines(dump.output), 90);

@@ -119,6 +119,15 @@ TEST(CliSearch, LogsThePositionWithTheSideToMove) {
     EXPECT_NE(result.output.find("[FEN \"B:W28,32,37:B6,12,19\"]\n\n"), std::string::npos) << result.output;
 }
 
+TEST(CliSearch, TakesNoNumberThatIsNone) {
+    const ProgramResult result = run_program("search " + START + " --time nan");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_NE(result.errors.find("not a number"), std::string::npos) << result.errors;
+    for (const char* const arguments : {"match a b --time nan", "train a --out b --man nan",
+                                        "train a --out b --rate nan", "dxp match h --minutes nan"})
+        EXPECT_EQ(run_program(arguments).status, 2) << arguments;
+}
+
 TEST(CliSearch, KeepsToTheTime) {
     const auto children_seconds = [] {
         rusage used{};

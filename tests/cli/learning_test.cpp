@@ -109,6 +109,9 @@ TEST_F(CliSelfplay, TellsWhatIsWrong) {
     expect_error("selfplay --out nowhere/games", "/nowhere/games");
     std::filesystem::create_directory(folder.path / "taken");
     expect_error("selfplay --out taken", "cannot write ");
+    folder.write("notes.txt", "notes");
+    expect_error("selfplay --out notes.txt", "notes.txt holds no games of selfplay");
+    EXPECT_EQ(content("notes.txt"), "notes");
     // The disk is full after a kilobyte.
     folder.write("script",
                  "trap '' XFSZ\nulimit -f 1\n" PROGRAM " selfplay --out games --games 50 --depth 1\n");
@@ -307,7 +310,9 @@ TEST_F(CliWeightsStats, OfTheFirstWeights) {
     const std::string shown = run("weights stats seed.bin").output;
     EXPECT_NE(shown.find("3 endgame           100.0%   0.0%"), std::string::npos) << shown;
     EXPECT_NE(shown.find("\nmen                    5000     5500\n"), std::string::npos) << shown;
-    expect_error("weights stats none.bin", "cannot read none.bin");
+    expect_error("weights stats none.bin", "cannot open none.bin for reading");
+    folder.write("notes.txt", "notes");
+    expect_error("weights stats notes.txt", "notes.txt is no weights file: 5 bytes");
     EXPECT_EQ(run("weights stats").status, 2);
 }
 

@@ -317,6 +317,16 @@ TEST_F(CliPlay, WhatIsNotThereOrCannotBeWritten) {
     EXPECT_EQ(lines_with(full.output, "written to ").size(), 0u) << full.output;
 }
 
+TEST_F(CliPlay, SaysWhatItDoesNotTake) {
+    folder.write("two.pdn", "32-28 *\n\n33-28 *\n");
+    const ProgramResult result = play(
+        "mode twoplayers\nheader Foo bar\nheader Result nonsense\nheader Result *\nload two.pdn 4294967298\n"
+        "load two.pdn 0\nload two.pdn 2\nfen\n");
+    EXPECT_EQ(count_lines(result.errors), 4) << result.errors;
+    EXPECT_NE(result.errors.find("no header of a game: Foo"), std::string::npos);
+    EXPECT_NE(result.errors.find("no result: nonsense"), std::string::npos);
+}
+
 TEST_F(CliPlay, SaysWhoHasWon) {
     const ProgramResult lost = play("setup W:W32:B27\n32x21\n", "");
     EXPECT_EQ(lost.status, 0);
@@ -340,7 +350,11 @@ TEST_F(CliPlay, QuitEndsTheScriptAndHelpListsTheCommands) {
 
 TEST_F(CliPlay, Options) {
     EXPECT_EQ(lines_with(play("fen\n", "--fen W:W31:B1 --mode twoplayers").output, "W:W31:B1").size(), 1u);
-    EXPECT_EQ(play("", "--fen nonsense").status, 1);
+    for (const char* const fen : {"nonsense", "W:W1:B2"}) {
+        const ProgramResult wrong = play("fen\n", std::string("--fen ") + fen);
+        EXPECT_EQ(wrong.status, 1);
+        EXPECT_EQ(wrong.output, "") << "nothing is played from elsewhere";
+    }
     for (const char* bad : {"--time 0", "--mode chess", "--book x", "--hash 0", "--hash 513", "--threads 9"})
         EXPECT_EQ(play("", bad).status, 2) << bad;
 }
