@@ -36,6 +36,7 @@ int write_line(ChildProcess& child, const std::string& line);
 // last line without a newline is dropped.
 int read_line(ChildProcess& child, std::string& line);
 
-// Ends the child's input, waits until the child ends and returns its exit status, or 128 plus the number of
-// the signal that ended it; -1 if there is no child.
+// Ends the child's input and closes its output, so that what it still prints is lost and may end it; waits
+// until it ends and returns its exit status, or 128 plus the number of the signal that ended it; -1 if there
+// is no child.
 int wait_for_child(ChildProcess& child);

@@ -19,8 +19,8 @@ enum LineStatus {
     LINE_ENDED = 2,    // no line will come
 };
 
-// Waits for the next line for so many milliseconds at most, less if a signal arrives. `line` is without its
-// line end; a last line without one counts as a line.
+// Waits for the next line for so many milliseconds at most, less if a signal or a part of a line arrives.
+// `line` is without its line end; a last line without one counts as a line.
 LineStatus read_input_line(LineInput& input, int milliseconds, std::string& line);
 
 // A user types at standard input.

@@ -68,7 +68,7 @@ row "Databases"
 timed "$bin/tessarin-cli" egdb build "$work/built" --pieces 4 --threads 2 2>&1 | tail -n 1
 timed "$bin/tessarin-cli" egdb build "$work/built-mtc" --mtc --pieces 4 --threads 2 2>&1 | tail -n 1
 for turn in 1 2 3; do
-    for folder in '' "$project/data/wld_database" "$database"; do
+    for folder in '' "$project/data/wld_database" ${database:+"$database"}; do
         echo "depth 20 with ${folder:-none}: $(timed "$bin/tessarin-cli" search "$START" --depth 20 ${folder:+--egdb "$folder"} 2>&1 | tail -n 2 | tr '\n' ' ')"
     done
 done

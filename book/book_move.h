@@ -28,7 +28,7 @@ struct LineMemo {
     int16_t value = 0;
 };
 
-// A move of the position. The number of entries that count and of the list are the same.
+// A move of the position.
 struct BookCandidate {
     uint8_t index = 0;  // in the move list
     uint8_t depth = 0;
@@ -39,8 +39,9 @@ struct BookCandidate {
     int16_t value = 0;
 };
 
+// The first `count` entries are the moves of the list.
 struct BookCandidates {
-    int32_t count = 0;         // of the moves
+    int32_t count = 0;
     uint32_t chosen_from = 0;  // so many from the first on, whichever are selected; 0: none
     std::array<BookCandidate, MAX_MOVES> moves{};
 };

@@ -93,7 +93,7 @@ constexpr std::array<uint8_t, BOARD_BITS> square_of_bit = [] {
     return table;
 }();
 
-// For the drawing of the board: the squares that a piece sees from one bit along the four directions
+// The squares that a piece sees from one bit along the four directions
 // (x+1, y+1), (x-1, y+1), (x+1, y-1), (x-1, y-1), from nearest to farthest. A corner of the long diagonal
 // sees nine squares; its ninth mask stands in the first slot of the next direction, whose count is then 0.
 struct DiagonalRays {
@@ -103,7 +103,7 @@ struct DiagonalRays {
 using DiagonalRayTable = std::array<DiagonalRays, BOARD_BITS>;
 extern const DiagonalRayTable diagonal_rays;
 
-// The transposition key of a position with a side to move. The tree search computes the same inline.
+// The transposition key of a position with a side to move.
 struct PositionHash {
     uint32_t hash0;
     uint32_t hash1;

@@ -1,4 +1,5 @@
-// The search for the best move and all moves that are nearly as good, to choose among them.
+// The search for the best move and all moves that are nearly as good, to choose among them. The program
+// itself has no use for it yet.
 #pragma once
 
 #include <atomic>
@@ -14,9 +15,8 @@ enum NearBestStatus { NEAR_BEST_FOUND = 0, NEAR_BEST_ILLEGAL = 1, NEAR_BEST_NO_M
 //
 //   time         seconds; the more moves come close, the more of it is used
 //   text         SEARCH_TEXT_SIZE bytes: the status line, "No moves" or "Illegal position"
-//   stop_flag    set it from any thread to end the search; honoured from iteration 5 on, cleared behind the
-//   last depth_limit  0, or the iteration by which the search is to be deep enough: it has eight times the
-//   time
+//   stop_flag    set it from any thread to end the search, from iteration 5 on; cleared behind the last
+//   depth_limit  0, or the iteration by which the search is to be deep enough: it has eight times the time
 //                and ends one iteration before
 //   count        how many moves were found
 //   moves        they, the best first, as many as the span holds; and their values, relative to black

@@ -33,7 +33,7 @@ STANDARD = {
     "cinttypes": "PRId64 PRIu64 PRIx64 PRIx32 PRIX64",
     "climits": "INT_MAX INT_MIN CHAR_BIT PATH_MAX",
     "clocale": "setlocale localeconv",
-    "cmath": "abs ceil erfc exp fabs floor isfinite isinf ldexp llround log log10 log1p lround nan pow round signbit "
+    "cmath": "abs ceil erfc exp fabs floor isfinite isinf isnan ldexp llround log log10 log1p lround nan pow round signbit "
              "sin sqrt",
     "condition_variable": "condition_variable",
     "csignal": "signal",

@@ -152,12 +152,11 @@ TEST(FullMoveText, AgreesWithTheLinesOnRandomPositions) {
     EXPECT_GT(ambiguous, 100);
 }
 
-// The longest text: nineteen landing squares behind the start.
 TEST(FullMoveText, ALongPathFitsTheBuffer) {
     const Position position =
-        position_of("W:WK50:B1,3,7,8,9,10,17,18,19,20,21,23,28,29,30,31,32,34,39,40,41,42,43");
+        position_of("W:WK38:B3,7,8,9,10,12,17,18,19,20,21,28,29,30,31,32,34,39,40,41,42,43,45");
     MoveList list;
     generate_moves(position, list, WHITE);
-    ASSERT_EQ(list.count, 3);
-    for (const Move& move : list) EXPECT_EQ(full_text(position, move, WHITE), short_text(position, move));
+    ASSERT_GT(list.count, 0);
+    EXPECT_EQ(full_text(position, list[0], WHITE), "38x49x35x24x33x22x36x47x38x27x16x2x13x4x15x24x13x22x11");
 }

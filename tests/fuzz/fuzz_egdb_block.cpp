@@ -1,6 +1,7 @@
 // Any bytes as a part of a block. The first two are the catalogue and the byte that the part begins at, the
-// next four the position that it begins with and how many it is said to hold. Where the check accepts it,
-// decoding from the numbered sub-blocks must give for each position what the rows give one after the other.
+// next three the position that it begins with, how far the number that it is said to hold is from the real
+// one, and whether it is the last. Where the check accepts it, decoding from the numbered sub-blocks must
+// give for each position what the rows give one after the other.
 #include <algorithm>
 #include <array>
 #include <cstring>

@@ -4,7 +4,7 @@
     monkey.py PROGRAM FOLDER SECONDS SEED
 
 FOLDER is a new one, for the settings, the files and what the program prints. When the program ends by itself it is started
-again. Prints what was wrong: an end with a status, a complaint of a sanitizer, a window that does not close. Ends with 1 if
+again. Prints what was wrong: an end with a status or a complaint of a sanitizer. Ends with 1 if
 anything was. Needs the commands of Debian's packages xvfb, openbox and xdotool. Meant for a build with sanitizers.
 """
 
@@ -119,12 +119,10 @@ def use(program, folder, seconds, monkey, environ):
             subprocess.run(["xdotool"] + sum(chosen, []), env=environ, stdout=subprocess.DEVNULL,
                            stderr=subprocess.DEVNULL, timeout=300)
             actions += len(chosen)
-        running.terminate()
-        try:
-            running.wait(60)
-        except subprocess.TimeoutExpired:
-            wrong.append("does not end")
-            running.kill()
+        if running.poll() not in (None, 0):
+            wrong.append("ended with status %d behind %d actions" % (running.returncode, actions))
+        running.kill()
+        running.wait()
     print("%d actions, %d starts" % (actions, starts))
     return wrong
 
