@@ -375,6 +375,7 @@ TEST_F(Frame, ResetSettingsEndsTheSearch) {
     ASSERT_TRUE(wait_until([] { return real_search_runs(); }));
     run_command(COMMAND_RESET_SETTINGS);
     EXPECT_FALSE(real_search_runs());
+    EXPECT_TRUE(search_thread.this_search_aborted) << "stopped before, not ended by what was taken from it";
 }
 
 TEST_F(Frame, DamagedSettingsAreDefaults) {
