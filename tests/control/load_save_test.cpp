@@ -233,8 +233,10 @@ TEST_F(LoadSave, NothingInDxp) {
     load("32-28 *");
     EXPECT_EQ(game.history_last, 1);
     EXPECT_EQ(answers.load_title, "");
+    clock_state.clock_moves = 5;
     load_pdn_game(write_file("a.pdn", "32-28 *"));
     EXPECT_EQ(game.history_last, 1);
+    EXPECT_EQ(clock_state.clock_moves, 5) << "nor is the clock of the game reset";
 }
 
 TEST_F(LoadSave, LoadingEndsAnAnalysis) {
