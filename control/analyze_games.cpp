@@ -41,8 +41,8 @@ bool analyze_enabled() {
 }
 
 void drop_search() {
-    search_thread.search_finished.store(
-        0, std::memory_order_relaxed);  // a result that nobody has seen is forgotten
+    // A result that nobody has seen is forgotten.
+    search_thread.search_finished.store(0, std::memory_order_relaxed);
     discard_search();
     reset_game_clock();
     clear_highlights();
