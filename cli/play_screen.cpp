@@ -21,7 +21,7 @@ constexpr int ROW_SQUARES = 5;
 constexpr int LISTED_GAMES = 50;
 
 char piece_letter(int square) {
-    const uint64_t mask = mask_of_square[static_cast<size_t>(square - 1)];
+    const uint64_t mask = set_of_square(square);
     const bool king = (game.board.king & mask) != 0;
     if (game.board.white & mask) return king ? 'W' : 'w';
     if (game.board.black & mask) return king ? 'B' : 'b';

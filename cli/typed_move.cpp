@@ -6,7 +6,6 @@
 #include "core/notation.h"
 #include "records/pdn_game.h"
 #include "records/pdn_replay.h"
-#include "records/square_number.h"
 
 namespace {
 

@@ -12,7 +12,6 @@
 #include "control/ui.h"
 #include "core/capture_lines.h"
 #include "core/notation.h"
-#include "records/square_number.h"
 
 namespace {
 

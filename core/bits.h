@@ -34,7 +34,7 @@ inline int32_t bit_count(uint64_t word) {
 }
 
 // Number of the lowest set bit; the word must not be 0.
-inline int lowest_bit(uint64_t word) { return std::countr_zero(word); }
+constexpr int lowest_bit(uint64_t word) { return std::countr_zero(word); }
 
 // The lowest set bit as a set; 0 of 0.
 constexpr uint64_t lowest_set(uint64_t word) { return word & (~word + 1); }

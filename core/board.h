@@ -93,6 +93,16 @@ constexpr std::array<uint8_t, BOARD_BITS> square_of_bit = [] {
     return table;
 }();
 
+// The set of the square with that number, from 1; the empty set for what is no square.
+constexpr uint64_t set_of_square(int number) {
+    return number >= 1 && number <= SQUARES ? mask_of_square[static_cast<size_t>(number - 1)] : 0;
+}
+
+// The number, 1 to 50, of the lowest square of a set; 0 for the empty set.
+constexpr int square_number(uint64_t set) {
+    return set ? square_of_bit[static_cast<size_t>(lowest_bit(set))] + 1 : 0;
+}
+
 // The squares that a piece sees from one bit along the four directions
 // (x+1, y+1), (x-1, y+1), (x+1, y-1), (x-1, y-1), from nearest to farthest. A corner of the long diagonal
 // sees nine squares; its ninth mask stands in the first slot of the next direction, whose count is then 0.

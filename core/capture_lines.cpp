@@ -31,13 +31,6 @@ struct KeepLines {
     }
 };
 
-// The set of the square, or nothing for a number that is no square.
-uint64_t mask_of(int square) {
-    return square >= 1 && square <= SQUARES ? mask_of_square[static_cast<size_t>(square - 1)] : 0;
-}
-
-int square_of(uint64_t set) { return set ? square_of_bit[static_cast<size_t>(lowest_bit(set))] + 1 : 0; }
-
 uint64_t shift(uint64_t set, int direction) {
     switch (direction) {
         case 0:
@@ -64,15 +57,15 @@ Jump jump_of(const CaptureLine& line, int jump, int side) {
 }
 
 int direction_of_jump(const Jump& jump) {
-    return direction_of(square_of(jump.from), square_of(jump.landing));
+    return direction_of(square_number(jump.from), square_number(jump.landing));
 }
 
 }  // namespace
 
 int generate_capture_lines(const Position& position, MoveList& list, int side, CaptureLines& lines) {
     const KeepLines keeper{&lines};
-    return side == BLACK ? capture_search::search_captures<BLACK>(position, list, keeper)
-                         : capture_search::search_captures<WHITE>(position, list, keeper);
+    return side == BLACK ? capture_tree::search_captures<BLACK>(position, list, keeper)
+                         : capture_tree::search_captures<WHITE>(position, list, keeper);
 }
 
 int generate_moves_with_lines(const Position& position, MoveList& list, int side, CaptureLines& lines,
@@ -98,10 +91,22 @@ void move_step_squares(int step, int index, int side, const Position& position, 
     to = pieces_of(line.step(step), side) & ~others;
 }
 
+bool shares_squares(int jumps, int index, int side, const Position& position, const MoveList& list,
+                    const CaptureLines& lines) {
+    uint64_t from = 0, to = 0;
+    move_step_squares(jumps, index, side, position, list, lines, from, to);
+    for (int other = 0; other < list.count; ++other) {
+        uint64_t other_from = 0, other_to = 0;
+        move_step_squares(jumps, other, side, position, list, lines, other_from, other_to);
+        if (other != index && other_from == from && other_to == to) return true;
+    }
+    return false;
+}
+
 int direction_of(int from_square, int to_square) {
     const bool higher = to_square > from_square;
-    const uint64_t target = mask_of(to_square);
-    for (uint64_t at = mask_of(from_square); at & BOARD_MASK; at = higher ? step<0>(at) : step<2>(at))
+    const uint64_t target = set_of_square(to_square);
+    for (uint64_t at = set_of_square(from_square); at & BOARD_MASK; at = higher ? step<0>(at) : step<2>(at))
         if (at & target) return higher ? 0 : 2;
     return higher ? 1 : 3;
 }
@@ -118,7 +123,7 @@ bool capture_takes(int count, const CaptureLine& line, int side, uint64_t mask) 
 
 bool square_fits_jump(const CaptureLine& line, int jump, int side, int square) {
     const Jump here = jump_of(line, jump, side);
-    const uint64_t wanted = mask_of(square);
+    const uint64_t wanted = set_of_square(square);
     const bool exact = here.landing != 0 && here.landing == wanted;
     // There is no jump behind the last with which it could share a line. The set of kings is that of the
     // position before the move, so only a jump from the king's own square gets past the second test.

@@ -43,6 +43,11 @@ int generate_moves_with_lines(const Position& position, MoveList& list, int side
 void move_step_squares(int step, int index, int side, const Position& position, const MoveList& list,
                        const CaptureLines& lines, uint64_t& from, uint64_t& to);
 
+// True if another move of the list has the same from and to squares, so that these two do not tell which it
+// is; `jumps` is what each of the list takes.
+bool shares_squares(int jumps, int index, int side, const Position& position, const MoveList& list,
+                    const CaptureLines& lines);
+
 // Number of the direction of the straight line between two squares, given by number from 1, in the
 // generator's order: 0 left by 6, 1 left by 5, 2 right by 5, 3 right by 6.
 int direction_of(int from_square, int to_square);

@@ -16,7 +16,7 @@
 #include "core/movegen.h"
 #include "core/rays.h"
 
-namespace capture_search {
+namespace capture_tree {
 
 // What the recursion carries, one a generator call.
 template <typename LineKeeper>
@@ -193,4 +193,4 @@ template <int SIDE, typename LineKeeper>
     return list.count;
 }
 
-}  // namespace capture_search
+}  // namespace capture_tree

@@ -79,7 +79,7 @@ template <int SIDE>
 // As `generate_captures`.
 template <int SIDE>
 [[gnu::always_inline]] inline int captures_of(const Position& position, MoveList& list) {
-    return capture_search::search_captures<SIDE>(position, list, NoLines{});
+    return capture_tree::search_captures<SIDE>(position, list, NoLines{});
 }
 
 }  // namespace generate_moves_inline

@@ -9,8 +9,6 @@ namespace {
 
 constexpr char NO_MOVE_TEXT[] = "???";
 
-int square_number(uint64_t set) { return set ? square_of_bit[static_cast<size_t>(lowest_bit(set))] + 1 : 0; }
-
 // A king that took pieces on a round trip: its own side's set shows nothing of the move.
 void round_trip_text(char* text, const Position& position, const Move& move, int side) {
     MoveList list;
@@ -24,17 +22,6 @@ void round_trip_text(char* text, const Position& position, const Move& move, int
     uint64_t from = 0, to = 0;
     move_step_squares(lines[static_cast<size_t>(index)].length, index, side, position, list, lines, from, to);
     std::snprintf(text, MOVE_TEXT_SIZE, "%dx%d", square_number(from), square_number(to));
-}
-
-int count_same_squares(const MoveList& list, const CaptureLines& lines, const Position& position, int side,
-                       int jumps, uint64_t from, uint64_t to) {
-    int same = 0;
-    for (int i = 0; i < list.count; ++i) {
-        uint64_t other_from = 0, other_to = 0;
-        move_step_squares(jumps, i, side, position, list, lines, other_from, other_to);
-        if (other_from == from && other_to == to) ++same;
-    }
-    return same;
 }
 
 }  // namespace
@@ -56,7 +43,7 @@ void move_text(char* text, const Position& position, const Move& move) {
     }
     int from = 0, to = 0;
     for (int square = 1; square <= SQUARES; ++square) {
-        const uint64_t mask = mask_of_square[static_cast<size_t>(square - 1)];
+        const uint64_t mask = set_of_square(square);
         if (!(difference & mask)) continue;
         if (mask & (move.black | move.white))
             to = square;
@@ -79,7 +66,7 @@ int full_move_text(const Position& position, const Move& move, int side, char* t
     if (index < 0) return 0;
     uint64_t from = 0, to = 0;
     move_step_squares(jumps, index, side, position, list, lines, from, to);
-    if (count_same_squares(list, lines, position, side, jumps, from, to) == 1)
+    if (!shares_squares(jumps, index, side, position, list, lines))
         return std::snprintf(text, MOVE_TEXT_SIZE, "%d%c%d", square_number(from), jumps ? 'x' : '-',
                              square_number(to));
     int length = std::snprintf(text, MOVE_TEXT_SIZE, "%d", square_number(from));

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "core/capture_lines.h"
-#include "records/square_number.h"
 
 namespace {
 

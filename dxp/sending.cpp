@@ -14,7 +14,6 @@
 #include "dxp/game_flow.h"
 #include "dxp/game_steps.h"
 #include "records/game_headers.h"
-#include "records/square_number.h"
 
 namespace {
 

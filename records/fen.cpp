@@ -43,7 +43,7 @@ bool skip_separator(const char*& at) {
 void place(Position& position, bool white, bool king, int first, int last) {
     if (first < 1) return;
     for (int square = first; square <= std::min(last, SQUARES); ++square) {
-        const uint64_t mask = mask_of_square[static_cast<size_t>(square - 1)];
+        const uint64_t mask = set_of_square(square);
         (white ? position.white : position.black) |= mask;
         if (king) position.king |= mask;
     }
@@ -77,8 +77,8 @@ void append_pieces(FenText& text, uint64_t pieces, uint64_t kings) {
     const char* comma = "";
     for (pieces &= BOARD_MASK; pieces; pieces &= pieces - 1) {
         char piece[8];
-        const int square = square_of_bit[static_cast<size_t>(lowest_bit(pieces))] + 1;
-        std::snprintf(piece, sizeof piece, "%s%s%d", comma, lowest_set(pieces) & kings ? "K" : "", square);
+        std::snprintf(piece, sizeof piece, "%s%s%d", comma, lowest_set(pieces) & kings ? "K" : "",
+                      square_number(pieces));
         append(text, piece);
         comma = ",";
     }

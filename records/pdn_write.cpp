@@ -6,7 +6,6 @@
 #include "base/files.h"
 #include "core/capture_lines.h"
 #include "records/fen.h"
-#include "records/square_number.h"
 #include "records/step_text.h"
 
 namespace {
@@ -73,18 +72,12 @@ PdnGame make_move_node(const Position& before, int side, const MoveList& list, c
                        int jumps, int index) {
     uint64_t from = 0, to = 0;
     move_step_squares(jumps, index, side, before, list, lines, from, to);
-    int same = 0;
-    for (int i = 0; i < list.count; ++i) {
-        uint64_t other_from = 0, other_to = 0;
-        move_step_squares(jumps, i, side, before, list, lines, other_from, other_to);
-        same += other_from == from && other_to == to;
-    }
     PdnToken token;
     token.from = static_cast<uint8_t>(square_number(from));
     token.to = static_cast<uint8_t>(square_number(to));
     token.is_capture = jumps != 0;
     token.side = static_cast<uint8_t>(side);
-    if (same > 1) {
+    if (shares_squares(jumps, index, side, before, list, lines)) {
         token.path = std::make_unique<uint8_t[]>(PATH_BYTES);
         token.path[0] = static_cast<uint8_t>(jumps + 1);
         token.path[1] = token.from;

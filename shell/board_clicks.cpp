@@ -27,8 +27,6 @@ struct BestMoves {
 
 bool is_square(int square) { return square >= 1 && square <= SQUARES; }
 
-uint64_t mask_of(int square) { return mask_of_square[static_cast<size_t>(square - 1)]; }
-
 void find_legal_moves(LegalMoves& moves) {
     moves.side = game.board_side;
     generate_moves_with_lines(game.board, moves.list, moves.side, moves.lines, moves.jumps);
@@ -47,7 +45,7 @@ int fit_of(const LegalMoves& moves, int index, std::span<const int32_t> squares)
     const CaptureLine& line = moves.lines[static_cast<size_t>(index)];
     bool start_clicked = false, end_clicked = false;
     for (const int32_t square : squares) {
-        const uint64_t mask = mask_of(square);
+        const uint64_t mask = set_of_square(square);
         if (mask == from && !start_clicked) {
             start_clicked = true;
         } else if (mask == to) {
@@ -82,7 +80,7 @@ bool begins_a_move(const LegalMoves& moves, int square) {
     for (int i = 0; i < moves.list.count; ++i) {
         uint64_t from = 0, to = 0;
         ends_of(moves, i, from, to);
-        if (from == mask_of(square)) return true;
+        if (from == set_of_square(square)) return true;
     }
     return false;
 }
@@ -124,7 +122,7 @@ void select_square(int square) {
 // from the start.
 void cycle_square(int square, int side) {
     if (!is_square(square)) return;
-    const uint64_t mask = mask_of(square);
+    const uint64_t mask = set_of_square(square);
     const uint64_t promotion_row = side == BLACK ? BLACK_PROMOTION_ROW : WHITE_PROMOTION_ROW;
     uint64_t& own = side == BLACK ? game.board.black : game.board.white;
     uint64_t& other = side == BLACK ? game.board.white : game.board.black;

@@ -17,8 +17,6 @@ namespace {
 
 constexpr int SLIDE_FRAME_MS = 15;
 
-uint64_t mask_of(int square) { return mask_of_square[static_cast<size_t>(square - 1)]; }
-
 bool is_marked(int square) {
     const auto end = game.highlights.begin() + game.highlight_count;
     return std::find(game.highlights.begin(), end, square) != end;
@@ -134,14 +132,14 @@ void Board::add_slide(BoardScene& drawn) const {
     const SlideFrame frame = slide_frame(slide.move, at);
     for (int jump = 0; jump < slide.move.jumps; ++jump) {
         const int square = slide.move.taken[static_cast<size_t>(jump)];
-        drawn.lifted |= mask_of(square);
+        drawn.lifted |= set_of_square(square);
         drawn.loose_pieces.push_back({tile_on(slide.before, square - 1),
                                       QPointF(corner_of(drawn, square - 1)),
                                       frame.left[static_cast<size_t>(jump)]});
     }
     const bool arrived = slide.by_hand || frame.arrived;
     if (arrived) return;
-    drawn.lifted |= mask_of(slide.move.to()) | mask_of(slide.move.from());
+    drawn.lifted |= set_of_square(slide.move.to()) | set_of_square(slide.move.from());
     const double last = BOARD_ROWS - 1;
     const QPointF place =
         drawn.inverted ? QPointF(last - frame.column, last - frame.row) : QPointF(frame.column, frame.row);
@@ -152,7 +150,7 @@ void Board::add_slide(BoardScene& drawn) const {
 void Board::add_drag(BoardScene& drawn) const {
     if (!drag.moving) return;
     const QPointF half(drawn.square_size / 2.0, drawn.square_size / 2.0);
-    drawn.lifted |= mask_of(drag.square);
+    drawn.lifted |= set_of_square(drag.square);
     drawn.loose_pieces.push_back(
         {tile_on(drawn.position, drag.square - 1), QPointF(drag.at - origin()) - half, 1});
 }

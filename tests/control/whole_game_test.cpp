@@ -322,7 +322,7 @@ class RandomWalk : public WholeGame {
         }
     }
     static void set_square(int square, int colour) {
-        const uint64_t mask = mask_of_square[static_cast<size_t>(square - 1)];
+        const uint64_t mask = set_of_square(square);
         game.board.black &= ~mask;
         game.board.white &= ~mask;
         game.board.king &= ~mask;

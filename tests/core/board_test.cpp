@@ -2,16 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <climits>
 #include <random>
 
+#include "base/log.h"
 #include "core/board_text.h"
 #include "core/movegen.h"
+#include "tests/base/scratch_folder.h"
 #include "tests/core/slow_generator.h"
 #include "tests/core/test_positions.h"
 
 namespace {
-
-uint64_t mask_of(int square) { return mask_of_square[static_cast<size_t>(square - 1)]; }
 
 // The product without its upper half, from 32-bit halves.
 uint64_t slow_product(uint64_t a, uint64_t b) {
@@ -74,8 +76,14 @@ TEST(Board, BitsOfSquares) {
         EXPECT_EQ(bit_of_square[i], bit);
         EXPECT_EQ(mask_of_square[i], uint64_t{1} << bit);
         EXPECT_EQ(square_of_bit[static_cast<size_t>(bit)], square - 1);
+        EXPECT_EQ(set_of_square(square), uint64_t{1} << bit);
+        EXPECT_EQ(square_number(uint64_t{1} << bit), square);
+        EXPECT_EQ(square_number(uint64_t{1} << bit | BLACK_PROMOTION_ROW), std::min(square, 46))
+            << "the lowest";
         all |= mask_of_square[i];
     }
+    for (const int none : {INT_MIN, -1, 0, 51, 52, INT_MAX}) EXPECT_EQ(set_of_square(none), 0u) << none;
+    EXPECT_EQ(square_number(0), 0);
     EXPECT_EQ(all, BOARD_MASK);
     for (const size_t ghost : {10u, 21u, 32u, 43u}) EXPECT_EQ(square_of_bit[ghost], 0);
 }
@@ -83,10 +91,10 @@ TEST(Board, BitsOfSquares) {
 TEST(Board, FixedSets) {
     EXPECT_EQ(BOARD_MASK, 0x3ff7feffdffbffull);
     uint64_t first_row = 0, last_row = 0, black = 0, white = 0;
-    for (int square = 1; square <= 5; ++square) first_row |= mask_of(square);
-    for (int square = 46; square <= 50; ++square) last_row |= mask_of(square);
-    for (int square = 1; square <= 20; ++square) black |= mask_of(square);
-    for (int square = 31; square <= 50; ++square) white |= mask_of(square);
+    for (int square = 1; square <= 5; ++square) first_row |= set_of_square(square);
+    for (int square = 46; square <= 50; ++square) last_row |= set_of_square(square);
+    for (int square = 1; square <= 20; ++square) black |= set_of_square(square);
+    for (int square = 31; square <= 50; ++square) white |= set_of_square(square);
     EXPECT_EQ(WHITE_PROMOTION_ROW, first_row);
     EXPECT_EQ(BLACK_PROMOTION_ROW, last_row);
     EXPECT_EQ(START_POSITION.black, black);
@@ -98,14 +106,11 @@ TEST(Board, FixedSets) {
 TEST(Board, ShiftsAreDiagonalStepsAndEndAtTheEdge) {
     for (int square = 1; square <= SQUARES; ++square) {
         const int x = column_of(square), y = row_of(square);
-        const auto target = [](int column, int row) -> uint64_t {
-            const int reached = square_on(column, row);
-            return reached ? mask_of(reached) : 0;
-        };
-        EXPECT_EQ(mask_of(square) << 6 & BOARD_MASK, target(x + 1, y + 1)) << square;
-        EXPECT_EQ(mask_of(square) << 5 & BOARD_MASK, target(x - 1, y + 1)) << square;
-        EXPECT_EQ(mask_of(square) >> 5 & BOARD_MASK, target(x + 1, y - 1)) << square;
-        EXPECT_EQ(mask_of(square) >> 6 & BOARD_MASK, target(x - 1, y - 1)) << square;
+        const auto target = [](int column, int row) { return set_of_square(square_on(column, row)); };
+        EXPECT_EQ(set_of_square(square) << 6 & BOARD_MASK, target(x + 1, y + 1)) << square;
+        EXPECT_EQ(set_of_square(square) << 5 & BOARD_MASK, target(x - 1, y + 1)) << square;
+        EXPECT_EQ(set_of_square(square) >> 5 & BOARD_MASK, target(x + 1, y - 1)) << square;
+        EXPECT_EQ(set_of_square(square) >> 6 & BOARD_MASK, target(x - 1, y - 1)) << square;
     }
 }
 
@@ -117,7 +122,7 @@ TEST(Board, DiagonalRays) {
             std::vector<uint64_t> expected;
             int x = column_of(square) + STEPS[d][0], y = row_of(square) + STEPS[d][1];
             for (; square_on(x, y); x += STEPS[d][0], y += STEPS[d][1])
-                expected.push_back(mask_of(square_on(x, y)));
+                expected.push_back(set_of_square(square_on(x, y)));
             ASSERT_EQ(rays.counts[d], static_cast<int>(expected.size())) << square << " direction " << d;
             for (size_t i = 0; i < expected.size(); ++i) {
                 // The ninth square of a corner's ray stands first in the next direction.
@@ -129,11 +134,11 @@ TEST(Board, DiagonalRays) {
     const DiagonalRays& corner = diagonal_rays[bit_of_square[46 - 1]];
     EXPECT_EQ(corner.counts[2], 9);
     EXPECT_EQ(corner.counts[3], 0);
-    EXPECT_EQ(corner.masks[3][0], mask_of(5));
+    EXPECT_EQ(corner.masks[3][0], set_of_square(5));
     const DiagonalRays& other_corner = diagonal_rays[bit_of_square[5 - 1]];
     EXPECT_EQ(other_corner.counts[1], 9);
     EXPECT_EQ(other_corner.counts[2], 0);
-    EXPECT_EQ(other_corner.masks[2][0], mask_of(46));
+    EXPECT_EQ(other_corner.masks[2][0], set_of_square(46));
 }
 
 TEST(Board, BitCountBothWays) {
@@ -191,7 +196,7 @@ TEST(MakeChild, CopiesTheMoveAndLinksTheParent) {
     EXPECT_EQ(child.previous, &START_POSITION);
     EXPECT_EQ(child.side, BLACK);
     EXPECT_EQ(child.black, START_POSITION.black);
-    EXPECT_EQ(child.white, (START_POSITION.white ^ mask_of(32)) | mask_of(28));
+    EXPECT_EQ(child.white, (START_POSITION.white ^ set_of_square(32)) | set_of_square(28));
     EXPECT_EQ(child.king, 0u);
     EXPECT_EQ(play(child, "19-23").side, WHITE);
 }
@@ -296,7 +301,7 @@ TEST(LegalSetup, MenOnTheirLastRowAndStrayPieces) {
     EXPECT_TRUE(is_legal_setup(START_POSITION));
     EXPECT_TRUE(is_legal_setup(position_of("W:WK3,48:B1,K46")));
     for (int square = 1; square <= SQUARES; ++square) {
-        const uint64_t mask = mask_of(square);
+        const uint64_t mask = set_of_square(square);
         EXPECT_EQ(is_legal_setup({0, mask, 0, WHITE, 0, nullptr}), square > 5) << square;
         EXPECT_EQ(is_legal_setup({mask, 0, 0, WHITE, 0, nullptr}), square <= 45) << square;
         EXPECT_TRUE(is_legal_setup({0, mask, mask, WHITE, 0, nullptr})) << square;
@@ -308,6 +313,19 @@ TEST(LegalSetup, MenOnTheirLastRowAndStrayPieces) {
         EXPECT_FALSE(is_legal_setup({stray, 0, stray, WHITE, 0, nullptr})) << bit;
         EXPECT_FALSE(is_legal_setup({0, stray, stray, WHITE, 0, nullptr})) << bit;
     }
+}
+
+TEST(BoardText, GoesToTheLog) {
+    const ScratchFolder folder;
+    log_path = folder.file("test.log");
+    log_board(START_POSITION);
+    const std::string text = content_of(log_path);
+    log_path.clear();
+    EXPECT_EQ(text, "\n\n" + board_diagram(START_POSITION));
+    EXPECT_EQ(text.substr(0, 25), "\n\n b b b b b \nb b b b b \n");
+    EXPECT_EQ(std::count(text.begin(), text.end(), 'w'), 20);
+    EXPECT_EQ(std::count(text.begin(), text.end(), '-'), 10);
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 12);
 }
 
 TEST(BoardText, Diagram) {

@@ -9,8 +9,6 @@
 
 namespace {
 
-uint64_t mask_of(int square) { return square ? mask_of_square[static_cast<size_t>(square - 1)] : 0; }
-
 // The moves of a position with their lines.
 struct Generated {
     Position position;
@@ -26,7 +24,8 @@ struct Generated {
     // The line of the capture that ends on a square.
     const CaptureLine& line_to(int square) const {
         for (int i = 0; i < list.count; ++i)
-            if (pieces_of(list[i], position.side) & ~pieces_of(position, position.side) & mask_of(square))
+            if (pieces_of(list[i], position.side) & ~pieces_of(position, position.side) &
+                set_of_square(square))
                 return line(i);
         ADD_FAILURE() << "no capture ends on " << square;
         return line(0);
@@ -65,9 +64,9 @@ TEST(CaptureLines, StepsShowTakenPiecesAsGone) {
     const CaptureLine& line = g.line(0);
     ASSERT_EQ(line.length, 3);
     EXPECT_EQ(line.step(0), move_to(g.position));
-    EXPECT_EQ(line.step(1), (Move{mask_of(19) | mask_of(9), mask_of(23), 0}));
-    EXPECT_EQ(line.step(2), (Move{mask_of(9), mask_of(14), 0}));
-    EXPECT_EQ(line.step(3), (Move{0, mask_of(3), mask_of(3)}));
+    EXPECT_EQ(line.step(1), (Move{set_of_square(19) | set_of_square(9), set_of_square(23), 0}));
+    EXPECT_EQ(line.step(2), (Move{set_of_square(9), set_of_square(14), 0}));
+    EXPECT_EQ(line.step(3), (Move{0, set_of_square(3), set_of_square(3)}));
     EXPECT_EQ(line.step(3), g.list[0]);
 }
 
@@ -102,8 +101,8 @@ TEST(MoveStepSquares, QuietMove) {
     const Generated g("W:W32:B1");
     uint64_t from = 0, to = 0;
     move_step_squares(0, 0, WHITE, g.position, g.list, *g.lines, from, to);
-    EXPECT_EQ(from, mask_of(32));
-    EXPECT_EQ(to, mask_of(28));
+    EXPECT_EQ(from, set_of_square(32));
+    EXPECT_EQ(to, set_of_square(28));
 }
 
 TEST(MoveStepSquares, EachStepOfACapture) {
@@ -114,7 +113,7 @@ TEST(MoveStepSquares, EachStepOfACapture) {
     for (int step = 1; step <= g.jumps; ++step) {
         uint64_t from = 0, to = 0;
         move_step_squares(step, 0, BLACK, g.position, g.list, *g.lines, from, to);
-        EXPECT_EQ(from, mask_of(16));
+        EXPECT_EQ(from, set_of_square(16));
         landings.push_back(square_of_bit[static_cast<size_t>(lowest_bit(to))] + 1);
     }
     EXPECT_EQ(landings, (Squares{27, 18, 7, 16}));  // round, back to where it started
@@ -167,16 +166,16 @@ TEST(DirectionOf, OddPairs) {
 TEST(Captured, ByJumpAndByMask) {
     const Generated g("W:W32:B28,19,9,1");
     const CaptureLine& line = g.line(0);
-    EXPECT_EQ(captured_at(line, 0, WHITE), mask_of(28));
-    EXPECT_EQ(captured_at(line, 1, WHITE), mask_of(19));
-    EXPECT_EQ(captured_at(line, 2, WHITE), mask_of(9));
-    EXPECT_TRUE(capture_takes(3, line, WHITE, mask_of(9)));
-    EXPECT_FALSE(capture_takes(2, line, WHITE, mask_of(9)));
-    EXPECT_TRUE(capture_takes(1, line, WHITE, mask_of(28)));
-    EXPECT_FALSE(capture_takes(0, line, WHITE, mask_of(28)));
-    EXPECT_FALSE(capture_takes(3, line, WHITE, mask_of(1)));
+    EXPECT_EQ(captured_at(line, 0, WHITE), set_of_square(28));
+    EXPECT_EQ(captured_at(line, 1, WHITE), set_of_square(19));
+    EXPECT_EQ(captured_at(line, 2, WHITE), set_of_square(9));
+    EXPECT_TRUE(capture_takes(3, line, WHITE, set_of_square(9)));
+    EXPECT_FALSE(capture_takes(2, line, WHITE, set_of_square(9)));
+    EXPECT_TRUE(capture_takes(1, line, WHITE, set_of_square(28)));
+    EXPECT_FALSE(capture_takes(0, line, WHITE, set_of_square(28)));
+    EXPECT_FALSE(capture_takes(3, line, WHITE, set_of_square(1)));
     const Generated black("B:W28,38:B22");
-    EXPECT_EQ(captured_at(black.line(0), 1, BLACK), mask_of(38));
+    EXPECT_EQ(captured_at(black.line(0), 1, BLACK), set_of_square(38));
 }
 
 TEST(SquareFitsJump, MenExactly) {
@@ -214,7 +213,7 @@ TEST(SquareFitsJump, ALastJumpExactly) {
     EXPECT_EQ(accepted_squares(g.line_to(5), 0, WHITE), (Squares{5}));
     // What an earlier capture left behind the end of the line, here a jump straight on, plays no part.
     CaptureLine line = g.line_to(23);
-    line.steps[2] = {line.step(1).black, mask_of(5), mask_of(5)};
+    line.steps[2] = {line.step(1).black, set_of_square(5), set_of_square(5)};
     EXPECT_EQ(accepted_squares(line, 0, WHITE), (Squares{23}));
     EXPECT_FALSE(square_fits_jump(g.line(0), 0, WHITE, 0));
     EXPECT_FALSE(square_fits_jump(g.line(0), 0, WHITE, 51));
@@ -228,7 +227,7 @@ TEST(SquareFitsJump, ALaterJumpFromTheKingsOwnSquare) {
     for (int i = 0; i < g.list.count; ++i) {
         const CaptureLine& line = g.line(i);
         for (int jump = 1; jump + 1 < line.length; ++jump) {
-            if (line.step(jump).white != mask_of(28)) continue;
+            if (line.step(jump).white != set_of_square(28)) continue;
             ++found;
             EXPECT_EQ(accepted_squares(line, jump, WHITE), (Squares{14, 19}));
         }

@@ -10,8 +10,6 @@
 
 namespace {
 
-uint64_t mask_of(int square) { return mask_of_square[static_cast<size_t>(square - 1)]; }
-
 // A text buffer of the told size with a mark behind it.
 struct Text {
     char text[MOVE_TEXT_SIZE];
@@ -70,23 +68,23 @@ TEST(MoveText, RoundTrips) {
 
 TEST(MoveText, WhatFitsNoMove) {
     const Position position = position_of("W:W32,40:B1,2");
-    const Move more_white{position.black, position.white | mask_of(50), 0};
+    const Move more_white{position.black, position.white | set_of_square(50), 0};
     EXPECT_EQ(short_text(position, more_white), "???");
-    const Move more_black{position.black | mask_of(20), position.white, 0};
+    const Move more_black{position.black | set_of_square(20), position.white, 0};
     EXPECT_EQ(short_text(position, more_black), "???");
     EXPECT_EQ(short_text(position, move_to(position)), "???");
     // Two pieces where one was, or one taken and one come: neither side has moved so.
-    const Move doubled{position.black, mask_of(28) | mask_of(40) | mask_of(50), 0};
+    const Move doubled{position.black, set_of_square(28) | set_of_square(40) | set_of_square(50), 0};
     EXPECT_EQ(short_text(position, doubled), "???");
-    const Move black_doubled{mask_of(2) | mask_of(7) | mask_of(6), position.white, 0};
+    const Move black_doubled{set_of_square(2) | set_of_square(7) | set_of_square(6), position.white, 0};
     EXPECT_EQ(short_text(position, black_doubled), "???");
-    const Move exchanged{mask_of(1), mask_of(28) | mask_of(40) | mask_of(50), 0};
+    const Move exchanged{set_of_square(1), set_of_square(28) | set_of_square(40) | set_of_square(50), 0};
     EXPECT_EQ(short_text(position, exchanged), "???");
-    const Move gone{mask_of(1), position.white, 0};  // a piece gone without a capture that takes it
+    const Move gone{set_of_square(1), position.white, 0};  // a piece gone without a capture that takes it
     EXPECT_EQ(short_text(position, gone), "???");
-    const Move vanished{position.black, mask_of(32), 0};
+    const Move vanished{position.black, set_of_square(32), 0};
     EXPECT_EQ(short_text(position, vanished), "???");
-    const Move both_lost{mask_of(1), mask_of(32), 0};
+    const Move both_lost{set_of_square(1), set_of_square(32), 0};
     EXPECT_EQ(short_text(position, both_lost), "???");
     for (const Move& move : {more_white, more_black, move_to(position), gone, vanished, both_lost}) {
         EXPECT_EQ(full_text(position, move, WHITE), "");

@@ -13,14 +13,12 @@ namespace {
     std::abort();
 }
 
-uint64_t mask_of(int square) { return mask_of_square[static_cast<size_t>(square - 1)]; }
-
 std::string pieces_text(uint64_t set, uint64_t king) {
     std::string text;
     for (int square = 1; square <= SQUARES; ++square) {
-        if (!(set & mask_of(square))) continue;
+        if (!(set & set_of_square(square))) continue;
         if (!text.empty()) text += ',';
-        if (king & mask_of(square)) text += 'K';
+        if (king & set_of_square(square)) text += 'K';
         text += std::to_string(square);
     }
     return text;
@@ -45,8 +43,8 @@ Position position_of(std::string_view text) {
         int square = 0;
         while (i < text.size() && text[i] >= '0' && text[i] <= '9') square = square * 10 + (text[i++] - '0');
         if (!set || square < 1 || square > SQUARES) give_up(text);
-        *set |= mask_of(square);
-        if (king) position.king |= mask_of(square);
+        *set |= set_of_square(square);
+        if (king) position.king |= set_of_square(square);
         king = false;
     }
     if (position.black & position.white) give_up(text);
@@ -68,7 +66,7 @@ Position random_position(std::mt19937_64& random, const RandomShape& shape) {
     const auto place = [&](int side, bool inner) {
         for (int tries = 0;; ++tries) {
             const int square = random_between(random, 1, SQUARES);
-            const uint64_t mask = mask_of(square);
+            const uint64_t mask = set_of_square(square);
             const bool edge = square <= 5 || square > 45 || square % 10 == 5 || square % 10 == 6;
             if ((position.black | position.white) & mask) continue;
             if (inner && edge && tries < 100) continue;  // the inner squares may all be taken

@@ -8,7 +8,6 @@
 
 #include "core/capture_lines.h"
 #include "records/fen.h"
-#include "records/square_number.h"
 
 namespace {
 

@@ -13,8 +13,6 @@ constexpr size_t COLOUR_OFFSET = 35;
 constexpr size_t REQUEST_POSITION_OFFSET = 42;
 constexpr size_t FISCHER_POSITION_OFFSET = 48;
 
-int square_of_set(uint64_t set) { return set ? square_of_bit[static_cast<size_t>(lowest_bit(set))] + 1 : 0; }
-
 struct WireMove {
     int from = 0;
     int to = 0;
@@ -30,13 +28,13 @@ WireMove wire_move(const PlayedGame& game, const MoveList& list, const CaptureLi
     if (jumps > 0) {
         move_step_squares(line.length, index, side, game.position, list, lines, from, to);
         for (int jump = 0; jump < line.length; ++jump)
-            wire.jumped.push_back(square_of_set(captured_at(line, jump, side)));
+            wire.jumped.push_back(square_number(captured_at(line, jump, side)));
     } else {
         from = pieces_of(game.position, side) & ~pieces_of(list[index], side);
         to = pieces_of(list[index], side) & ~pieces_of(game.position, side);
     }
-    wire.from = square_of_set(from);
-    wire.to = square_of_set(to);
+    wire.from = square_number(from);
+    wire.to = square_number(to);
     return wire;
 }
 

@@ -58,7 +58,7 @@ inline Position position_with(int side, Squares black_men, Squares black_kings, 
                               Squares white_kings) {
     Position p{0, 0, 0, side, 0, nullptr};
     const auto add = [](uint64_t& set, Squares squares) {
-        for (const int square : squares) set |= mask_of_square[static_cast<size_t>(square - 1)];
+        for (const int square : squares) set |= set_of_square(square);
     };
     add(p.black, black_men);
     add(p.black, black_kings);

@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr uint64_t square(int number) { return mask_of_square[static_cast<size_t>(number - 1)]; }
-
 class MtcChoice : public EngineEgdbTest {
   protected:
     void SetUp() override {
@@ -32,9 +30,9 @@ class MtcChoice : public EngineEgdbTest {
     // By where the king or the man is.
     int32_t number(const Position& p) const {
         if (same_pieces(p, position)) return root;
-        if (p.white & square(27)) return man_27;
-        if (p.white & square(26)) return man_26;
-        return p.white & square(41) ? king_41 : p.white & square(37) ? king_37 : others;
+        if (p.white & set_of_square(27)) return man_27;
+        if (p.white & set_of_square(26)) return man_26;
+        return p.white & set_of_square(41) ? king_41 : p.white & set_of_square(37) ? king_37 : others;
     }
 
     int choose() {
@@ -64,7 +62,7 @@ class MtcChoice : public EngineEgdbTest {
 
 TEST_F(MtcChoice, TheWinnerTakesTheShortestWay) {
     ASSERT_EQ(choose(), 1);
-    EXPECT_TRUE(chosen().white & square(41));
+    EXPECT_TRUE(chosen().white & set_of_square(41));
     EXPECT_EQ(mtc, 12);
     EXPECT_TRUE(begins("46-41(12)*  46-37(14)  46-")) << text;
     EXPECT_NE(std::string(text).find("(16)  31-26(18)  31-27(20)  "), std::string::npos) << text;
@@ -85,8 +83,8 @@ TEST_F(MtcChoice, ANearWinHasItsNumberToo) {
 
 TEST_F(MtcChoice, MovesThatDoNotWinAreLeftOut) {
     asked.answer = [](const Position& p, int side) {
-        if (p.white & square(41)) return EGDB_DRAW;
-        if (p.white & square(37)) return EGDB_WIN;
+        if (p.white & set_of_square(41)) return EGDB_DRAW;
+        if (p.white & set_of_square(37)) return EGDB_WIN;
         return side == WHITE ? EGDB_WIN : EGDB_LOSS;
     };
     ASSERT_EQ(choose(), 1);
@@ -105,7 +103,7 @@ TEST_F(MtcChoice, NoneInAnyDoubt) {
     // Of a move nobody knows whether it wins.
     const auto answer = asked.answer;
     asked.answer = [&](const Position& p, int side) {
-        return p.white & square(27) ? EGDB_UNKNOWN : answer(p, side);
+        return p.white & set_of_square(27) ? EGDB_UNKNOWN : answer(p, side);
     };
     expect_none();
     asked.answer = [](const Position&, int) { return EGDB_DRAW; };
@@ -128,7 +126,7 @@ TEST_F(MtcChoice, TheLoserConvertsLast) {
     white_wins = false;
     others = 8;
     ASSERT_EQ(choose(), 1);
-    EXPECT_TRUE(chosen().white & square(37));
+    EXPECT_TRUE(chosen().white & set_of_square(37));
     EXPECT_EQ(mtc, 13);  // as the position itself has 14
     EXPECT_TRUE(begins("46-37(13)*  46-41(11)  46-")) << text;
     // Farther away, but they convert at once.

@@ -16,10 +16,9 @@ bool same(const Position& a, const Position& b) { return same_pieces(a, b); }
 Position with(std::initializer_list<int> black, std::initializer_list<int> white,
               std::initializer_list<int> kings) {
     Position position{};
-    const auto mask = [](int square) { return mask_of_square[static_cast<size_t>(square - 1)]; };
-    for (const int s : black) position.black |= mask(s);
-    for (const int s : white) position.white |= mask(s);
-    for (const int s : kings) position.king |= mask(s);
+    for (const int s : black) position.black |= set_of_square(s);
+    for (const int s : white) position.white |= set_of_square(s);
+    for (const int s : kings) position.king |= set_of_square(s);
     return position;
 }
 

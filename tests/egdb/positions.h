@@ -7,7 +7,7 @@
 
 inline uint64_t squares_mask(std::initializer_list<int> squares) {
     uint64_t mask = 0;
-    for (const int square : squares) mask |= mask_of_square[static_cast<size_t>(square - 1)];
+    for (const int square : squares) mask |= set_of_square(square);
     return mask;
 }
 

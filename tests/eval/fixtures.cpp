@@ -4,7 +4,7 @@ namespace {
 
 uint64_t set_of(const std::vector<int>& squares) {
     uint64_t set = 0;
-    for (const int square : squares) set |= mask_of_square[static_cast<size_t>(square - 1)];
+    for (const int square : squares) set |= set_of_square(square);
     return set;
 }
 

@@ -11,7 +11,7 @@ constexpr int REGION_SQUARES[4][12] = {{1, 2, 3, 6, 7, 8, 11, 12, 13, 16, 17, 18
                                        {16, 17, 18, 21, 22, 23, 26, 27, 28, 31, 32, 33},
                                        {12, 13, 14, 17, 18, 19, 22, 23, 24, 27, 28, 29}};
 
-bool on(uint64_t set, int square) { return (set & mask_of_square[static_cast<size_t>(square - 1)]) != 0; }
+bool on(uint64_t set, int square) { return (set & set_of_square(square)) != 0; }
 
 // Digit by digit. A square of both colours, which no position has, counts as empty.
 RegionPlaces slow_places(uint64_t black, uint64_t white) {
@@ -46,8 +46,8 @@ TEST(Regions, AreTheListedSquares) {
         uint64_t forward = 0;
         uint64_t twin = 0;
         for (const int square : REGION_SQUARES[table]) {
-            forward |= mask_of_square[static_cast<size_t>(square - 1)];
-            twin |= mask_of_square[static_cast<size_t>(51 - square - 1)];
+            forward |= set_of_square(square);
+            twin |= set_of_square(51 - square);
         }
         EXPECT_EQ(FORWARD_REGIONS[table], forward);
         EXPECT_EQ(TURNED_REGIONS[table], twin);

@@ -18,7 +18,7 @@ constexpr int COLUMN_WEIGHTS[10] = {-7, -3, 1, 5, 9, -9, -5, -1, 3, 7};
 enum class Piece { NONE, MAN, KING };
 
 Piece piece_on(const Position& position, int color, int square) {
-    const uint64_t mask = mask_of_square[static_cast<size_t>(square - 1)];
+    const uint64_t mask = set_of_square(square);
     if (!(pieces_of(position, color) & mask)) return Piece::NONE;
     return position.king & mask ? Piece::KING : Piece::MAN;
 }

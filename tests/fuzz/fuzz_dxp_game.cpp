@@ -28,7 +28,6 @@
 #include "core/capture_lines.h"
 #include "dxp/game_flow.h"
 #include "dxp/received_move.h"
-#include "records/square_number.h"
 #include "search/engine_settings.h"
 #include "search/table.h"
 

@@ -118,10 +118,9 @@ TEST_F(Story, APositionIsSetUpAnalysedAndStopped) {
           Click{5, 3, 1}, Click{41, 3, 2}, Click{20, 3, 1}, Click{20, 1, 1}, Click{50, 1, 2}})
         for (int i = 0; i < click.times; ++i) click_square(desk, board, click.square, click.button);
     Position wanted;
-    for (const int square : {8, 13, 46, 24, 20})
-        wanted.black |= mask_of_square[static_cast<size_t>(square - 1)];
-    for (const int square : {33, 38, 5, 41}) wanted.white |= mask_of_square[static_cast<size_t>(square - 1)];
-    for (const int square : {46, 24, 5, 41}) wanted.king |= mask_of_square[static_cast<size_t>(square - 1)];
+    for (const int square : {8, 13, 46, 24, 20}) wanted.black |= set_of_square(square);
+    for (const int square : {33, 38, 5, 41}) wanted.white |= set_of_square(square);
+    for (const int square : {46, 24, 5, 41}) wanted.king |= set_of_square(square);
     ASSERT_TRUE(wait_for_position(desk, board, wanted));
 
     ASSERT_TRUE(choose(desk, TIME_INFINITE));

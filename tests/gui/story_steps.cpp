@@ -2,7 +2,6 @@
 
 #include <QFile>
 #include <algorithm>
-#include <bit>
 
 #include "control/game_commands.h"
 #include "control/load_save.h"
@@ -14,10 +13,6 @@ namespace {
 
 const QString GAME_INFORMATION = QStringLiteral("Game Information");
 const QString SELECT_GAME = QStringLiteral("Select Game");
-
-int square_of_mask(uint64_t mask) {
-    return mask ? square_of_bit[static_cast<size_t>(std::countr_zero(mask))] + 1 : 0;
-}
 
 size_t moves_between(const Positions& moves, const Position& before, int from, int to) {
     return static_cast<size_t>(std::count_if(moves.begin(), moves.end(), [&](const Position& after) {
@@ -43,11 +38,11 @@ Positions successors(const Position& position) {
 }
 
 int square_left(const Position& before, const Position& after) {
-    return square_of_mask(pieces_of(before, before.side) & ~pieces_of(after, before.side));
+    return square_number(pieces_of(before, before.side) & ~pieces_of(after, before.side));
 }
 
 int square_reached(const Position& before, const Position& after) {
-    return square_of_mask(pieces_of(after, before.side) & ~pieces_of(before, before.side));
+    return square_number(pieces_of(after, before.side) & ~pieces_of(before, before.side));
 }
 
 void click_move(const Desk& desk, const BoardPlaceOnScreen& board, const Position& before,

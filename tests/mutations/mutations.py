@@ -12,7 +12,8 @@ MUTATIONS = [
     ("core/capture_search.h", "} while (at & state.empty);", "} while (false);", "core_tests"),
     ("core/capture_search.h", "if (captures >= 4 && find_move(list, move) >= 0) return;", "if (captures >= 5 && find_move(list, move) >= 0) return;", "core_tests"),
     ("core/notation.cpp", "if (from == 0 || to == 0)", "if (from == 0)", "core_tests"),
-    ("core/notation.cpp", "if (count_same_squares(list, lines, position, side, jumps, from, to) == 1)", "if (count_same_squares(list, lines, position, side, jumps, from, to) >= 1)", "core_tests"),
+    ("core/capture_lines.cpp", "if (other != index && other_from == from && other_to == to) return true;", "if (other > index && other_from == from && other_to == to) return true;", "core_tests"),
+    ("core/board.h", "number >= 1 && number <= SQUARES ?", "number >= 1 && number < SQUARES ?", "core_tests"),
     # The evaluation.
     ("eval/evaluation.cpp", "constexpr int32_t LIMIT = 1500;", "constexpr int32_t LIMIT = 1501;", "eval_test"),
     ("eval/evaluation.cpp", "return static_cast<int32_t>((value + (value < 0 ? -2000 : 2000)) / 4000);", "return static_cast<int32_t>((value + 2000) / 4000);", "eval_test"),

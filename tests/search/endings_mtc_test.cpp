@@ -235,11 +235,10 @@ TEST_F(EndingsMtcTest, TheEnginePlaysByThem) {
 
 TEST(Conversion, CapturesAndMovesOfMen) {
     const auto after = [](Position p, int from, int to, int taken) {
-        const uint64_t change =
-            mask_of_square[static_cast<size_t>(from - 1)] | mask_of_square[static_cast<size_t>(to - 1)];
+        const uint64_t change = set_of_square(from) | set_of_square(to);
         p.white ^= change;
-        if (p.king & mask_of_square[static_cast<size_t>(from - 1)]) p.king ^= change;
-        if (taken) p.black ^= mask_of_square[static_cast<size_t>(taken - 1)];
+        if (p.king & set_of_square(from)) p.king ^= change;
+        if (taken) p.black ^= set_of_square(taken);
         return p;
     };
     const Position p = position_of("W:W32,K40:B28,K7");

@@ -89,8 +89,7 @@ Counts count_values(const Material& m, int side, const Wanted& wanted) {
 
 constexpr uint64_t MAIN_ROAD = [] {
     uint64_t road = 0;
-    for (const int square : {5, 10, 14, 19, 23, 28, 32, 37, 41, 46})
-        road |= mask_of_square[static_cast<size_t>(square - 1)];
+    for (const int square : {5, 10, 14, 19, 23, 28, 32, 37, 41, 46}) road |= set_of_square(square);
     return road;
 }();
 

@@ -257,13 +257,13 @@ TEST_F(BoardSetup, NoManOnHisPromotionRow) {
         board_right_click(square);
         EXPECT_FALSE(game.board.king) << square << ": a white man may stand there";
         board_left_click(square);
-        EXPECT_EQ(game.board.king, mask_of_square[static_cast<size_t>(square - 1)]) << square;
+        EXPECT_EQ(game.board.king, set_of_square(square)) << square;
         board_left_click(square);
         EXPECT_EQ(fen_now(), "W:W32:B1") << square << ": the king is removed at once";
     }
     for (int square = 2; square <= 5; ++square) {
         board_right_click(square);
-        EXPECT_EQ(game.board.king, mask_of_square[static_cast<size_t>(square - 1)]) << square;
+        EXPECT_EQ(game.board.king, set_of_square(square)) << square;
         board_right_click(square);
         EXPECT_EQ(fen_now(), "W:W32:B1") << square;
     }
@@ -326,7 +326,7 @@ std::vector<SlowClickMove> slow_click_moves(const Position& position, int side) 
         move_step_squares(jumps, i, side, position, list, lines, from, to);
         const CaptureLine& line = lines[static_cast<size_t>(i)];
         for (int square = 1; square <= SQUARES; ++square) {
-            const uint64_t mask = mask_of_square[static_cast<size_t>(square - 1)];
+            const uint64_t mask = set_of_square(square);
             if (mask == from) move.from = square;
             if (mask == to) move.to = square;
             if (jumps &&
@@ -449,7 +449,7 @@ TEST_F(BoardClicks, RandomClicksDoWhatTheSlowAccountSays) {
 std::vector<int> clicks_of(const SlowClickMove& move, const Position& before, int side) {
     std::vector<int> clicks = {move.from, move.to};
     for (int square = 1; square <= SQUARES; ++square) {
-        const uint64_t mask = mask_of_square[static_cast<size_t>(square - 1)];
+        const uint64_t mask = set_of_square(square);
         if (pieces_of(before, side ^ 1) & ~pieces_of(move.result, side ^ 1) & mask) clicks.push_back(square);
     }
     return clicks;

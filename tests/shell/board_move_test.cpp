@@ -60,12 +60,12 @@ TEST(BoardMove, EveryMoveOfRandomPositionsIsFound) {
         for (const Move& result : list) {
             BoardMove move;
             ASSERT_TRUE(move_between(before, position_after(result, before.side ^ 1), before.side, move));
-            const auto mask = [](int square) { return mask_of_square[static_cast<size_t>(square - 1)]; };
             const uint64_t own = pieces_of(before, before.side);
-            ASSERT_EQ((own & ~mask(move.from())) | mask(move.to()), pieces_of(result, before.side));
+            ASSERT_EQ((own & ~set_of_square(move.from())) | set_of_square(move.to()),
+                      pieces_of(result, before.side));
             uint64_t taken = 0;
             for (int jump = 0; jump < move.jumps; ++jump)
-                taken |= mask(move.taken[static_cast<size_t>(jump)]);
+                taken |= set_of_square(move.taken[static_cast<size_t>(jump)]);
             ASSERT_EQ(taken, pieces_of(before, before.side ^ 1) & ~pieces_of(result, before.side ^ 1));
             ASSERT_EQ(move.stops, std::max(move.jumps, 1) + 1);
             captures += move.jumps > 0;

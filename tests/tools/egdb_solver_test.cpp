@@ -92,9 +92,9 @@ TEST(EgdbSolver, KnownEndings) {
     const auto with = [](std::initializer_list<int> black, std::initializer_list<int> white,
                          std::initializer_list<int> kings) {
         Position position{};
-        for (const int s : black) position.black |= mask_of_square[static_cast<size_t>(s - 1)];
-        for (const int s : white) position.white |= mask_of_square[static_cast<size_t>(s - 1)];
-        for (const int s : kings) position.king |= mask_of_square[static_cast<size_t>(s - 1)];
+        for (const int s : black) position.black |= set_of_square(s);
+        for (const int s : white) position.white |= set_of_square(s);
+        for (const int s : kings) position.king |= set_of_square(s);
         return position;
     };
     EXPECT_EQ(solved_value(set, with({1, 2}, {46}, {1, 2, 46}), WHITE), EGDB_DRAW);

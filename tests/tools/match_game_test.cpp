@@ -14,7 +14,7 @@ namespace {
 
 uint64_t squares(std::initializer_list<int> numbers) {
     uint64_t set = 0;
-    for (const int number : numbers) set |= mask_of_square[static_cast<size_t>(number - 1)];
+    for (const int number : numbers) set |= set_of_square(number);
     return set;
 }
 

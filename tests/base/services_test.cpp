@@ -22,34 +22,11 @@
 #include "base/paths.h"
 #include "base/system_info.h"
 #include "base/text.h"
-#include "core/board_text.h"
+#include "tests/base/scratch_folder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-// A folder of its own for each test, gone afterwards.
-struct ScratchFolder {
-    fs::path path;
-
-    ScratchFolder() {
-        std::string name = (fs::temp_directory_path() / "tessarin-test-XXXXXX").string();
-        EXPECT_NE(mkdtemp(name.data()), nullptr);
-        path = name;
-    }
-    ~ScratchFolder() {
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    std::string file(const char* name) const { return (path / name).string(); }
-};
-
-std::string content_of(const std::string& path) {
-    std::string text;
-    return read_file(path, text) == 0 ? text : std::string("(unreadable)");
-}
 
 bool replace_with(const std::string& path, const std::string& text) {
     return replace_file(path, text.data(), text.size()) == 0;
@@ -142,16 +119,6 @@ TEST_F(Log, LinesOfThreadsAllArrive) {
     EXPECT_EQ(text.size(), 400 * 5u);
 }
 
-TEST_F(Log, Board) {
-    log_board(START_POSITION);
-    const std::string text = content_of(log_path);
-    EXPECT_EQ(text, "\n\n" + board_diagram(START_POSITION));
-    EXPECT_EQ(text.substr(0, 25), "\n\n b b b b b \nb b b b b \n");
-    EXPECT_EQ(std::count(text.begin(), text.end(), 'w'), 20);
-    EXPECT_EQ(std::count(text.begin(), text.end(), '-'), 10);
-    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 12);
-}
-
 TEST(Files, SizeAndContent) {
     const ScratchFolder folder;
     const std::string path = folder.file("a");
@@ -171,8 +138,8 @@ TEST(Files, StatusesLeaveTheTextAsItWas) {
     ASSERT_EQ(replace_file(folder.file("empty"), "", 0), 0);
     EXPECT_EQ(file_size(folder.file("empty")), 0);
     EXPECT_EQ(read_file(folder.file("empty"), text), 2);
-    EXPECT_EQ(file_size(folder.path.string()), -1);
-    EXPECT_EQ(read_file(folder.path.string(), text), 2);
+    EXPECT_EQ(file_size(folder.path), -1);
+    EXPECT_EQ(read_file(folder.path, text), 2);
     const std::string locked = folder.file("locked");
     ASSERT_TRUE(replace_with(locked, "x"));
     ASSERT_EQ(chmod(locked.c_str(), 0), 0);
@@ -211,7 +178,7 @@ TEST(Files, ReplaceIsWholeOrNothing) {
     ASSERT_TRUE(replace_with(path, "a long first content"));
     ASSERT_TRUE(replace_with(path, "short"));
     EXPECT_EQ(content_of(path), "short");
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path), fs::directory_iterator()), 1);
+    EXPECT_EQ(entries_of(folder.path), 1u);
 
     EXPECT_EQ(replace_file(folder.file("no/such/folder"), "x", 1), 1);
     // A folder cannot be replaced by a file: it stays, and nothing is left beside it.
@@ -220,7 +187,7 @@ TEST(Files, ReplaceIsWholeOrNothing) {
     ASSERT_TRUE(replace_with(taken + "/inside", "kept"));
     EXPECT_EQ(replace_file(taken, "x", 1), 1);
     EXPECT_EQ(content_of(taken + "/inside"), "kept");
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path), fs::directory_iterator()), 2);
+    EXPECT_EQ(entries_of(folder.path), 2u);
 }
 
 // The disk is full: the old file stands, and no part of the new one is left.
@@ -241,7 +208,7 @@ TEST(Files, AFullDiskKeepsTheOldFile) {
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     EXPECT_EQ(content_of(path), "old");
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path), fs::directory_iterator()), 1);
+    EXPECT_EQ(entries_of(folder.path), 1u);
 }
 
 TEST(Text, TableIsSortedAndFound) {

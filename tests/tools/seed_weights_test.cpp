@@ -65,7 +65,7 @@ TEST_F(SeedWeightsTest, ManIsAboutHundredPoints) {
     EXPECT_EQ(score_of(START_POSITION, WHITE), 0);
     for (const int missing : {1, 3, 8, 14, 20}) {
         Position position = START_POSITION;
-        position.black &= ~mask_of_square[static_cast<size_t>(missing - 1)];
+        position.black &= ~set_of_square(missing);
         EXPECT_NEAR(score_of(position, WHITE), 100, 15) << missing;
     }
     EXPECT_NEAR(score_of(position_of({.black_men = {22, 23, 24}, .white_men = {28, 29}}), BLACK), 110, 20);

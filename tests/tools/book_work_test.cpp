@@ -4,10 +4,10 @@
 #include <fstream>
 #include <iterator>
 
-#include "book_fixture.h"
 #include "search/engine_settings.h"
 #include "search/search_state.h"
 #include "search/table.h"
+#include "tests/book/book_fixture.h"
 #include "tools/book_work.h"
 
 namespace {

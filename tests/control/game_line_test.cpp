@@ -1,14 +1,16 @@
 // The game's positions as the search wants them for repetitions.
 #include "control/game_line.h"
 
-#include "tests/search/fixtures.h"
+#include <gtest/gtest.h>
+
+#include "records/fen.h"
 
 namespace {
 
 ReplayState state(const char* fen) {
     ReplayState s;
-    s.position = position_of(fen);
-    s.side = s.position.side;
+    EXPECT_EQ(fen_to_position(fen, s.position, s.side), 0) << fen;
+    s.position.side = s.side;
     return s;
 }
 
@@ -24,6 +26,8 @@ void expect_line(const std::vector<ReplayState>& history, size_t length) {
         EXPECT_EQ(line[i].previous, i + 1 < length ? &line[i + 1] : nullptr);
     }
 }
+
+}  // namespace
 
 TEST(GameLine, OneEntryIsALineOfOne) { expect_line({state("W:W31,K32:B1,2")}, 1); }
 
@@ -55,5 +59,3 @@ TEST(GameLine, TheFirstEntryEndsTheLine) {
     for (int i = 0; i < 30; ++i) history.push_back(state(i % 2 == 0 ? "W:WK46:BK5" : "B:WK41:BK5"));
     expect_line(history, 30);
 }
-
-}  // namespace

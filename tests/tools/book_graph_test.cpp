@@ -7,7 +7,7 @@
 #include <map>
 #include <set>
 
-#include "book_fixture.h"
+#include "tests/book/book_fixture.h"
 #include "tools/book_build.h"
 #include "tools/book_graph.h"
 
