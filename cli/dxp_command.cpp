@@ -14,6 +14,7 @@
 #include "dxp/connection_thread.h"
 #include "dxp/dxp_state.h"
 #include "dxp/game_files.h"
+#include "dxp/statistics.h"
 
 namespace {
 
@@ -67,6 +68,24 @@ MatchFields fields_of(const MatchOptions& options) {
     return fields;
 }
 
+// A match that cannot go on would begin anew and overwrite the games that there are.
+bool can_go_on(const MatchFields& fields) {
+    if (fields.openings == FILE_OPENINGS) {
+        store_setting_text(settings2.match_ballot_file, fields.ballot_file);
+        if (read_ballots_file() != 0) {
+            set_exit_status(EXIT_BAD_INPUT);
+            return false;
+        }
+    }
+    MatchCounters results;
+    const int32_t played = read_match_stats(results);
+    const int64_t all = match_total_games(fields.openings);
+    if (played < all) return true;
+    fail("cannot go on: %d games are played by %s, and this match has %lld", played,
+         match_stats_path().c_str(), static_cast<long long>(all));
+    return false;
+}
+
 void run_listen(const MatchOptions& options) {
     catch_interrupt();
     if (!start_dxp_console(options.console)) return;
@@ -88,8 +107,10 @@ void run_match(MatchOptions options) {
     if (!start_dxp_console(options.console)) return;
     program_flags.autoconnect_enabled = true;  // an increment needs no leave here
     settings2.match_repeats = options.repeats;
+    const MatchFields fields = fields_of(options);
+    if (fields.resume && !can_go_on(fields)) return;
     if (!connect_to(options.host)) return;
-    if (begin_match(fields_of(options)) != 0) return set_exit_status(EXIT_BAD_INPUT);
+    if (begin_match(fields) != 0) return set_exit_status(EXIT_BAD_INPUT);
     dxp_console.match = true;
     dxp_console.total_games = match_total_games();
     dxp_console.score = score_in_file(match_games_path(), dxp_state.match_games);
@@ -174,7 +195,9 @@ void add_match(CLI::App& dxp) {
     command->add_option("--repeat", options->repeats, "How often all start positions are played")
         ->check(CLI::Range(1, MAX_REPEATS))
         ->capture_default_str();
-    command->add_flag("--resume", options->resume, "Go on with the match of the statistics file");
+    command->add_flag(
+        "--resume", options->resume,
+        "Go on with the match of the statistics file; the other options are to be those of that match");
     add_console_options(*command, options);
     command->callback([options] { run_match(*options); });
 }

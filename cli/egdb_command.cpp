@@ -244,7 +244,9 @@ void add_build(CLI::App& egdb) {
                      "Most pieces on the board; the program opens sets of up to 5, with --mtc of up to 4")
         ->check(CLI::Range(2, EGDB_MOST_BUILT))
         ->capture_default_str();
-    command->add_option("--threads", build.threads)->check(CLI::Range(1, 256))->capture_default_str();
+    command->add_option("--threads", build.threads, "Threads to work with")
+        ->check(CLI::Range(1, 256))
+        ->capture_default_str();
     command->callback([options] { run_build(*options); });
 }
 
@@ -260,7 +262,9 @@ void add_catalogues(CLI::App& egdb) {
     command->add_option("--pieces", *pieces, "Most pieces of the endings to learn from")
         ->check(CLI::Range(3, 5))
         ->capture_default_str();
-    command->add_option("--threads", *threads)->check(CLI::Range(1, 256))->capture_default_str();
+    command->add_option("--threads", *threads, "Threads to work with")
+        ->check(CLI::Range(1, 256))
+        ->capture_default_str();
     command->callback([out, pieces, threads] { run_catalogues(*out, *pieces, *threads); });
 }
 
@@ -272,7 +276,8 @@ void add_egdb_command(CLI::App& program) {
     egdb->require_subcommand(1);
     add_build(*egdb);
     const auto folder = std::make_shared<std::string>();
-    CLI::App* const stats = egdb->add_subcommand("stats", "Print what the files of a database hold");
+    CLI::App* const stats =
+        egdb->add_subcommand("stats", "Print what the files of a win/loss/draw database hold");
     stats->add_option("DIR", *folder)->required();
     stats->callback([folder] { run_stats(*folder); });
     CLI::App* const probe =

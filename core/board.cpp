@@ -4,7 +4,8 @@ namespace {
 
 constexpr BitCountTable make_bit_counts() {
     BitCountTable table{};
-    for (size_t w = 1; w < table.size(); ++w) table[w] = static_cast<uint8_t>(table[w / 2] + w % 2);
+    uint32_t word = 0;
+    for (uint8_t& count : table) count = static_cast<uint8_t>(std::popcount(word++));
     return table;
 }
 

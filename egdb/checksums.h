@@ -1,8 +1,8 @@
 // The checksums of the known database files.
 //
-// Of the sets that come from elsewhere all names are known but only some checksums; of those with values
-// that our own builder makes, up to five pieces, all are; of its moves to conversion none. Several may stand
-// for one name.
+// Of the sets from elsewhere with codes in `.cpr1` files or with value lists all names are known but only
+// some checksums, of those with fixed codes five index files; of the values that our own builder makes, up to
+// five pieces, all are known; of moves to conversion none. Several may stand for one name.
 #pragma once
 
 #include <array>

@@ -159,6 +159,26 @@ TEST_F(CliDxp, AKilledMatchIsResumed) {
     EXPECT_EQ(theirs.status, 0) << theirs.errors;
 }
 
+// Behind a whole match, and with other options than those of the match, there is nothing to go on with, and
+// nothing of it is lost.
+TEST_F(CliDxp, AMatchThatCannotGoOnIsKept) {
+    std::filesystem::create_directories(data("initiator"));
+    for (const int draws : {4, 149}) {
+        const std::string stats =
+            "99 games: 3 wins, 0 losses, " + std::to_string(draws) + " draws, 1 unknowns\n";
+        const std::string games = "what was played";
+        write_content(data("initiator") / "dxpstats.txt", stats);
+        write_content(data("initiator") / "dxpgames.pdn", games);
+        const ProgramResult result = start("initiator", match_arguments() + " --resume")->finish();
+        EXPECT_EQ(result.status, 1);
+        const std::string played = "cannot go on: " + std::to_string(draws + 4) + " games are played by ";
+        EXPECT_NE(result.errors.find(played), std::string::npos) << result.errors;
+        EXPECT_NE(result.errors.find("this match has 8"), std::string::npos) << result.errors;
+        EXPECT_EQ(read_text(data("initiator") / "dxpstats.txt"), stats);
+        EXPECT_EQ(read_text(data("initiator") / "dxpgames.pdn"), games);
+    }
+}
+
 TEST_F(CliDxp, TheInterruptKeyEndsAMatchWithAllWritten) {
     const auto listener = start("follower", "listen");
     ASSERT_TRUE(listener->read_until("listening"));

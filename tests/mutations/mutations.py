@@ -133,6 +133,7 @@ MUTATIONS = [
     ("cli/console.cpp", "    std::signal(SIGINT, SIG_DFL);\n", "", "cli_tests"),
     ("cli/egdb_options.cpp", "if (identify_egdb(folder, type, pieces) == 0 && (type == EGDB_MTC) == mtc) return true;",
      "if (identify_egdb(folder, type, pieces) == 0) return true;", "cli_tests cli_dxp_tests"),
+    ("cli/dxp_command.cpp", "if (played < all) return true;", "if (played <= all) return true;", "cli_dxp_tests"),
     ("cli/dxp_command.cpp", "dxp_console.boxes_told = attempt == CONNECT_ATTEMPTS;", "dxp_console.boxes_told = true;", "cli_dxp_tests"),
     ("cli/dxp_command.cpp", "fields.incremental = options.initial >= 0;", "fields.incremental = options.increment > 0;", "cli_dxp_tests"),
     ("cli/dxp_command.cpp", "options.ballots == \"3\" ? THREE_MOVE_OPENINGS", "options.ballots == \"3\" ? TWO_MOVE_OPENINGS", "cli_dxp_tests"),
