@@ -1,13 +1,17 @@
 #include "base/files.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
 #include <new>
+#include <optional>
 #include <stdexcept>
 
 #include "base/file_calls.h"
@@ -15,6 +19,7 @@
 namespace {
 
 constexpr int NAME_TRIES = 100;
+constexpr mode_t RIGHTS = S_IRWXU | S_IRWXG | S_IRWXO;
 
 std::atomic<uint32_t> files_written = 0;  // makes the names of new files differ
 
@@ -38,6 +43,27 @@ void flush_folder_of(const std::string& path) {
     if (descriptor < 0) return;
     file_calls.flush(descriptor);
     file_calls.close(descriptor);
+}
+
+// Where a file is to be put, and with which rights.
+struct Place {
+    std::string path;
+    std::optional<mode_t> rights;  // those of the file that is there
+};
+
+// Behind all links of the path. False if something is there that is no regular file.
+bool find_place(const std::string& path, Place& place) {
+    place.path = path;
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0) return true;
+    if (!S_ISREG(status.st_mode)) {
+        errno = EINVAL;
+        return false;
+    }
+    place.rights = status.st_mode & RIGHTS;
+    const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr), std::free);
+    if (real) place.path = real.get();
+    return true;
 }
 
 // Makes a new file beside `path` and gives its name: one that no other thread or process writes, not even one
@@ -129,20 +155,41 @@ int read_file(const std::string& path, std::string& text) {
 }
 
 int replace_file(const std::string& path, const void* data, size_t bytes) {
+    Place place;
+    if (!find_place(path, place)) return 1;
     std::string aside;
-    const int descriptor = open_aside(path, aside);
+    const int descriptor = open_aside(place.path, aside);
     if (descriptor < 0) return 1;
+    if (place.rights) fchmod(descriptor, *place.rights);
     const bool written =
         write_all(descriptor, static_cast<const char*>(data), bytes) && file_calls.flush(descriptor) == 0;
     const int reason = errno;
     const bool closed = file_calls.close(descriptor) == 0;
     if (!written) errno = reason;
-    if (!written || !closed || file_calls.rename(aside.c_str(), path.c_str()) != 0) {
+    if (!written || !closed || file_calls.rename(aside.c_str(), place.path.c_str()) != 0) {
         const int first_reason = errno;
         file_calls.remove(aside.c_str());
         errno = first_reason;
         return 1;
     }
-    flush_folder_of(path);
+    flush_folder_of(place.path);
     return 0;
+}
+
+bool can_replace_file(const std::string& path) {
+    Place place;
+    if (!find_place(path, place)) return false;
+    std::string aside;
+    const int descriptor = open_aside(place.path, aside);
+    if (descriptor < 0) return false;
+    file_calls.close(descriptor);
+    file_calls.remove(aside.c_str());
+    return true;
+}
+
+bool lock_file(std::FILE* file) {
+    int status;
+    do status = flock(fileno(file), LOCK_EX | LOCK_NB);
+    while (status != 0 && errno == EINTR);
+    return status == 0 || errno != EWOULDBLOCK;
 }

@@ -2,8 +2,10 @@
 // of progress follows the board.
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "base/clock.h"
@@ -61,12 +63,15 @@ void begin_output() {
             run.positions_before.back() +
             count_positions(analysis.analysis_games[static_cast<size_t>(i)].get()));
     run.start_ms = clock_ms();
-    run.output = run.output_path.empty() ? stdout : std::fopen(run.output_path.c_str(), "w");
+    run.output = run.output_path.empty() ? stdout : std::fopen(run.output_path.c_str(), "a");
     if (!run.output) fail_run("Cannot open " + run.output_path + " for writing");
 }
 
+// What an earlier run wrote gives way once there is something to take its place.
 void print_finished_game(const PdnTable& games, uint32_t flags, int index) {
     show_progress("");
+    std::error_code not_a_file;
+    if (index == 0 && !run.output_path.empty()) std::filesystem::resize_file(run.output_path, 0, not_a_file);
     pdn_print_game(run.output, games[static_cast<size_t>(index)].get(), flags);
     if (std::fflush(run.output) != 0)
         fail_run("Cannot write the analysis" + (run.output_path.empty() ? "" : " to " + run.output_path));

@@ -14,6 +14,7 @@
 
 #include "base/checksum.h"
 #include "base/child_process.h"
+#include "base/files.h"
 #include "base/paths.h"
 #include "base/system_info.h"
 #include "cli/book_commands.h"
@@ -159,6 +160,9 @@ bool open_work(Build& build) {
         case BOOK_WORK_OTHER_TERMS:
             fail("%s was begun with other quick nodes, table or weights", path.c_str());
             return false;
+        case BOOK_WORK_TAKEN:
+            fail("another build writes %s", path.c_str());
+            return false;
         case BOOK_WORK_CANNOT_OPEN:
             fail("cannot open %s", path.c_str());
     }
@@ -182,6 +186,8 @@ void run_build(BuildCommand command) {
     command.book = absolute_path(command.book);
     if (command.work_file.empty()) command.work_file = command.book + ".work";
     command.work_file = absolute_path(command.work_file);
+    if (command.work_file == command.book || same_file(command.work_file, command.book))
+        return fail("the book cannot take the place of its work file");
     std::string& weights_file = command.worker.weights;
     weights_file = weights_file.empty() ? enter_program_folder() + WEIGHTS_FILE : weights_file;
     weights_file = absolute_path(weights_file);

@@ -1,11 +1,13 @@
 #include "cli/console.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cinttypes>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
+#include <string>
 
 #include "base/files.h"
 #include "base/program_paths.h"
@@ -21,6 +23,20 @@ std::atomic<bool> interrupted = false;
 namespace {
 
 int status_of_program = 0;
+
+// What of the text goes into one line of the terminal that progress is shown on: a line that is wrapped could
+// not be taken back.
+std::string one_line(const std::string& text) {
+    winsize size{};
+    if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return text;
+    int columns = 0;
+    size_t bytes = 0;
+    for (; bytes < text.size(); ++bytes) {
+        const bool begins_character = (text[bytes] & '\xc0') != '\x80';
+        if (begins_character && ++columns == size.ws_col) break;
+    }
+    return text.substr(0, bytes);
+}
 
 void on_interrupt(int) {
     interrupted = true;
@@ -91,7 +107,7 @@ void set_search_threads(int threads) {
 void show_progress(const std::string& text) {
     static const bool terminal = isatty(STDERR_FILENO) != 0;
     if (!terminal) return;
-    std::fprintf(stderr, "\r\033[K%s", text.c_str());
+    std::fprintf(stderr, "\r\033[K%s", one_line(text).c_str());
     std::fflush(stderr);
 }
 

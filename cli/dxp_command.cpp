@@ -1,9 +1,11 @@
 // DamExchange on the console: waiting for a program that asks for games, or having a match with one.
 #include <chrono>
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <thread>
 
+#include "base/files.h"
 #include "base/paths.h"
 #include "cli/commands.h"
 #include "cli/console.h"
@@ -42,6 +44,10 @@ using Options = std::shared_ptr<MatchOptions>;
 
 // Programs that wait do not do so without a gap, so one attempt is not enough. The last failure is told.
 bool connect_to(const std::string& host) {
+    if (host.size() >= sizeof settings.dxp_host) {
+        fail("the name of the machine is too long: %s", host.c_str());
+        return false;
+    }
     store_setting_text(settings.dxp_host, host);
     for (int attempt = 1; attempt <= CONNECT_ATTEMPTS && !interrupted; ++attempt) {
         dxp_console.boxes_told = attempt == CONNECT_ATTEMPTS;
@@ -68,22 +74,37 @@ MatchFields fields_of(const MatchOptions& options) {
     return fields;
 }
 
-// A match that cannot go on would begin anew and overwrite the games that there are.
-bool can_go_on(const MatchFields& fields) {
+// What is left of the match of the files. A match that cannot go on would begin anew and overwrite the games
+// that there are.
+enum class Rest { SOME, NONE, UNKNOWN };
+
+Rest rest_of_match(const MatchFields& fields) {
     if (fields.openings == FILE_OPENINGS) {
         store_setting_text(settings2.match_ballot_file, fields.ballot_file);
-        if (read_ballots_file() != 0) {
-            set_exit_status(EXIT_BAD_INPUT);
-            return false;
-        }
+        if (read_ballots_file() != 0) return Rest::UNKNOWN;
     }
     MatchCounters results;
     const int32_t played = read_match_stats(results);
     const int64_t all = match_total_games(fields.openings);
-    if (played < all) return true;
+    if (played == 0 && file_size(match_games_path()) > 0) {
+        fail("cannot go on: %s tells of no games, but %s has some", match_stats_path().c_str(),
+             match_games_path().c_str());
+        return Rest::UNKNOWN;
+    }
+    if (played < all) return Rest::SOME;
+    if (played == all) return Rest::NONE;
     fail("cannot go on: %d games are played by %s, and this match has %lld", played,
          match_stats_path().c_str(), static_cast<long long>(all));
-    return false;
+    return Rest::UNKNOWN;
+}
+
+// Whether there is a match to go on with; if not, that is told.
+bool can_resume(const MatchFields& fields) {
+    const Rest rest = rest_of_match(fields);
+    if (rest == Rest::NONE)
+        std::printf("all games of the match are played: %s\n", match_stats_path().c_str());
+    if (rest == Rest::UNKNOWN) set_exit_status(EXIT_BAD_INPUT);
+    return rest == Rest::SOME;
 }
 
 void run_listen(const MatchOptions& options) {
@@ -108,13 +129,16 @@ void run_match(MatchOptions options) {
     program_flags.autoconnect_enabled = true;  // an increment needs no leave here
     settings2.match_repeats = options.repeats;
     const MatchFields fields = fields_of(options);
-    if (fields.resume && !can_go_on(fields)) return;
+    if (fields.resume && !can_resume(fields)) return;
     if (!connect_to(options.host)) return;
     if (begin_match(fields) != 0) return set_exit_status(EXIT_BAD_INPUT);
     dxp_console.match = true;
     dxp_console.total_games = match_total_games();
     dxp_console.score = score_in_file(match_games_path(), dxp_state.match_games);
     run_dxp_console();
+    // The other side may go without a word behind the last game.
+    const bool all = dxp_console.match && counted_games() >= dxp_console.total_games;
+    dxp_console.over = dxp_console.over || all;
     print_dxp_summary();
     if (!dxp_console.over) fail("the match was broken off; --resume goes on with it");
 }

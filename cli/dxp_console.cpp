@@ -73,12 +73,6 @@ std::string counters_text() {
     return text;
 }
 
-// The games that the counters tell of. `match_games` counts the last only once the other side has agreed that
-// it has ended.
-int32_t counted_games() {
-    return dxp_state.match_wins + dxp_state.match_losses + dxp_state.match_draws + dxp_state.match_unknowns;
-}
-
 std::string number_text() {
     std::string text = std::to_string(dxp_state.match_games + 1);
     if (dxp_console.match) text += " of " + std::to_string(dxp_console.total_games);
@@ -113,6 +107,20 @@ void watch_connection() {
     if (state == DXP_CONNECTED) tell("connected");
 }
 
+// Told once a wait, though it is tried again and again.
+void watch_port() {
+    bool& told = dxp_console.taken_port_told;
+    const bool listening = dxp_console.seen_state == DXP_LISTENING;
+    const bool taken = listening && dxp_connection.port_taken.load(std::memory_order_relaxed);
+    if (taken && !told) tell_problem("cannot listen on port %s", dxp_connection.port_text);
+    told = listening && (told || taken);
+}
+
+// A peer that asks for a game in mid-match asks for all games from then on.
+void watch_role() {
+    if (dxp_console.seen_state == DXP_CONNECTED && dxp_state.dxp_follower) dxp_console.match = false;
+}
+
 // The other side has answered a request with a refusal: while games follow each other there is always one.
 bool match_refused() {
     return dxp_console.match && dxp_console.seen_state == DXP_CONNECTED && dxp_state.phase == DXP_NO_GAME;
@@ -145,6 +153,10 @@ void print_json() {
 
 }  // namespace
 
+int32_t counted_games() {
+    return dxp_state.match_wins + dxp_state.match_losses + dxp_state.match_draws + dxp_state.match_unknowns;
+}
+
 bool start_dxp_console(const DxpConsoleOptions& options) {
     dxp_console = DxpConsole{};
     dxp_console.options = options;
@@ -171,6 +183,8 @@ void run_dxp_console() {
         turn_console_loop();
         watch_first_game();
         watch_connection();
+        watch_port();
+        watch_role();
     }
     terminate_connection_command();
     discard_search();

@@ -24,9 +24,10 @@ struct DxpConsoleOptions {
 // What has been seen of the games.
 struct DxpConsole {
     DxpConsoleOptions options;
-    bool match = false;      // this side asks for the games
-    bool over = false;       // the match has come to its end
-    bool boxes_told = true;  // what would be a message box is printed
+    bool match = false;            // this side asks for the games
+    bool over = false;             // the match has come to its end
+    bool boxes_told = true;        // what would be a message box is printed
+    bool taken_port_told = false;  // of the wait that goes on
     int64_t total_games = 0;
     MatchScore score;
     int32_t seen_state = 0;  // of the connection
@@ -40,6 +41,10 @@ extern DxpConsole dxp_console;
 
 // Starts game control and the network play. False if it cannot run, which has been told.
 bool start_dxp_console(const DxpConsoleOptions& options);
+
+// The games that the counters tell of. `match_games` counts the last only once the other side has agreed that
+// it has ended.
+int32_t counted_games();
 
 // Runs until the interrupt key, the end of the match, or, without a server's patience, the end of the
 // connection. Afterwards there is no connection and no search.

@@ -51,12 +51,13 @@ struct ProgressWatch {
         while (!ended) {
             std::this_thread::sleep_for(std::chrono::milliseconds(200));
             const auto done = static_cast<double>(progress.done), all = static_cast<double>(progress.all);
+            const double here = done - static_cast<double>(progress.kept);  // by this run
             if (done <= 0 || all <= 0) continue;
             const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
             char percent[16];
             std::snprintf(percent, sizeof percent, "%.1f", 100 * done / all);
             show_progress(std::string(percent) + " percent, time left " +
-                          duration_text(seconds * (all - done) / done));
+                          (here > 0 ? duration_text(seconds * (all - done) / here) : "-"));
         }
     }
 };
@@ -105,6 +106,8 @@ void run_build(const BuildOptions& options) {
         case EGDB_BUILD_CANNOT_WRITE:
             return fail("cannot write %s", result.failed_file.c_str());
         case EGDB_BUILD_CANNOT_READ:
+            open_whole_database(options.build.folder, pieces,
+                                log_line);  // tells which file, and what is wrong
             return fail("cannot read the database in %s", result.failed_file.c_str());
     }
 }

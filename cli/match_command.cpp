@@ -244,11 +244,10 @@ void print_json(const Match& match) {
                                    {"depth", average(static_cast<double>(work.depth), work.moves)},
                                    {"kilonodes_per_second", kilonodes(work)}});
     }
-    std::printf("%s\n", line.dump().c_str());
+    std::printf("%s\n", line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
 }
 
 void run_match(MatchOptions options) {
-    catch_interrupt();
     for (std::string& path : options.weights) {
         path = absolute_path(path);
         if (!check_weights(path)) return;
@@ -265,16 +264,20 @@ void run_match(MatchOptions options) {
     }
     if (options.nodes.empty() && options.time.empty() && options.depth.empty()) options.nodes = "20000";
     Match match(options);
+    catch_interrupt();  // until here there is nothing to keep
     std::vector<std::jthread> jobs;
     jobs.reserve(static_cast<size_t>(options.jobs));
     for (int i = 0; i < options.jobs; ++i) jobs.emplace_back([&match] { run_job(match); });
     jobs.clear();
     show_progress("");
-    if (!match.failure.empty()) return fail("%s", match.failure.c_str());
-    if (options.json)
-        print_json(match);
-    else
-        print_text(match);
+    // What was played until then stands.
+    if (match.failure.empty() || match_games(match.results) > 0) {
+        if (options.json)
+            print_json(match);
+        else
+            print_text(match);
+    }
+    if (!match.failure.empty()) fail("%s", match.failure.c_str());
 }
 
 // Reads "2/5". An empty text if it is a share, otherwise what is wrong.

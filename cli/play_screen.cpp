@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "base/files.h"
 #include "cli/console.h"
 #include "control/game.h"
 #include "control/search_thread.h"
@@ -90,12 +89,7 @@ bool write_clipboard(const char* text) {
     return true;
 }
 
-void tell_of_file(const char* path) {
-    if (file_size(path) > 0)
-        say("written to %s", path);
-    else
-        complain("cannot write %s", path);
-}
+void tell_of_file(const char* path) { say("written to %s", path); }
 
 }  // namespace
 

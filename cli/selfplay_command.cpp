@@ -48,6 +48,7 @@ void run_selfplay(SelfplayOptions options) {
     run = SelfplayRun{options.games, -1, Clock::now(), {}};
     const int status = selfplay(options, report_games);
     show_progress("");
+    if (status == 3) fail("another run writes %s", options.out.c_str());
     if (status == 2) fail("%s holds no games of selfplay", options.out.c_str());
     if (status == 1) fail("cannot write %s", options.out.c_str());
 }

@@ -7,6 +7,7 @@
 #include <new>
 #include <vector>
 
+#include "base/files.h"
 #include "base/paths.h"
 #include "cli/commands.h"
 #include "cli/console.h"
@@ -82,7 +83,20 @@ void print_report(const TrainReport& report) {
     if (report.cut > 0) std::printf("%" PRId64 " weights were cut to 16 bits\n", report.cut);
 }
 
+// The work of hours is not to end in a file that cannot be written, or over the games.
+bool check_out(const TrainArguments& arguments) {
+    for (const std::string& file : arguments.files) {
+        if (!same_file(file, arguments.out)) continue;
+        fail("the weights cannot take the place of %s", file.c_str());
+        return false;
+    }
+    if (can_replace_file(arguments.out)) return true;
+    fail("cannot write %s", arguments.out.c_str());
+    return false;
+}
+
 void run_train(const TrainArguments& arguments) {
+    if (!check_out(arguments)) return;
     TrainingSet set;
     if (!read_files(arguments, set)) return;
     const std::unique_ptr<Weights> record(new (std::nothrow) Weights{});

@@ -45,7 +45,7 @@ void drop_search() {
     search_thread.search_finished.store(0, std::memory_order_relaxed);
     discard_search();
     reset_game_clock();
-    clear_highlights();
+    clear_marks();
 }
 
 // False if the user has to choose another time first, which he has been told.
@@ -68,13 +68,15 @@ void show_state() {
     ui.redraw_board();
 }
 
-// The board and the history become the start of the game at the index.
+// The board and the history become the start of the game at the index; a kept game stays kept.
 void enter_game() {
     Analysis& a = analysis;
     a.analysis_prev_node = nullptr;
     a.analysis_next_node = pdn_start_position(current_game(), a.analysis_state);
     set_board(a.analysis_state.position, a.analysis_state.side);
+    const int32_t kept = game.kept_last;
     restart_history(a.analysis_state.position, a.analysis_state.side);
+    game.kept_last = kept;
 }
 
 // It alone is to be analysed. Without memory there is no game.
@@ -89,12 +91,24 @@ void take_game_of_the_board() {
     }
 }
 
+std::string output_path() {
+    return program_paths.data_folder + "analysis" + program_paths.instance_suffix + ".txt";
+}
+
+void finish_output() {
+    if (analysis.write_failed)
+        show_box(TEXT_GAME_NOT_WRITTEN, DEFAULT_BOX_TITLE, ICON_ERROR);
+    else
+        ui.open_file(analysis.analysis_path.c_str());
+}
+
 void begin_analysis() {
     Analysis& a = analysis;
     if (pdn_game_count(a.analysis_games) == 0) return set_gui_mode(NORMAL_MODE);
     mode_hooks.analysis_step = analysis_step;
     a.analysis_game_index = 0;
-    a.analysis_path = program_paths.data_folder + "analysis" + program_paths.instance_suffix + ".txt";
+    a.analysis_path = output_path();
+    a.write_failed = false;
     analysis_output.begin();
     enter_game();
     show_state();
@@ -163,9 +177,10 @@ AnalysisOutput file_analysis_output() {
     AnalysisOutput output{};
     output.begin = [] { std::remove(analysis.analysis_path.c_str()); };
     output.write_game = [](const PdnTable& games, uint32_t flags, int index) {
-        pdn_write_games(analysis.analysis_path, games, flags, index);
+        if (pdn_write_games(analysis.analysis_path, games, flags, index) != 0) analysis.write_failed = true;
     };
-    output.finish = [] { ui.open_file(analysis.analysis_path.c_str()); };
+    output.finish = finish_output;
+    output.replaces = [](const std::string& path) { return same_file(path, output_path()); };
     return output;
 }
 
@@ -194,6 +209,7 @@ void analyze_game_command(bool all_scores) {
     if (!has_fixed_time()) return;
     set_gui_mode(all_scores ? ANALYZE_GAME_ALLSCORES_MODE : ANALYZE_GAME_MODE);
     take_game_of_the_board();
+    keep_game();
     begin_analysis();
 }
 
@@ -205,7 +221,7 @@ void analyze_pdn_command(bool all_scores) {
     // A game over the network may have begun while the user chose.
     if (!ui.choose_load_file(LOAD_FILE_TITLE, path) || !analyze_enabled()) return;
     free_analysis_games();
-    if (file_size(path) < 0 || !can_read_file(path))
+    if (file_size(path) < 0 || !can_read_file(path) || analysis_output.replaces(path))
         return show_box(TEXT_CANNOT_OPEN_PDN, DEFAULT_BOX_TITLE, ICON_WARNING);
     if (pdn_read_file(path, analysis.analysis_games) != 0)
         return show_box(TEXT_ERROR_PARSING_PDN, DEFAULT_BOX_TITLE, ICON_WARNING);

@@ -3,8 +3,8 @@
 // game is written when its last position has been searched.
 //
 // The searches are those of the search thread: a command starts the first, and the end of each reaches
-// `analysis_step` through the hooks of the modes, which starts the next. The board follows. Interface thread
-// only.
+// `analysis_step` through the hooks of the modes, which starts the next. The board follows, and the game that
+// was on it and is analysed is whole again when the mode is left. Interface thread only.
 #pragma once
 
 #include <cstdint>
@@ -30,16 +30,19 @@ struct Analysis {
     PdnNode* analysis_next_node = nullptr;
     ReplayState analysis_state;  // the position that is searched
     std::string analysis_path;   // of the file that the games are written to
+    bool write_failed = false;   // a game is not in it, or not as a whole
 };
 extern Analysis analysis;
 
 // Where the games go. A front end may put its own in; the default writes them to `analysis_path`, anew for
-// each command, and has the file opened for the user at the end.
+// each command, and at the end has the file opened for the user, or tells him that it could not be written.
 struct AnalysisOutput {
     void (*begin)();
     // The game at the index, with the flags of pdn_write.h.
     void (*write_game)(const PdnTable& games, uint32_t flags, int index);
     void (*finish)();  // behind the last game; not when the analysis is cancelled
+    // The file of that path would be lost to the output, and is not analysed.
+    bool (*replaces)(const std::string& path) = [](const std::string&) { return false; };
 };
 AnalysisOutput file_analysis_output();
 extern AnalysisOutput analysis_output;

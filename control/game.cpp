@@ -1,8 +1,10 @@
 #include "control/game.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <utility>
 
 #include "control/game_clock.h"
 #include "control/panes.h"
@@ -41,9 +43,11 @@ bool is_drawish(int32_t value) { return value % 2 != 0 && std::abs(value) < 8; }
 
 GameResult drawn_or_going_on() { return game.draw_counter < DRAWISH_VALUES ? GAME_GOES_ON : GAME_DRAW; }
 
-// What is set up has no history.
-void restart_from_board() {
-    restart_history(game.board, game.board_side);
+void put_back_kept_game() {
+    if (game.kept_last == 0) return;
+    game.game_history = game.kept_history;
+    game.history_last = std::exchange(game.kept_last, 0);
+    move_in_game_history(std::min(game.history_count, game.history_last));
     game_text_update();
 }
 
@@ -68,8 +72,7 @@ void set_board(const Position& position, int side) {
 
 void new_game() {
     set_board(START_POSITION, WHITE);
-    restart_history(game.board, game.board_side);
-    game_text_update();
+    restart_from_board();
     game.headers = GameHeaders{};
     std::snprintf(game.headers.date.data(), game.headers.date.size(), "%s", today_text().c_str());
 }
@@ -80,7 +83,18 @@ void restart_history(const Position& position, int side) {
     first.setup_flag = !is_initial_state(first);
     game.history_count = 1;
     game.history_last = 1;
+    game.kept_last = 0;
     game.draw_counter = 0;
+}
+
+void restart_from_board() {
+    restart_history(game.board, game.board_side);
+    game_text_update();
+}
+
+void keep_game() {
+    game.kept_history = game.game_history;
+    game.kept_last = game.history_last;
 }
 
 void addto_game_history(const Position& position, int side, int32_t setup_flag) {
@@ -116,6 +130,12 @@ void game_text_update() {
 
 void clear_highlights() { game.highlight_count = 0; }
 
+void clear_marks() {
+    if (game.highlight_count == 0) return;
+    clear_highlights();
+    ui.redraw_board();
+}
+
 void add_highlight(int square) {
     if (square < 1 || square > SQUARES || game.highlight_count >= MAX_HIGHLIGHTS) return;
     game.highlights[static_cast<size_t>(game.highlight_count++)] = square;
@@ -129,6 +149,7 @@ void set_gui_mode(int32_t mode) {
         restart_from_board();
         show_status("");
     }
+    if (is_analyze_mode(game.gui_mode) && !is_analyze_mode(mode)) put_back_kept_game();
     if (mode != NORMAL_MODE) search_thread.ponder_done = false;
     game.gui_mode = mode;
     update_menu();

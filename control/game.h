@@ -28,6 +28,10 @@ struct Game {
     int32_t history_count = 0;  // number of the entry on the board, from 1; the entry stands one before it
     int32_t history_last = 0;   // number of the last entry that can be reached by stepping forward
 
+    // The game that an analysis plays anew on the board, as it was; `kept_last` is 0 without one.
+    std::array<ReplayState, MAX_HISTORY> kept_history{};
+    int32_t kept_last = 0;
+
     std::array<int32_t, MAX_HIGHLIGHTS> highlights{};  // marked squares, 1 to 50
     int32_t highlight_count = 0;
 
@@ -50,8 +54,15 @@ void set_board(const Position& position, int side);
 // The initial position, a history of it alone, and headers that are empty but for today's date.
 void new_game();
 
-// The history becomes this position alone, and the row of drawish values begins anew.
+// The history becomes this position alone, and the row of drawish values begins anew. A kept game is
+// forgotten.
 void restart_history(const Position& position, int side);
+
+// The same with what is on the board, as one that is set up has no history. The game's text follows.
+void restart_from_board();
+
+// Keeps the whole game, to be put back when the mode that analyses it is left.
+void keep_game();
 
 // Adds an entry behind the one on the board; those that were to be reached by stepping forward are dropped.
 // Does nothing when the game has MAX_HISTORY entries: further moves are played but not recorded.
@@ -69,11 +80,14 @@ std::span<const ReplayState> whole_history();
 void game_text_update();
 
 void clear_highlights();
+// The same, and the board is redrawn if there were any.
+void clear_marks();
 // Marks one more square; a full list ignores it, and 0, which is no square.
 void add_highlight(int square);
 
 // Takes the mode with all that follows from it. Entering or leaving SETUP_MODE restarts the history from the
-// board; any mode but NORMAL_MODE gives up the result of a ponder search.
+// board; any mode but NORMAL_MODE gives up the result of a ponder search. A kept game is back when the modes
+// that analyse games are left: the entry on the board stays, and what follows it can be reached again.
 void set_gui_mode(int32_t mode);
 
 // Judges the game after a search for `side`: by its value, positive when good for black, by the number of

@@ -16,18 +16,12 @@ namespace {
 
 bool in_dxp() { return game.gui_mode == DXP_MODE; }
 
-void clear_marks() {
-    if (game.highlight_count == 0) return;
-    clear_highlights();
-    ui.redraw_board();
-}
-
 bool step_allowed() { return is_stepping_mode(game.gui_mode); }
 
 // To the entry that is asked for when the search has ended. True if there is one.
 bool step_to(int (*entry)()) {
     discard_search();
-    clear_highlights();
+    clear_marks();
     return move_in_game_history(entry()) == 0;
 }
 
@@ -38,8 +32,12 @@ void finish_step() {
     if (is_analysis_mode(game.gui_mode)) start_search();
 }
 
+// What an analysis searches is no position that the engine was asked for a move in: its result is not played.
 void stop_and_set_mode(int32_t mode) {
-    stop_search();
+    if (is_analyze_mode(game.gui_mode))
+        discard_search();
+    else
+        stop_search();
     set_gui_mode(mode);
 }
 
@@ -160,9 +158,8 @@ void forward_to_end_command() {
 void change_side_command() {
     if (in_dxp() || search_thread.searching.load(std::memory_order_acquire)) return;
     set_board(game.board, game.board_side ^ 1);
-    restart_history(game.board, game.board_side);
+    restart_from_board();
     search_thread.ponder_done = false;
-    game_text_update();
 }
 
 void setup_command() {
@@ -182,6 +179,7 @@ void clear_board_command() {
     set_gui_mode(SETUP_MODE);
     clear_highlights();
     set_board(Position{}, game.board_side);
+    restart_from_board();
     ui.redraw_board();
 }
 

@@ -37,6 +37,7 @@ enum ControlTextId {
     TEXT_DXP_PANE = 244,
     TEXT_CLOCK_PANE = 245,
     TEXT_GAMES_READ = 312,
+    TEXT_GAME_NOT_WRITTEN = 314,
 };
 
 // Room for any of them in any language.

@@ -1,9 +1,11 @@
 #include "dxp/connection.h"
 
 #include <charconv>
+#include <chrono>
 #include <cstdio>
 #include <string_view>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "base/detached_thread.h"
@@ -13,6 +15,7 @@
 namespace {
 
 constexpr size_t RECEIVE_BYTES = 299;
+constexpr auto ROOM_WAIT = std::chrono::milliseconds(1);
 
 DxpConnection& make_connection() {
     DxpConnection& connection = *new DxpConnection;
@@ -35,15 +38,24 @@ void lose_link(DxpLink& link) {
     dxp_connection.post_event(DXP_CONNECTIONLOST, link.number);
 }
 
+// Waits for room in the ring as long as the connection lasts. What is not read meanwhile TCP holds back.
+int32_t put_when_there_is_room(DxpLink& link, char byte) {
+    int32_t put = dxp_ring_put(link.ring, byte);
+    while (put == DXP_PUT_FULL && link.open.load(std::memory_order_acquire)) {
+        std::this_thread::sleep_for(ROOM_WAIT);
+        put = dxp_ring_put(link.ring, byte);
+    }
+    return put;
+}
+
 // Tells what a peer did that ends the connection. True if the byte was kept.
 bool put_byte(DxpLink& link, char byte) {
-    const int32_t put = dxp_ring_put(link.ring, byte);
+    const int32_t put = put_when_there_is_room(link, byte);
     if (put > 0) dxp_connection.post_event(put, link.number);
     if (put >= 0) return true;
-    const char* const reason = put == DXP_PUT_UNKNOWN_LETTER ? "message of an unknown type"
-                               : put == DXP_PUT_TOO_LONG     ? "message without an end"
-                                                             : "more messages than can be held";
-    log_printf("DamExchange connection closed: %s\n", reason);
+    if (put == DXP_PUT_FULL) return false;  // the connection has ended
+    log_printf("DamExchange connection closed: %s\n",
+               put == DXP_PUT_TOO_LONG ? "message without an end" : "message of an unknown type");
     return false;
 }
 
@@ -99,6 +111,7 @@ int take_peer() {
     Socket peer;
     {
         const Socket listener = socket_listen(dxp_connection.port_text);
+        dxp_connection.port_taken.store(!listener.open(), std::memory_order_relaxed);
         if (!listener.open() || !socket_wait_for_peer(listener, DXP_LISTEN_MS)) return 1;
         peer = socket_accept(listener);
     }

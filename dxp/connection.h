@@ -55,6 +55,8 @@ struct DxpConnection {
     bool connection_thread_runs = false;  // interface thread only
     // The connection thread waits for a peer, or has not yet posted what came of it.
     std::atomic<bool> waits_for_peer{false};
+    // It could not listen when it last tried, as when another program has the port. It tries again and again.
+    std::atomic<bool> port_taken{false};
     // The program ends: a server does not listen again. Set before the last `dxp_disconnect`.
     std::atomic<bool> closing{false};
 

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "base/detached_thread.h"
+#include "base/log.h"
 #include "control/game.h"
 #include "control/panes.h"
 #include "control/program_flags.h"
@@ -35,6 +36,11 @@ void check_match_stats() {
 
 void tell_listening(int32_t) { ui.append_dxp_text("Listening for Dxp connections\n", false); }
 
+void tell_port_taken(int32_t) {
+    ui.append_dxp_text(("Cannot listen on port " + std::string(dxp_connection.port_text) + "\n").c_str(),
+                       false);
+}
+
 void tell_listening_ended(int32_t) { ui.append_dxp_text("Listening terminated\n", false); }
 
 void show_menu(int32_t) { update_menu(); }
@@ -49,12 +55,20 @@ void tell_peer_has_come(int32_t number) {
     dxp_begin_receiving();
 }
 
+// A port that is taken is told once, though it is tried as long as the waiting lasts.
 void listen_for_peer() {
     ui.post(tell_listening, 0);
+    bool told = false;
     while (dxp_connection.connection_state.load(std::memory_order_acquire) == DXP_LISTENING) {
         if (dxp_connect(nullptr) == 0) return ui.post(tell_peer_has_come, dxp_connection_number());
+        if (dxp_connection.port_taken.load(std::memory_order_relaxed) && !told) {
+            told = true;
+            log_printf("cannot listen on port %s\n", dxp_connection.port_text);
+            ui.post(tell_port_taken, 0);
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(LISTEN_AGAIN_MS));
     }
+    dxp_connection.port_taken.store(false, std::memory_order_relaxed);
     ui.post(tell_listening_ended, 0);
 }
 

@@ -28,7 +28,7 @@ namespace {
 // The protocol of a long match is kept short.
 constexpr size_t PROTOCOL_LIMIT = 15000;
 constexpr size_t PROTOCOL_KEPT = 1500;
-// Two programs that answer each other's answers would never end.
+// Two programs that answer each other's claims of no game would never end.
 constexpr int32_t MAX_STRAY_ANSWERS = 10;
 
 // Type and number of the connection in one word, as events are posted.
@@ -121,6 +121,8 @@ void accept_request(const DxpMessage& message) {
     reset_game_clock();
     s.gameend_sent = false;
     copy_name(message.request.name);
+    // Behind this side's claim it stands for the acknowledgement: the game is counted and filed.
+    if (s.phase == DXP_CLAIMED) ++s.match_games;
     if (s.match_games == 0) clear_match_counters();
     // Who is asked for a game follows.
     s.dxp_follower = 1;
@@ -213,14 +215,21 @@ void go_on_with_match() {
     ui.redraw_board();
 }
 
+// An end that belongs to no game. One without a reason is an acknowledgement, as some programs answer every
+// end; and behind a request the game that it ends is over. An answer to either would reach the other side in
+// the next game and end that.
+void take_stray_end(DxpReason reason) {
+    DxpState& s = dxp_state;
+    if (reason == DXP_REASON_UNKNOWN || s.phase == DXP_REQUESTED) return;
+    if (s.answered_strays++ < MAX_STRAY_ANSWERS) dxp_send_and_log(make_game_end(DXP_REASON_UNKNOWN));
+}
+
 void take_game_end(const DxpMessage& message) {
     DxpState& s = dxp_state;
-    if (s.phase != DXP_PLAYING && s.phase != DXP_CLAIMED) {
-        if (s.answered_strays++ < MAX_STRAY_ANSWERS) dxp_send_and_log(make_game_end(DXP_REASON_UNKNOWN));
-        return;
-    }
+    const DxpReason reason = game_end_reason(message.game_end.reason);
+    if (s.phase != DXP_PLAYING && s.phase != DXP_CLAIMED) return take_stray_end(reason);
     dxp_drop_search();
-    if (!s.gameend_sent) acknowledge_end(game_end_reason(message.game_end.reason));
+    if (!s.gameend_sent) acknowledge_end(reason);
     s.phase = DXP_NO_GAME;
     ++s.match_games;
     if (!s.dxp_follower) go_on_with_match();

@@ -29,8 +29,10 @@ enum DxpPut : int32_t {
     DXP_PUT_FULL = -3,            // there is no room: unread text would be overwritten
 };
 
-// The writer puts in a byte. Returns the type of the message that it completes, or one of DxpPut. After a
-// negative answer nothing more may be put in. A NUL without a message is dropped.
+// The writer puts in a byte. Returns the type of the message that it completes, or one of DxpPut. After
+// DXP_PUT_FULL nothing has changed, and the same byte may be put in once the reader has made room: a full
+// ring always holds a whole message. After another negative answer nothing more may be put in. A NUL without
+// a message is dropped.
 int32_t dxp_ring_put(DxpRing& ring, char byte);
 
 // The reader takes the oldest complete message out, without its NUL, into DXP_TEXT_SIZE bytes with a NUL.

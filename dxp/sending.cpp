@@ -1,4 +1,5 @@
 // What this side has to say of its own accord: requests, moves, the end of a game, what the engine thinks.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -21,6 +22,11 @@ constexpr int REQUEST_PAUSE_MS = 50;
 constexpr int64_t FIRST_CHAT_MS = 300;
 constexpr const char* COMPLETED_ITERATION = "value=";
 
+// The largest numbers for which a request has room.
+constexpr double MOST_MINUTES = 999;
+constexpr int32_t MOST_MOVES = 999;
+constexpr double MOST_SECONDS = 999999;
+
 char colour_letter(int side) { return side == WHITE ? 'W' : 'Z'; }
 
 char square_letter(uint64_t mask) {
@@ -28,6 +34,18 @@ char square_letter(uint64_t mask) {
     if (game.board.black & mask) return king ? 'Z' : 'z';
     if (game.board.white & mask) return king ? 'W' : 'w';
     return 'e';
+}
+
+// The engine plays by the clock that the other side is told of.
+void take_clock_of_request() {
+    settings2.increment_mode = settings2.match_incremental;
+    if (settings2.match_incremental) {
+        settings2.initial_seconds = std::min(double{settings2.initial_seconds}, MOST_SECONDS);
+        settings2.increment_seconds = std::min(double{settings2.increment_seconds}, MOST_SECONDS);
+    } else {
+        settings.clock_minutes = std::min(double{settings.clock_minutes}, MOST_MINUTES);
+        limit_moves(dxp_state.moves_limited ? std::min(int32_t{settings.clock_moves_limit}, MOST_MOVES) : 0);
+    }
 }
 
 DxpMessage make_request() {
@@ -40,8 +58,7 @@ DxpMessage make_request() {
     request.follower_colour = colour_letter(dxp_state.engine_colour ^ 1);
     request.time = fischer ? settings2.initial_seconds : settings.clock_minutes;
     request.increment = settings2.increment_seconds;
-    if (dxp_state.moves_limited)
-        request.moves = static_cast<int16_t>(setting_number(settings.clock_moves_limit, 0, INT16_MAX));
+    if (dxp_state.moves_limited) request.moves = static_cast<int16_t>(settings.clock_moves_limit);
     request.to_move = colour_letter(game.board_side);
     for (size_t i = 0; i < SQUARES; ++i) request.squares[i] = square_letter(mask_of_square[i]);
     return message;
@@ -131,9 +148,7 @@ void dxp_send_game_request() {
     s.engine_colour = s.match_games % 2 == 0 ? WHITE : BLACK;
     s.gameend_sent = false;
     s.phase = DXP_REQUESTED;
-    // The engine plays by the clock that the other side is told of.
-    settings2.increment_mode = settings2.match_incremental;
-    if (!settings2.match_incremental) limit_moves(s.moves_limited ? settings.clock_moves_limit : 0);
+    take_clock_of_request();
     clock_state.clock_side.store(s.engine_colour, std::memory_order_relaxed);
     start_user_lap(clock_ms());
     const DxpMessage message = make_request();

@@ -39,14 +39,20 @@ Socket make_socket(const addrinfo& address) {
     return Socket(socket(address.ai_family, address.ai_socktype | SOCK_CLOEXEC, address.ai_protocol));
 }
 
-void set_option(const Socket& s, int level, int option) {
-    const int on = 1;
-    setsockopt(descriptor(s), level, option, &on, sizeof on);
+void set_option(const Socket& s, int level, int option, int value = 1) {
+    setsockopt(descriptor(s), level, option, &value, sizeof value);
 }
 
-// Messages are short and wait for no others; a machine that is gone is found out some day.
+// Messages are short and wait for no others. A machine that is gone while this side waits for it is found out
+// within a minute: behind so many seconds of silence it is asked, so often, each time so many seconds long.
 void set_up_connection(const Socket& s) {
+    constexpr int SILENCE = 30;
+    constexpr int QUESTIONS = 3;
+    constexpr int QUESTION_LASTS = 10;
     set_option(s, IPPROTO_TCP, TCP_NODELAY);
+    set_option(s, IPPROTO_TCP, TCP_KEEPIDLE, SILENCE);
+    set_option(s, IPPROTO_TCP, TCP_KEEPCNT, QUESTIONS);
+    set_option(s, IPPROTO_TCP, TCP_KEEPINTVL, QUESTION_LASTS);
     set_option(s, SOL_SOCKET, SO_KEEPALIVE);
 }
 

@@ -1,6 +1,8 @@
 #include "records/pdn_write.h"
 
+#include <algorithm>
 #include <new>
+#include <string>
 #include <string_view>
 
 #include "base/files.h"
@@ -20,6 +22,15 @@ void print_step(BoundedText& text, const ReplayState& before, const ReplayState&
     print_numbered_move(text, before, after, move_number);
 }
 
+// The value of a tag ends at the next quotation mark; within it there are apostrophes instead.
+void print_tag(BoundedText& text, const char* key, const char* value, const char* line_end) {
+    print(text, "[%s \"", key);
+    const size_t begin = text.length;
+    print(text, "%s", value);
+    std::replace(text.out + begin, text.out + text.length, '"', '\'');
+    print(text, "\"]%s", line_end);
+}
+
 // A list at whose end nodes are added.
 struct ListBuilder {
     PdnGame list;
@@ -31,8 +42,9 @@ struct ListBuilder {
 void add_header(ListBuilder& builder, std::string_view key, std::string_view value) {
     PdnToken token;
     token.key = copy_text(key.data(), key.size());
-    std::string quoted = "\"";
-    quoted.append(value).append("\"");
+    std::string quoted(value);
+    std::replace(quoted.begin(), quoted.end(), '"', '\'');
+    quoted = '"' + quoted + '"';
     token.value = copy_text(quoted.data(), quoted.size());
     builder.add(pdn_make_node(PDN_HEADER, std::move(token)));
 }
@@ -165,11 +177,11 @@ int game_to_pdn_text(char* out, size_t size, std::span<const ReplayState> histor
     if (size == 0) return 0;
     out[0] = '\0';
     BoundedText text{out, size, 0};
-    print(text, "[Event \"%s\"]%s", event, line_end);
-    print(text, "[Date \"%s\"]%s", date, line_end);
-    print(text, "[White \"%s\"]%s", white, line_end);
-    print(text, "[Black \"%s\"]%s", black, line_end);
-    print(text, "[Result \"%s\"]%s", result_text, line_end);
+    print_tag(text, "Event", event, line_end);
+    print_tag(text, "Date", date, line_end);
+    print_tag(text, "White", white, line_end);
+    print_tag(text, "Black", black, line_end);
+    print_tag(text, "Result", result_text, line_end);
     if (!history.empty() && !is_initial_state(history[0])) {
         char tag[FEN_TAG_TEXT_SIZE];
         fen_tag_text(history[0].position, history[0].side, tag, line_end);
@@ -250,12 +262,14 @@ void pdn_print_game(std::FILE* file, const PdnNode* list, uint32_t flags) {
     std::fprintf(file, "*\n\n\n");
 }
 
-void pdn_write_games(const std::string& path, const PdnTable& table, uint32_t flags, int index) {
-    const OpenFile file(std::fopen(path.c_str(), flags & PDN_NEW_FILE ? "w" : "a"));
-    if (!file) return;
+int pdn_write_games(const std::string& path, const PdnTable& table, uint32_t flags, int index) {
+    OpenFile file(std::fopen(path.c_str(), flags & PDN_NEW_FILE ? "w" : "a"));
+    if (!file) return 1;
     const int games = pdn_game_count(table);
     const bool all = (flags & PDN_ALL_GAMES) != 0;
-    if (!all && (index < 0 || index >= games)) return;
+    if (!all && (index < 0 || index >= games)) return 0;
     for (int i = all ? 0 : index; i < (all ? games : index + 1); ++i)
         pdn_print_game(file.get(), table[static_cast<size_t>(i)].get(), flags);
+    const bool written = std::ferror(file.get()) == 0;
+    return std::fclose(file.release()) == 0 && written ? 0 : 2;
 }

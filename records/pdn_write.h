@@ -2,7 +2,8 @@
 //
 // The line form has all moves of a game on one line and is what saving, the clipboard and match files use.
 // The column form prints a game list with one move a line and room for comments behind the moves; analyses
-// use it. Comments are nodes that the caller inserts with `pdn_make_comment` and `pdn_insert_after`.
+// use it. Quotation marks in headers become apostrophes, as tags cannot hold them. Comments are nodes that
+// the caller inserts with `pdn_make_comment` and `pdn_insert_after`.
 #pragma once
 
 #include <cstddef>
@@ -46,6 +47,6 @@ int pdn_print_move(std::FILE* file, const PdnNode& node);
 // Prints the column form of a list. Sides of moves are those of the nodes, as replay leaves them.
 void pdn_print_game(std::FILE* file, const PdnNode* list, uint32_t flags);
 
-// Prints the game at `index`, or with PDN_ALL_GAMES all of them, into a file. Does nothing if it cannot be
-// opened.
-void pdn_write_games(const std::string& path, const PdnTable& table, uint32_t flags, int index);
+// Prints the game at `index`, or with PDN_ALL_GAMES all of them, into a file. 0; 1 if it cannot be opened,
+// and nothing is done; 2 if not all could be written.
+int pdn_write_games(const std::string& path, const PdnTable& table, uint32_t flags, int index);

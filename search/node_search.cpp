@@ -4,6 +4,7 @@
 #include "search/node_search.h"
 
 #include <algorithm>
+#include <cstdint>
 
 #include "eval/evaluation.h"
 #include "search/database.h"
@@ -189,13 +190,11 @@ void order_moves(const Node& node, const MoveList& list, uint8_t* order) {
     int32_t scores[MAX_MOVES];
     const uint64_t before = pieces_of(node.position, node.position.side);
     const KillerMove killer = node.thread.killers[static_cast<size_t>(node.ply)];
-    for (int i = 0; i < list.count; ++i) {
-        order[i] = static_cast<uint8_t>(i);
+    for (int i = 0; i < list.count; ++i)
         scores[i] =
             i == node.hash_move
                 ? FIRST_MOVE_SCORE
                 : ordering_score(move_squares(before, pieces_of(list[i], node.position.side)), killer);
-    }
     sort_by_score(order, list.count, scores);
 }
 
@@ -224,6 +223,11 @@ bool split_moves(Node& node, const MoveList& list, const uint8_t* order, int nex
     return true;
 }
 
+// The bucket of the next move's position arrives from memory while the present move is searched.
+void prefetch_after(const Move& move, int side) {
+    tt_prefetch(position_hash(position_after(move, side), side).hash0);
+}
+
 // Searches the moves in order, the hash move excepted. False if the thread was stopped.
 bool search_moves(Node& node, const MoveList& list, const uint8_t* order) {
     for (int i = node.hash_move < 0 ? 0 : 1; i < list.count; ++i) {
@@ -233,6 +237,7 @@ bool search_moves(Node& node, const MoveList& list, const uint8_t* order) {
         Position child;
         make_child(node.position, child, list[index], node.capture_position);
         const int r = reduction(child, node.depth, i, node.pv_node, node.capture_position);
+        if (i + 1 < list.count) prefetch_after(list[order[i + 1]], child.side);
         int32_t ignored = -1;
         int32_t value = -node_search(child, node.ply + 1, node.depth - r - PLY_DEPTH, -node.beta, -node.alpha,
                                      node.pruning_allowed, ignored, node.thread);
@@ -304,11 +309,15 @@ int reduction(const Position& child, int depth, int move_number, bool pv_node, b
 }
 
 void sort_by_score(uint8_t* order, int count, const int32_t* scores) {
-    for (int i = 1; i < count; ++i) {
-        const uint8_t moved = order[i];
-        int j = i;
-        for (; j > 0 && scores[order[j - 1]] < scores[moved]; --j) order[j] = order[j - 1];
-        order[j] = moved;
+    // Each move's place is the number of those before it. That takes more comparisons than an insertion sort,
+    // but none that the processor could foresee wrongly.
+    int32_t keys[MAX_MOVES];
+    for (int i = 0; i < count; ++i)
+        keys[i] = scores[i] == FIRST_MOVE_SCORE ? INT32_MAX : scores[i] * MAX_MOVES - i;
+    for (int i = 0; i < count; ++i) {
+        int rank = 0;
+        for (int other = 0; other < count; ++other) rank += keys[other] > keys[i];
+        order[rank] = static_cast<uint8_t>(i);
     }
 }
 

@@ -26,7 +26,8 @@ int32_t capture_search(const Position& position, int ply, int32_t alpha, int32_t
 // The late move reduction of move number `move_number` in search order; `child` is the position after it.
 int reduction(const Position& child, int depth, int move_number, bool pv_node, bool capture_position);
 
-// Orders moves by falling score, keeping the order of equal ones: an insertion sort, for short lists.
+// The numbers of the moves, 0 to `count` - 1, by falling score, those of equal ones by their numbers. Besides
+// one FIRST_MOVE_SCORE scores are below 16 million in size.
 void sort_by_score(uint8_t* order, int count, const int32_t* scores);
 
 // Ordering score of a move that has no better claim: its history, and a bonus for the killer of the ply.

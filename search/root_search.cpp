@@ -10,7 +10,6 @@ void order_root_moves(const Position& root, const MoveList& list, int32_t best_i
     int32_t scores[MAX_MOVES];
     const uint64_t before = pieces_of(root, root.side);
     for (int i = 0; i < list.count; ++i) {
-        order[i] = static_cast<uint8_t>(i);
         const MoveSquares squares = move_squares(before, pieces_of(list[i], root.side));
         scores[i] =
             i == best_index ? FIRST_MOVE_SCORE : ordering_score(squares, thread_records[0].killers[0]);

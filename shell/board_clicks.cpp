@@ -85,6 +85,22 @@ bool begins_a_move(const LegalMoves& moves, int square) {
     return false;
 }
 
+bool comes_back_to(const LegalMoves& moves, int square) {
+    for (int i = 0; i < moves.list.count; ++i) {
+        uint64_t from = 0, to = 0;
+        ends_of(moves, i, from, to);
+        if (from == to && from == set_of_square(square)) return true;
+    }
+    return false;
+}
+
+// All are squares, and a move that is to end where it began is there.
+bool may_be_a_move(const LegalMoves& moves, std::span<const int32_t> squares) {
+    if (squares.empty() || !std::all_of(squares.begin(), squares.end(), is_square)) return false;
+    const bool round = squares.size() > 1 && squares.front() == squares.back();
+    return !round || comes_back_to(moves, squares.front());
+}
+
 // A square counts a second time where a capture may end on the square it began on.
 bool click_counts(const LegalMoves& moves, int square) {
     const std::span<const int32_t> squares = clicked_squares();
@@ -137,6 +153,7 @@ void cycle_square(int square, int side) {
         own &= ~mask;
         game.board.king &= ~mask;
     }
+    restart_from_board();
     ui.redraw_board();
 }
 
@@ -151,6 +168,21 @@ void board_left_click(int square) {
 
 void board_right_click(int square) {
     if (game.gui_mode == SETUP_MODE) cycle_square(square, WHITE);
+}
+
+void type_squares(std::span<const int32_t> squares) {
+    if (game.gui_mode == SETUP_MODE || !user_may_move()) return;
+    LegalMoves moves;
+    find_legal_moves(moves);
+    if (may_be_a_move(moves, squares)) {
+        std::for_each(squares.begin(), squares.end(), add_highlight);
+        if (follow_clicks(moves)) return;
+        clear_highlights();
+        std::for_each(squares.begin(), squares.end(), add_highlight);
+        if (follow_clicks(moves)) return;
+    }
+    clear_highlights();
+    ui.redraw_board();
 }
 
 bool square_can_move(int square) {
@@ -172,7 +204,6 @@ bool click_fits(int square) {
 }
 
 void drop_clicks() {
-    if (game.gui_mode == SETUP_MODE || !user_may_move() || game.highlight_count == 0) return;
-    clear_highlights();
-    ui.redraw_board();
+    if (game.gui_mode == SETUP_MODE || !user_may_move()) return;
+    clear_marks();
 }

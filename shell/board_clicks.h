@@ -2,6 +2,9 @@
 // move alone fits them. Needs no window. Interface thread only.
 #pragma once
 
+#include <cstdint>
+#include <span>
+
 // A click with the left or the right button on a square, 1 to 50, or on no dark square, 0. Plays the move
 // that the clicks single out, or changes the square in SETUP_MODE; the board is redrawn through `ui`.
 //
@@ -13,6 +16,11 @@
 // leaves no mark.
 void board_left_click(int square);
 void board_right_click(int square);
+
+// The squares of a typed move, judged as one: where with the marks, or without them, one legal move comes
+// first alone, it is played; several leave the squares as marks, and none leaves no mark. Nothing in
+// SETUP_MODE and while the user may not move.
+void type_squares(std::span<const int32_t> squares);
 
 // The square holds a piece of the user's that he could begin a move with: where a drag can start.
 bool square_can_move(int square);

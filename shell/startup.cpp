@@ -33,9 +33,14 @@ std::string make_data_folder() {
     return !folder.empty() && make_folders(folder) ? folder : "";
 }
 
+// The numbers keep the copies that share a data folder apart, so the locks lie in it: a session's own folder
+// may go while a copy still runs, and copies of several sessions have several.
 void make_paths(const std::string& program_folder) {
-    startup_state.instance = claim_instance(user_runtime_folder(), PROGRAM_NAME);
-    program_paths = make_program_paths(program_folder, make_data_folder(), startup_state.instance.number());
+    const std::string data_folder = make_data_folder();
+    startup_state.instance = claim_instance(data_folder, PROGRAM_NAME);
+    if (!startup_state.instance.held())
+        startup_state.instance = claim_instance(user_runtime_folder(), PROGRAM_NAME);
+    program_paths = make_program_paths(program_folder, data_folder, startup_state.instance.number());
     program_paths.program_file = executable_file();
     program_paths.settings_folder = program_folder_below(user_settings_folder());
     log_path = program_paths.log_path;

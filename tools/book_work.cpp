@@ -31,13 +31,14 @@ int write_line(std::FILE* file, const std::string& line) {
 
 BookWorkStatus open_book_work(const std::string& path, const std::string& terms, BookWork& work) {
     work = BookWork{};
+    work.file.reset(std::fopen(path.c_str(), "ab"));
+    if (!work.file) return BOOK_WORK_CANNOT_OPEN;
+    if (!lock_file(work.file.get())) return BOOK_WORK_TAKEN;
     std::string content;
     if (file_size(path) > 0) {
         if (read_file(path, content) != 0) return BOOK_WORK_CANNOT_OPEN;
         if (!read_work(content, terms, work)) return BOOK_WORK_OTHER_TERMS;
     }
-    work.file.reset(std::fopen(path.c_str(), "ab"));
-    if (!work.file) return BOOK_WORK_CANNOT_OPEN;
     // What follows a line that was cut short begins a line of its own.
     if (!content.empty() && content.back() != '\n' && std::fputc('\n', work.file.get()) == EOF)
         return BOOK_WORK_CANNOT_OPEN;

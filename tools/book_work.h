@@ -26,7 +26,12 @@ struct BookWork {
     std::unordered_map<BookWorkKey, BookAnalysis, BookWorkKeyHash> known;
 };
 
-enum BookWorkStatus { BOOK_WORK_OPEN = 0, BOOK_WORK_CANNOT_OPEN = 1, BOOK_WORK_OTHER_TERMS = 2 };
+enum BookWorkStatus {
+    BOOK_WORK_OPEN = 0,
+    BOOK_WORK_CANNOT_OPEN = 1,
+    BOOK_WORK_OTHER_TERMS = 2,
+    BOOK_WORK_TAKEN = 3,  // another build has it open
+};
 
 // Opens the work file, which is made if there is none, and reads what it knows. `terms` is a line that tells
 // how its positions are analysed; a file that was begun on other terms is left alone. One position may

@@ -81,7 +81,9 @@ void drop_unneeded(Build& build, const Material& m) {
 EgdbBuildStatus solve_one(Build& build, const Material& m) {
     const int64_t after = build.progress.done + solving_work(m);
     drop_unneeded(build, m);
-    if (!take_kept(build.folder, m, build.set)) {
+    if (take_kept(build.folder, m, build.set)) {
+        build.progress.kept += solving_work(m);
+    } else {
         for (const Material& next : next_materials(m))
             if (const EgdbBuildStatus status = need_values(build, next); status != EGDB_BUILT) return status;
         const SolveControl control{build.options.threads, &build.stop, &build.progress.done};

@@ -27,6 +27,7 @@ struct EgdbBuildOptions {
 // For those who watch a build from another thread.
 struct EgdbBuildProgress {
     std::atomic<int64_t> done = 0;
+    std::atomic<int64_t> kept = 0;  // of that: what an earlier run had done
     std::atomic<int64_t> all = 0;  // in the same unit, from the start of the build
 };
 

@@ -83,7 +83,9 @@ EgdbBuildStatus write_name(Build& build, const EgdbFileName& name) {
 EgdbBuildStatus solve_one(Build& build, const Material& m, bool wanted) {
     const int64_t solved = build.progress.done + solving_work(m);
     const int64_t after = solved + (wanted ? distance_work(m) : 0);
-    if (!take_kept(build.folder, m, build.set)) {
+    if (take_kept(build.folder, m, build.set)) {
+        build.progress.kept += solving_work(m);
+    } else {
         const EgdbBuildStatus status =
             solve_and_keep(build.folder, m, build.set, build.control, build.result);
         if (status != EGDB_BUILT) return status;

@@ -7,11 +7,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <memory>
 #include <random>
 #include <system_error>
 #include <vector>
 
+#include "base/files.h"
 #include "core/ballots.h"
 #include "core/movegen.h"
 #include "search/getmove.h"
@@ -131,7 +131,7 @@ int64_t prepare_file(const std::string& path, int64_t wanted) {
     if (!std::filesystem::exists(path, error)) return 0;
     const uint64_t bytes = std::filesystem::file_size(path, error), records = bytes / sizeof(GameRecord);
     if (error) return -1;
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    const OpenFile file(std::fopen(path.c_str(), "rb"));
     if (!file) return -1;
     const auto read = [&](uint64_t index, GameRecord& record) {
         return std::fseek(file.get(), static_cast<long>(index * sizeof record), SEEK_SET) == 0 &&
@@ -156,11 +156,14 @@ bool is_sound_record(const GameRecord& r) {
 }
 
 int selfplay(const SelfplayOptions& options, SelfplayProgress progress) {
+    std::error_code error;
+    if (std::filesystem::exists(options.out, error) && !std::filesystem::is_regular_file(options.out, error))
+        return 1;
+    const OpenFile file(std::fopen(options.out.c_str(), "ab"));
+    if (!file) return 1;
+    if (!lock_file(file.get())) return 3;
     int64_t game = prepare_file(options.out, options.games);
     if (game < 0) return game == -2 ? 2 : 1;
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(options.out.c_str(), "ab"),
-                                                               std::fclose);
-    if (!file) return 1;
     set_fixed_time(UNLIMITED);
     search_state.depth_limit = options.depth;
     std::vector<GameRecord> records;

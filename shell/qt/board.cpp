@@ -86,6 +86,7 @@ void Board::take_over_game() {
     const Position now = position_after(move_to(game.board), game.board_side);
     if (!shown.known || !same_pieces(shown.position, now)) {
         typed.clear();  // what was typed was for another position
+        show_typed();
         begin_slide(now, game.board_side);
     }
     shown = {now, game.board_side, true};

@@ -6,10 +6,10 @@
 // and the square it ends on, or, where no move leads there, takes the click back.
 //
 // Keys: digits name squares, with a blank, "-" or "x" between them ("32-28"); they are shown in the status
-// line, Enter clicks them in turn until a move is made, Backspace takes back the last character. The up and
-// down keys, and Ctrl with any of the four arrows, move a cursor over the dark squares; Space clicks its
-// square. In SETUP_MODE Shift with Enter or Space is the right button. Escape forgets what was typed and the
-// marks.
+// line, Enter plays the move that they are, or marks them where several begin so, Backspace takes back the
+// last character. The up and down keys, and Ctrl with any of the four arrows, move a cursor over the dark
+// squares; Space clicks its square. In SETUP_MODE Shift with Enter or Space is the right button. Escape
+// forgets what was typed and the marks.
 //
 // A move slides and what it takes fades, without delaying the game: a change of the position shows the one
 // before as it ended.
@@ -43,6 +43,10 @@ class Board : public QWidget {
     int square_size() const;
 
     QSize sizeHint() const override;
+
+  Q_SIGNALS:
+    // The squares that are typed, to be shown; empty when they are played or forgotten.
+    void typing_changed(const QString& text);
 
   protected:
     void paintEvent(QPaintEvent* event) override;

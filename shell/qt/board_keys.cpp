@@ -1,11 +1,12 @@
 // The keys of the board: squares that are typed, and a cursor.
 #include <QKeyEvent>
+#include <algorithm>
 #include <charconv>
 #include <system_error>
+#include <vector>
 
 #include "control/game.h"
 #include "control/game_flow.h"
-#include "control/panes.h"
 #include "control/settings.h"
 #include "shell/board_clicks.h"
 #include "shell/board_geometry.h"
@@ -25,15 +26,18 @@ void click(int square, bool right) {
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
-// The next number of the text from `at` on, which goes behind it; 0 when there is none. A number that is no
-// square is 0 too.
-int next_square(const std::string& text, size_t& at) {
-    while (at < text.size() && !is_digit(text[at])) ++at;
-    int square = 0;
-    const char* const begin = text.data() + at;
-    const auto [end, error] = std::from_chars(begin, text.data() + text.size(), square);
-    at += static_cast<size_t>(end - begin);
-    return error == std::errc() && square >= 1 && square <= SQUARES ? square : 0;
+// The numbers of the text; what is no square is 0.
+std::vector<int32_t> squares_of(const std::string& text) {
+    std::vector<int32_t> squares;
+    const char* const end = text.data() + text.size();
+    for (const char* at = text.data();;) {
+        at = std::find_if(at, end, is_digit);
+        if (at == end) return squares;
+        int32_t square = 0;
+        const auto [behind, error] = std::from_chars(at, end, square);
+        at = behind;
+        squares.push_back(error == std::errc() && square <= SQUARES ? square : 0);
+    }
 }
 
 }  // namespace
@@ -78,24 +82,14 @@ bool Board::type_character(QChar character) {
     return true;
 }
 
-void Board::show_typed() { show_status(typed.c_str()); }
+void Board::show_typed() { Q_EMIT typing_changed(QString::fromStdString(typed)); }
 
 void Board::click_typed(bool right) {
-    const std::string text = typed;
+    const std::vector<int32_t> squares = squares_of(typed);
     typed.clear();
     show_typed();
-    const bool sets_up = game.gui_mode == SETUP_MODE;
-    const Position before = game.board;
-    bool first = true;
-    for (size_t at = 0; at < text.size();) {
-        const int square = next_square(text, at);
-        if (!square) continue;
-        // What was typed is one move; a square that does not belong to it must not begin another.
-        if (!sets_up && !first && !click_fits(square)) return drop_clicks();
-        click(square, right);
-        if (!sets_up && !same_pieces(before, game.board)) return;
-        first = false;
-    }
+    if (game.gui_mode != SETUP_MODE) return type_squares(squares);
+    for (const int32_t square : squares) click(square, right);
 }
 
 bool Board::move_cursor(int key, bool with_control) {
@@ -123,10 +117,8 @@ bool Board::move_cursor(int key, bool with_control) {
 void Board::click_cursor(bool right) { click(scene.cursor, right); }
 
 void Board::forget_keys() {
-    if (!typed.empty()) {
-        typed.clear();
-        show_typed();
-    }
+    typed.clear();
+    show_typed();
     scene.cursor = 0;
     update();
 }

@@ -86,6 +86,7 @@ MainWindow::MainWindow()
     mdi_area->setFrameShape(QFrame::NoFrame);
     setCentralWidget(mdi_area);
     mdi_area->addSubWindow(board_child);
+    connect(&board_child->board(), &Board::typing_changed, line, &StatusLine::set_typing);
     for (size_t i = 0; i < CHILD_WINDOWS; ++i) {
         panes[i] = new PaneWindow(static_cast<ChildWindow>(i));
         panes[i]->setStyle(&child_style);

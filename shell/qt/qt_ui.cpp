@@ -3,12 +3,21 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QClipboard>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFontMetrics>
 #include <QGridLayout>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QScreen>
+#include <QVBoxLayout>
+#include <algorithm>
 
 #include "base/paths.h"
 #include "base/utf8.h"
+#include "shell/qt/dialog_fields.h"
 #include "shell/qt/dialogs.h"
 #include "shell/qt/file_choice.h"
 #include "shell/qt/interface_thread.h"
@@ -99,7 +108,38 @@ int show_box(QMessageBox& box, const char* text, const char* title, QMessageBox:
     return box.exec();
 }
 
+// A box is as high as its text wants it, and may then have its button beyond the screen. This text wants more
+// than half of the screen, at a width that boxes for long texts have at least.
+bool is_too_long_for_box(const QString& text) {
+    constexpr int NARROW_BOX = 300;
+    const QWidget* const parent = box_parent();
+    const QScreen* const screen = parent ? parent->screen() : QGuiApplication::primaryScreen();
+    const QRect wrapped = QFontMetrics(QApplication::font("QMessageBox"))
+                              .boundingRect(QRect(0, 0, NARROW_BOX, 0), Qt::TextWordWrap, text);
+    return wrapped.height() > screen->availableGeometry().height() / 2;
+}
+
+// A text that has to be scrolled.
+void show_long_text(const QString& text, const QString& title) {
+    QDialog dialog(box_parent());
+    dialog.setWindowTitle(title);
+    auto* const column = new QVBoxLayout(&dialog);
+    auto* const field = new QPlainTextEdit(text);
+    field->setReadOnly(true);
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    column->addWidget(field);
+    column->addWidget(buttons);
+    name_buttons(dialog);
+    const QSize room = dialog.screen()->availableSize();
+    dialog.resize(std::min(500, room.width() / 2), room.height() / 2);
+    buttons->button(QDialogButtonBox::Ok)->setFocus();
+    dialog.exec();
+}
+
 void message_box(const char* text, const char* title, MessageIcon icon) {
+    const QString shown = text_in_language(text);
+    if (is_too_long_for_box(shown)) return show_long_text(shown, text_in_language(title));
     QMessageBox box(box_parent());
     box.setIcon(box_icon(icon));
     box.setTextInteractionFlags(Qt::TextSelectableByMouse);

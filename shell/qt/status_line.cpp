@@ -13,8 +13,14 @@ StatusLine::StatusLine(QWidget* parent) : QWidget(parent) {
 }
 
 void StatusLine::set_text(const QString& text) {
-    if (text == shown) return;
-    shown = text;
+    if (text == told) return;
+    told = text;
+    update();
+}
+
+void StatusLine::set_typing(const QString& text) {
+    if (text == typed) return;
+    typed = text;
     update();
 }
 
@@ -25,6 +31,7 @@ QSize StatusLine::minimumSizeHint() const { return sizeHint(); }
 void StatusLine::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     const QRect place = rect().adjusted(SIDE_MARGIN, 0, -SIDE_MARGIN, 0);
+    const QString& shown = typed.isEmpty() ? told : typed;
     const QString line = shown.simplified();
     painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
                      fontMetrics().elidedText(line, Qt::ElideRight, place.width()));

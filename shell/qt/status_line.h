@@ -12,7 +12,10 @@ class StatusLine : public QWidget {
     explicit StatusLine(QWidget* parent = nullptr);
 
     void set_text(const QString& text);
-    const QString& text() const { return shown; }
+    const QString& text() const { return told; }
+    // What is being typed stands in front of the text, until it is empty.
+    void set_typing(const QString& text);
+    const QString& typing() const { return typed; }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -21,5 +24,6 @@ class StatusLine : public QWidget {
     void paintEvent(QPaintEvent* event) override;
 
   private:
-    QString shown;
+    QString told;
+    QString typed;
 };

@@ -191,6 +191,70 @@ TEST(Files, ReplaceIsWholeOrNothing) {
 }
 
 // The disk is full: the old file stands, and no part of the new one is left.
+TEST(Files, ALinkStaysAndItsFileIsReplaced) {
+    const ScratchFolder folder;
+    fs::create_directory(folder.file("far"));
+    write_content(folder.file("far/kept"), "old");
+    fs::create_symlink("far/kept", folder.file("link"));
+    ASSERT_TRUE(replace_with(folder.file("link"), "new"));
+    EXPECT_TRUE(fs::is_symlink(folder.file("link")));
+    EXPECT_EQ(content_of(folder.file("far/kept")), "new");
+    EXPECT_EQ(entries_of(folder.file("far")), 1u);
+    // One that leads nowhere is a name like any other.
+    fs::create_symlink("nowhere", folder.file("loose"));
+    EXPECT_TRUE(replace_with(folder.file("loose"), "new"));
+    EXPECT_EQ(content_of(folder.file("loose")), "new");
+}
+
+TEST(Files, RightsStay) {
+    const ScratchFolder folder;
+    const std::string path = folder.file("a");
+    for (const mode_t rights : {0600, 0640, 0755}) {
+        write_content(path, "old");
+        ASSERT_EQ(chmod(path.c_str(), rights), 0);
+        ASSERT_TRUE(replace_with(path, "new"));
+        struct stat status;
+        ASSERT_EQ(stat(path.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, rights);
+    }
+}
+
+TEST(Files, OnlyFilesAreReplaced) {
+    const ScratchFolder folder;
+    const std::string pipe = folder.file("pipe"), below = folder.file("folder");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    fs::create_directory(below);
+    for (const std::string& path : {pipe, below, std::string("/dev/full")}) {
+        EXPECT_FALSE(can_replace_file(path)) << path;
+        EXPECT_FALSE(replace_with(path, "new")) << path;
+    }
+    EXPECT_TRUE(fs::is_fifo(pipe));
+    EXPECT_TRUE(fs::is_character_file("/dev/full"));
+    EXPECT_EQ(entries_of(folder.path), 2u);
+}
+
+TEST(Files, WhatCanBeReplaced) {
+    const ScratchFolder folder;
+    write_content(folder.file("a"), "old");
+    EXPECT_TRUE(can_replace_file(folder.file("a")));
+    EXPECT_EQ(content_of(folder.file("a")), "old");
+    EXPECT_TRUE(can_replace_file(folder.file("b")));
+    EXPECT_FALSE(can_replace_file(folder.file("no/such/folder")));
+    EXPECT_EQ(entries_of(folder.path), 1u);
+}
+
+TEST(Files, ALockIsOneOpenings) {
+    const ScratchFolder folder;
+    const std::string path = folder.file("a");
+    OpenFile first(std::fopen(path.c_str(), "ab"));
+    ASSERT_TRUE(first);
+    EXPECT_TRUE(lock_file(first.get()));
+    const OpenFile second(std::fopen(path.c_str(), "ab"));
+    EXPECT_FALSE(lock_file(second.get()));
+    first.reset();
+    EXPECT_TRUE(lock_file(second.get()));
+}
+
 TEST(Files, AFullDiskKeepsTheOldFile) {
     const ScratchFolder folder;
     const std::string path = folder.file("a");

@@ -5,6 +5,7 @@
 
 #include "records/pdn_game.h"
 #include "tests/cli/program.h"
+#include "tests/cli/terminal.h"
 
 namespace {
 
@@ -110,6 +111,26 @@ TEST(CliAnalyze, AnInterruptEndsItWithWhatIsDone) {
     const std::string text = read_text(folder.path / "out.txt");
     EXPECT_TRUE(text.starts_with("[FEN \"W:W32:B27\"]\n1. 32x21 {")) << text;
     EXPECT_EQ(text.find("long"), std::string::npos) << "the game in progress is not written";
+}
+
+// The analysis of before gives way to the first game of the new one, not to its beginning.
+TEST(CliAnalyze, AnEarlierAnalysisStandsUntilThereIsANewOne) {
+    const TemporaryFolder folder;
+    folder.write("games.pdn", "[Event \"long\"] 32-28 *");
+    folder.write("out.txt",
+                 "an earlier analysis of more bytes than the new one will have, all of them kept\n");
+    const std::string earlier = read_text(folder.path / "out.txt");
+    {
+        Terminal terminal;
+        RunningProgram program("analyze games.pdn --time 1000 --output out.txt 2>" + terminal.path,
+                               folder.path);
+        ASSERT_TRUE(terminal.wait_for("position 1 of 2"));
+        program.interrupt();
+        EXPECT_EQ(program.finish().status, 1);
+    }
+    EXPECT_EQ(read_text(folder.path / "out.txt"), earlier);
+    EXPECT_EQ(run_program("analyze games.pdn --time 0.01 --output out.txt", "", folder.path).status, 0);
+    EXPECT_TRUE(read_text(folder.path / "out.txt").starts_with("[Event \"long\"]\n1. 32-28 "));
 }
 
 TEST(CliAnalyze, LeavesTheAnalysisOfTheProgramAlone) {

@@ -76,6 +76,29 @@ TEST_F(CliBook, WorkOnOtherTermsIsLeftAlone) {
     EXPECT_EQ(content("a.odb.work"), work);
 }
 
+TEST_F(CliBook, TheWorkIsNotTheBook) {
+    ASSERT_EQ(build("a.odb", 2).status, 0);
+    const std::string work = content("a.odb.work");
+    for (const char* names : {"new --work new", "a.odb.work --work ./a.odb.work"}) {
+        const ProgramResult result = run("build " + std::string(names) + " --hash 1 --positions 2");
+        EXPECT_EQ(result.status, 1) << names;
+        EXPECT_EQ(result.errors, "tessarin-cli: the book cannot take the place of its work file\n");
+    }
+    EXPECT_EQ(content("a.odb.work"), work);
+    EXPECT_FALSE(std::filesystem::exists(folder.path / "new"));
+}
+
+TEST_F(CliBook, AWorkFileHasOneBuild) {
+    RunningProgram program("book build a.odb --hash 1 --positions 1000000 --nodes 100000 --work work.txt",
+                           folder.path);
+    ASSERT_TRUE(wait_for_text(folder.path / "work.txt", "opening book work"));
+    const ProgramResult second = build("b.odb", 2, "--work work.txt");
+    EXPECT_EQ(second.status, 1);
+    EXPECT_NE(second.errors.find("another build writes "), std::string::npos) << second.errors;
+    program.interrupt();
+    program.finish();
+}
+
 TEST_F(CliBook, TellsWhatStandsInABook) {
     ASSERT_EQ(build("a.odb", 90).status, 0);
     const ProgramResult probe = run(std::string("probe --book a.odb ") + START);

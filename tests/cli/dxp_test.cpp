@@ -159,24 +159,46 @@ TEST_F(CliDxp, AKilledMatchIsResumed) {
     EXPECT_EQ(theirs.status, 0) << theirs.errors;
 }
 
-// Behind a whole match, and with other options than those of the match, there is nothing to go on with, and
-// nothing of it is lost.
+// Where there is nothing to go on with, nothing of what was played is lost.
 TEST_F(CliDxp, AMatchThatCannotGoOnIsKept) {
     std::filesystem::create_directories(data("initiator"));
-    for (const int draws : {4, 149}) {
-        const std::string stats =
-            "99 games: 3 wins, 0 losses, " + std::to_string(draws) + " draws, 1 unknowns\n";
-        const std::string games = "what was played";
-        write_content(data("initiator") / "dxpstats.txt", stats);
-        write_content(data("initiator") / "dxpgames.pdn", games);
+    struct Row {
+        const char* stats;
+        int status;
+        const char* told;
+    };
+    const Row rows[] = {
+        {"A vs B:  3 wins, 0 losses, 4 draws, 1 unknowns\n", 0, "all games of the match are played: "},
+        {"A vs B:  3 wins, 0 losses, 149 draws, 1 unknowns\n", 1, "cannot go on: 153 games are played by "},
+        {"A vs B:  3 wins, 0 lo", 1, "tells of no games, but "}};
+    for (const Row& row : rows) {
+        write_content(data("initiator") / "dxpstats.txt", row.stats);
+        write_content(data("initiator") / "dxpgames.pdn", "what was played");
         const ProgramResult result = start("initiator", match_arguments() + " --resume")->finish();
-        EXPECT_EQ(result.status, 1);
-        const std::string played = "cannot go on: " + std::to_string(draws + 4) + " games are played by ";
-        EXPECT_NE(result.errors.find(played), std::string::npos) << result.errors;
-        EXPECT_NE(result.errors.find("this match has 8"), std::string::npos) << result.errors;
-        EXPECT_EQ(read_text(data("initiator") / "dxpstats.txt"), stats);
-        EXPECT_EQ(read_text(data("initiator") / "dxpgames.pdn"), games);
+        EXPECT_EQ(result.status, row.status) << row.stats;
+        const std::string& told = row.status ? result.errors : result.output;
+        EXPECT_NE(told.find(row.told), std::string::npos) << told;
+        EXPECT_EQ(count_lines(told), 1) << told;
+        EXPECT_EQ(read_text(data("initiator") / "dxpstats.txt"), row.stats);
+        EXPECT_EQ(read_text(data("initiator") / "dxpgames.pdn"), "what was played");
     }
+}
+
+// The other side may go without a word behind the last game, which this side has claimed.
+TEST_F(CliDxp, AMatchIsWholeWithItsLastGame) {
+    std::filesystem::create_directories(data("initiator"));
+    write_content(data("initiator") / "dxpstats.txt", "A vs B:  3 wins, 0 losses, 3 draws, 1 unknowns\n");
+    Peer peer;
+    ASSERT_EQ(peer_listen(peer, port), port);
+    // Two positions in which the first move takes the last piece.
+    folder.write("starts.pdn", "[FEN \"B:W22:B18\"] *\n[FEN \"B:W22:B18\"] *\n");
+    const auto program = start("initiator", match_arguments() + " --resume");
+    EXPECT_EQ(run_script(peer, {accepts(), hears("?01Tessarin*"), sends(game_acceptance_text("Peer", '0')),
+                                hears("E*"), closes()}),
+              "");
+    const ProgramResult result = program->finish();
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(nlohmann::json::parse(last_line(result.output))["whole"], true) << result.output;
 }
 
 TEST_F(CliDxp, TheInterruptKeyEndsAMatchWithAllWritten) {
@@ -317,6 +339,9 @@ TEST_F(CliDxp, TellsWhatGoesWrong) {
     EXPECT_EQ(count_lines(result.errors), 1) << "told once, though it is tried again: " << result.errors;
     result = start("one", "connect 'no such host'")->finish();
     EXPECT_EQ(result.status, 1);
+    result = start("one", "match " + std::string(52, 'h'))->finish();
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.errors.find("the name of the machine is too long"), std::string::npos) << result.errors;
 
     Peer peer;
     ASSERT_EQ(peer_listen(peer, port), port);
@@ -339,6 +364,38 @@ TEST_F(CliDxp, ARefusedGameEndsTheMatch) {
     const ProgramResult result = program->finish();
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.errors.find("Proud does not accept the game"), std::string::npos) << result.errors;
+}
+
+// From then on it follows, as long as the connection lasts; its own match is not whole.
+TEST_F(CliDxp, APeerThatAsksInMidMatchIsFollowed) {
+    Peer peer;
+    ASSERT_EQ(peer_listen(peer, port), port);
+    const auto program = start("one", "match 127.0.0.1");
+    const PeerScript game = {sends(game_request_text("Peer", 'Z', "0.1", "050")), hears("ATessarin*"),
+                             sends("E20"), hears("E00"), hears_nothing(200)};
+    ASSERT_EQ(run_script(peer, {accepts(), hears("R01Tessarin*"), sends(game_acceptance_text("Peer"))}), "");
+    ASSERT_EQ(run_script(peer, {waits_to_hear("M*")}), "");
+    for (int i = 0; i < 2; ++i) ASSERT_EQ(run_script(peer, game), "");
+    peer_close(peer);
+    const ProgramResult result = program->finish();
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors.find("does not accept"), std::string::npos) << result.errors;
+    EXPECT_NE(result.errors.find("the match was broken off"), std::string::npos) << result.errors;
+    EXPECT_NE(result.output.find("game 2: Peer - Tessarin"), std::string::npos) << result.output;
+}
+
+TEST_F(CliDxp, APortThatIsTakenIsToldOnce) {
+    Peer other;
+    ASSERT_EQ(peer_listen(other, port), port);
+    const auto program = start("one", "listen --verbose");
+    ASSERT_TRUE(program->read_until("Cannot listen on port " + std::to_string(port)));
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));  // beyond the second try
+    other.listener.close();
+    Peer peer;
+    ASSERT_EQ(run_script(peer, {connects_to(port), closes()}), "");
+    const ProgramResult result = program->finish();
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "tessarin-cli: cannot listen on port " + std::to_string(port) + "\n");
 }
 
 // Before it asks for another game it leaves the other side time for what the last one takes.

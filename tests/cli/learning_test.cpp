@@ -5,6 +5,7 @@
 #include <memory>
 #include <regex>
 #include <sstream>
+#include <thread>
 #include <vector>
 
 #include "eval/weights.h"
@@ -103,6 +104,29 @@ TEST_F(CliSelfplay, TellsHowFarItIs) {
     const std::string positions = std::to_string(records_in(content("games")).size());
     EXPECT_NE(shown.find("game 3 of 3, " + positions + " positions, "), std::string::npos) << shown;
     EXPECT_TRUE(shown.ends_with("time left 0:00\r\x1b[K")) << "and nothing is left of it: " << shown;
+}
+
+TEST_F(CliSelfplay, ProgressKeepsToOneLine) {
+    Terminal terminal;
+    terminal.set_width(20);
+    EXPECT_EQ(selfplay("games", 3, "--depth 1 2>" + terminal.path).status, 0);
+    const std::string shown = terminal.read_printed();
+    EXPECT_TRUE(std::regex_search(shown, std::regex("\r\x1b\\[Kgame 1 of 3, \\d+ pos?i?\r"))) << shown;
+    for (size_t at = 0, end; (end = shown.find('\r', at)) != std::string::npos; at = end + 1)
+        EXPECT_LE(end - at, 19 + std::strlen("\x1b[K")) << shown;
+}
+
+// A second run would mix its games with those of the first.
+TEST_F(CliSelfplay, AFileHasOneRun) {
+    RunningProgram program("selfplay --out games --games 1000000 --depth 3", folder.path);
+    while (!exists("games") || content("games").empty()) std::this_thread::yield();
+    expect_error("selfplay --out games --games 1000000 --depth 3", "another run writes ");
+    program.interrupt();
+    EXPECT_EQ(program.finish().status, 0);
+    const std::string first = content("games");
+    const int games = static_cast<int>(records_in(first).back().game) + 1;
+    ASSERT_EQ(selfplay("alone", games, "--depth 3").status, 0);
+    EXPECT_EQ(first, content("alone"));
 }
 
 TEST_F(CliSelfplay, TellsWhatIsWrong) {
@@ -235,7 +259,11 @@ TEST_F(CliTrain, TellsWhatIsWrong) {
     expect_error("train a missing --out w.bin", "cannot read missing");
     expect_error("train . --out w.bin", "cannot read .");
     EXPECT_FALSE(exists("w.bin"));
-    expect_error("train a --out nowhere/w.bin --epochs 1 --held-out 2", "cannot write nowhere/w.bin");
+    // Before any work is done.
+    expect_error("train missing --out nowhere/w.bin", "cannot write nowhere/w.bin");
+    const std::string games = content("a");
+    expect_error("train a --out ./a", "the weights cannot take the place of a");
+    EXPECT_EQ(content("a"), games);
     for (const char* arguments :
          {"", "a", "--out w.bin", "a --out w.bin --epochs 0", "a --out w.bin --rate 0",
           "a --out w.bin --decay -1", "a --out w.bin --result-share 1.1", "a --out w.bin --man 0",

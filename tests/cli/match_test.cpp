@@ -8,6 +8,7 @@
 #include "core/board.h"
 #include "records/fen.h"
 #include "tests/cli/program.h"
+#include "tests/cli/terminal.h"
 #include "tools/book_file.h"
 
 namespace {
@@ -224,6 +225,21 @@ TEST_F(CliMatch, APlayerThatDiesEndsTheMatch) {
         result.errors, std::regex("tessarin-cli: player B \\(/.*/b\\.bin\\) ended with status 137\n")))
         << result.errors;
     EXPECT_TRUE(result.output.empty());
+}
+
+// What was played before it stands.
+TEST_F(CliMatch, APlayerThatDiesLeavesTheResults) {
+    Terminal terminal;
+    RunningProgram program("match a.bin b.bin --depth 1 --hash 1 --games 1000000 2>" + terminal.path,
+                           folder->path);
+    ASSERT_TRUE(terminal.wait_for("games "));
+    const std::string children = "/proc/" + std::to_string(program.child.pid) + "/task/*/children";
+    EXPECT_EQ(run_program("-c 'set -- $(cat " + children + "); kill -9 $1'", "", folder->path, "sh").status,
+              0);
+    const ProgramResult result = program.finish();
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output.substr(0, 6), "games ");
+    EXPECT_NE(terminal.read_printed().find("ended with status 137"), std::string::npos);
 }
 
 TEST_F(CliMatch, AnInterruptedMatchTellsWhatItHas) {

@@ -313,7 +313,8 @@ TEST_F(CliPlay, WhatIsNotThereOrCannotBeWritten) {
                            " play --quiet --book off --hash 4 --time 0.02 ) 2>&1 | cat\n");
     const ProgramResult full =
         run_program("script", "mode twoplayers\n32-28\nanalyze\nwait\n", folder.path, "/bin/bash");
-    EXPECT_EQ(lines_with(full.output, "tessarin-cli: cannot write ").size(), 1u) << full.output;
+    EXPECT_EQ(lines_with(full.output, "tessarin-cli: The game could not be written to the file.").size(), 1u)
+        << full.output;
     EXPECT_EQ(lines_with(full.output, "written to ").size(), 0u) << full.output;
 }
 

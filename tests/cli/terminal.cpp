@@ -1,6 +1,7 @@
 #include "tests/cli/terminal.h"
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -20,6 +21,13 @@ Terminal::Terminal() : screen(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NON
 Terminal::~Terminal() {
     close(program);
     close(screen);
+}
+
+void Terminal::set_width(int columns) const {
+    winsize size{};
+    size.ws_col = static_cast<unsigned short>(columns);
+    size.ws_row = 24;
+    ioctl(screen, TIOCSWINSZ, &size);
 }
 
 void Terminal::type(const std::string& line) const {

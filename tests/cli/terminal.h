@@ -13,6 +13,9 @@ struct Terminal {
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
 
+    // It is so many columns wide; before that its width is not known.
+    void set_width(int columns) const;
+
     // Types a line.
     void type(const std::string& line) const;
 

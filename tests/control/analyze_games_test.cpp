@@ -226,14 +226,40 @@ TEST_F(AnalyzeGames, ANewCommandDropsTheOldOutput) {
     EXPECT_EQ(file_size(folder + "analysis.txt"), -1);
 }
 
-TEST_F(AnalyzeGames, AnOutputThatCannotBeWrittenEndsNothing) {
+TEST_F(AnalyzeGames, AnOutputThatCannotBeWrittenEndsNothingAndIsTold) {
     program_paths.data_folder = folder + "no/such/folder/";
     analyze_pdn("32-28 * 31-27 *");
     run();
     EXPECT_EQ(searched_positions, 4);
-    EXPECT_EQ(count_events("box"), 0);
+    EXPECT_EQ(events_of("box"), Events{"box Error: The game could not be written to the file."});
+    EXPECT_TRUE(answers.opened.empty());
     EXPECT_EQ(game.gui_mode, NORMAL_MODE);
     EXPECT_EQ(file_size(folder + "no/such/folder/analysis.txt"), -1);
+    clear_events();
+    program_paths.data_folder = folder;
+    analyze_pdn("32-28 *");
+    run();
+    EXPECT_EQ(count_events("box"), 0) << "the next one can be written";
+    EXPECT_EQ(answers.opened.size(), 1u);
+}
+
+TEST_F(AnalyzeGames, TheOutputIsNotAnalysedItself) {
+    write_file("analysis.txt", "32-28 *");
+    std::filesystem::create_symlink(folder + "analysis.txt", folder + "link.pdn");
+    for (const char* const name : {"analysis.txt", "link.pdn"}) {
+        clear_events();
+        answers.load_path = folder + name;
+        analyze_pdn_command(false);
+        EXPECT_EQ(events_of("box"), Events{"box Error: Cannot open PDN file."}) << name;
+        EXPECT_EQ(game.gui_mode, NORMAL_MODE) << name;
+        EXPECT_EQ(output(), "32-28 *") << "it would be lost before it is written anew";
+    }
+    // Where the games go elsewhere it may be.
+    analysis_output = {[] {}, [](const PdnTable&, uint32_t, int) {}, [] {}};
+    analyze_pdn_command(false);
+    EXPECT_EQ(game.gui_mode, ANALYZE_PDN_MODE);
+    run();
+    EXPECT_EQ(output(), "32-28 *");
 }
 
 TEST_F(AnalyzeGames, WithoutMovesNothingIsAnalysed) {
@@ -280,6 +306,13 @@ TEST_F(AnalyzeGames, TheClockIsResetAndTheMarksGo) {
         EXPECT_EQ(game.highlight_count, 0);
         cancel_analyze_command();
     }
+}
+
+TEST_F(AnalyzeGames, MarksGoFromTheBoardThoughNothingIsAnalysed) {
+    add_highlight(32);
+    analyze_game_command(false);
+    EXPECT_EQ(count_events("box"), 1);
+    EXPECT_EQ(events_of("board"), Events{"board " + fen_now() + " []"});
 }
 
 TEST_F(AnalyzeGames, ATimeThatIsNotFixedIsRefused) {
@@ -373,6 +406,43 @@ TEST_F(AnalyzeGames, CancelInTheMiddle) {
     EXPECT_TRUE(answers.opened.empty());
 }
 
+// The game with the moves that were not searched yet, at the entry that the analysis had come to.
+TEST_F(AnalyzeGames, TheGameIsWholeAgainWhenTheAnalysisIsLeft) {
+    const std::vector<ReplayState> entries = entries_of("32-28 19-23 28x19 14x23");
+    for (void (*const command)() : {cancel_analyze_command, normal_command, two_players_command}) {
+        set_gui_mode(NORMAL_MODE);
+        load("32-28 19-23 28x19 14x23 *");
+        analyze_game_command(false);
+        finish_search();
+        finish_search();
+        ASSERT_TRUE(wait_for_search());
+        ASSERT_EQ(game.history_last, 3);
+        command();
+        EXPECT_EQ(drawn_game_text, "1. 32-28  19-23  \n2. 28x19  14x23\n");
+        for (int i = 0; i < 10; ++i) timer_tick();
+        EXPECT_EQ(game.history_count, 3) << "and no search of the analysis is played";
+        EXPECT_TRUE(same_pieces(game.board, entries[2].position));
+        forward_to_end_command();
+        expect_game(entries);
+    }
+}
+
+TEST_F(AnalyzeGames, WhatStandsBehindABreakIsKept) {
+    load("32-28 19-23 1-1");
+    ASSERT_EQ(game.history_last, 4) << "the last one twice";
+    set_gui_mode(TWO_PLAYERS_MODE);
+    play("28x19");
+    play("14x23");
+    set_gui_mode(NORMAL_MODE);
+    const std::vector<ReplayState> entries(whole_history().begin(), whole_history().end());
+    analyze_game_command(false);
+    run();
+    EXPECT_EQ(game.history_count, 3) << "the last position of the analysis";
+    EXPECT_TRUE(same_pieces(game.board, entries[2].position));
+    forward_to_end_command();
+    expect_game(entries);
+}
+
 TEST_F(AnalyzeGames, WithoutMemoryItEnds) {
     load("32-28 19-23 *");
     analyze_game_command(false);
@@ -412,7 +482,8 @@ TEST_F(AnalyzeGames, CancelBetweenASearchAndItsStep) {
     ASSERT_TRUE(wait_for_search());
     cancel_analyze_command();
     for (int i = 0; i < 10; ++i) timer_tick();
-    EXPECT_EQ(game.history_last, 1);
+    EXPECT_EQ(game.history_count, 1);
+    EXPECT_EQ(game.history_last, 3);
     EXPECT_FALSE(search_thread.searching);
 }
 
@@ -430,6 +501,7 @@ TEST_F(AnalyzeGames, OtherCommandsStopItAndNothingGoesOn) {
         EXPECT_EQ(game.gui_mode, ANALYZE_GAME_MODE);
         EXPECT_EQ(game.history_last, 1);
         cancel_analyze_command();
+        EXPECT_EQ(game.history_last, 1) << "the game before is not what is to be brought back";
     }
 }
 

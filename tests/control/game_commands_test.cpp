@@ -275,6 +275,18 @@ TEST_F(GameCommands, TheSideToMoveChangesWhileNothingSearches) {
     }
 }
 
+TEST_F(GameCommands, MarksGoFromTheBoardWhereThereIsNoStep) {
+    prepare(TWO_PLAYERS_MODE);
+    forward_command();
+    add_highlight(5);
+    clear_events();
+    forward_command();
+    EXPECT_EQ(events_of("board"), Events{"board " + fen_now() + " []"});
+    clear_events();
+    forward_command();
+    EXPECT_EQ(count_events("board"), 0) << "nothing is left to take away";
+}
+
 TEST_F(GameCommands, SetupIsEnteredAndLeft) {
     for (int32_t mode = 0; mode <= 10; ++mode) {
         if (mode == DXP_MODE || mode == SETUP_MODE) continue;
@@ -285,7 +297,7 @@ TEST_F(GameCommands, SetupIsEnteredAndLeft) {
         EXPECT_EQ(game.gui_mode, SETUP_MODE);
         EXPECT_EQ(game.history_last, 1);
         EXPECT_EQ(game.highlight_count, 0);
-        EXPECT_FALSE(search_thread.this_search_aborted);
+        EXPECT_EQ(search_thread.this_search_aborted, is_analyze_mode(mode));
         EXPECT_EQ(search_thread.searching, 0);
         const std::string fen = fen_now();
         timer_tick();
@@ -316,6 +328,9 @@ TEST_F(GameCommands, TheBoardIsClearedForSetup) {
         EXPECT_EQ(game.gui_mode, SETUP_MODE);
         EXPECT_EQ(game.board.black | game.board.white | game.board.king, 0u);
         EXPECT_EQ(game.board_side, side);
+        EXPECT_EQ(game.history_last, 1);
+        EXPECT_TRUE(same_pieces(game.game_history[0].position, Position{})) << "what is saved and copied";
+        EXPECT_EQ(game.game_history[0].setup_flag, 1);
         EXPECT_EQ(game.highlight_count, 0);
         EXPECT_TRUE(search_thread.this_search_aborted);
         EXPECT_EQ(events().back(), std::string("board ") + (side == WHITE ? "W" : "B") + ":W:B []");
@@ -458,7 +473,7 @@ TEST_F(GameCommands, ModesAreEnteredAfterAStop) {
             EXPECT_EQ(search_thread.searching, searches);
             if (searches) wait_until_held();
             EXPECT_EQ(script.searches, before + searches);
-            EXPECT_FALSE(search_thread.this_search_aborted);
+            EXPECT_EQ(search_thread.this_search_aborted, is_analyze_mode(mode) && !searches);
             EXPECT_EQ(count_events("box"), 0);
             end_searches();
         }

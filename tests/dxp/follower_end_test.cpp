@@ -88,17 +88,50 @@ TEST_F(FollowerTest, AnEndOfNoGameIsAnsweredAndCountsNothing) {
 }
 
 // Two programs that answer every end would go on for ever.
-TEST_F(FollowerTest, AnswersToAnswersComeToAnEnd) {
+TEST_F(FollowerTest, AnswersToClaimsOfNoGameComeToAnEnd) {
     serve({});
     int answers = 0;
     run({[&](Peer& p) {
         std::string text;
         for (answers = 0; answers < 50; ++answers)
-            if (!peer_send(p, "E00") || !peer_receive(p, text, 1500)) break;
+            if (!peer_send(p, "E10") || !peer_receive(p, text, 1500)) break;
     }});
     EXPECT_GE(answers, 2);
     EXPECT_LT(answers, 50);
-    run({sends("K0"), sends("E00"), hears("E00")});
+    run({sends("K0"), sends("E10"), hears("E00")});
+}
+
+// A peer that answers every end, also the answer to its own and a claim that crossed its own: no answer to
+// that is left over for the next game.
+TEST_F(FollowerTest, APeerThatAnswersEveryEndEndsNoFurtherGame) {
+    start_as_black();
+    for (int i = 0; i < 3; ++i)
+        run({sends("E10"), hears("E00"), sends("E00"), hears_nothing(20), sends(request_from_start('Z')),
+             hears(ACCEPTED), hears_nothing(20)});
+    expect_counters(3, 0, 0, 0);
+    for (int i = 0; i < 3; ++i) {
+        script.value = -4000;
+        run({sends(request_from_start('W')), hears(ACCEPTED), hears("E30"), sends("E10"), sends("E00"),
+             hears_nothing(20)});
+        script.value = 0;
+        run({sends(request_from_start('W')), hears(ACCEPTED), hears(move_message_text(32, 28)),
+             hears_nothing(20)});
+        EXPECT_EQ(dxp_state.phase, DXP_PLAYING);
+    }
+    EXPECT_EQ(dxp_state.match_games, 6);
+    expect_counters(6, 0, 0, 0);
+}
+
+// The peer goes on without a word: its request is the answer.
+TEST_F(FollowerTest, ARequestBehindAClaimCountsTheGame) {
+    for (int game_number = 0; game_number < 3; ++game_number) {
+        script.value = -4000;
+        if (game_number == 0) serve({});
+        run({sends(request_from_start('W')), hears(ACCEPTED), hears("E30")});
+        EXPECT_EQ(dxp_state.match_games, game_number);
+        expect_counters(game_number + 1, 0, 0, 0);
+    }
+    EXPECT_EQ(appended.size(), 3u);
 }
 
 TEST_F(FollowerTest, AnEndDoesNotDisturbAGameOfTheUsers) {

@@ -85,6 +85,29 @@ TEST_F(InitiatorTest, WithIncrementTheRequestIsTheOther) {
     EXPECT_EQ(settings2.increment_mode, 1) << "the engine plays by what it tells";
 }
 
+// Both sides play by what a request has room for.
+TEST_F(InitiatorTest, NumbersThatDoNotFitARequestAreTheLargestThatDo) {
+    const std::string name = "01Tessarin                        Z",
+                      board = "BW" + std::string(INITIAL_SQUARES);
+    settings.clock_minutes = 1440;
+    settings.clock_moves_limit = 1000;
+    begin_match();
+    run({hears("R" + name + "999999" + board)});
+    EXPECT_EQ(settings.clock_minutes, 999);
+    EXPECT_EQ(settings.clock_moves_limit, 999);
+    settings2.match_incremental = 1;
+    settings2.initial_seconds = 1e6;
+    settings2.increment_seconds = 1e30;
+    dxp_send_game_request();
+    run({hears("F" + name + "999999999999" + board)});
+    EXPECT_EQ(settings2.initial_seconds, 999999);
+    EXPECT_EQ(settings2.increment_seconds, 999999);
+    settings2.initial_seconds = 60;
+    settings2.increment_seconds = 99999.96;
+    dxp_send_game_request();
+    run({hears("F" + name + "60.000100000" + board)});
+}
+
 TEST_F(InitiatorTest, AcceptedItMovesFirstWithWhite) {
     begin_match();
     run({hears(initial_request('Z')), sends(PEER_ACCEPTS), hears(move_message_text(32, 28))});
@@ -138,9 +161,28 @@ TEST_F(InitiatorTest, BeforeTheAnswerNothingIsPlayed) {
     run({hears(initial_request('Z')), sends(move_message_text(33, 28)), sends("B001W"), sends("Chello"),
          hears_nothing(50)});
     EXPECT_EQ(game.history_count, 1);
-    run({sends("E30"), hears("E00")});
+    run({sends("E30"), hears_nothing(50)});
     EXPECT_EQ(dxp_state.match_games, 0);
     run({sends(PEER_ACCEPTS), hears(move_message_text(32, 28))});
+}
+
+// What is one too many does not end the next game, whoever claimed the last.
+TEST_F(InitiatorTest, APeerThatAnswersEveryEndEndsNoFurtherGame) {
+    script.think = first_move;
+    begin_match();
+    run({hears(initial_request('Z')), sends(PEER_ACCEPTS), hears("M0000*"), sends("E10"), hears("E00"),
+         sends("E00"), hears(initial_request('W')), sends(PEER_ACCEPTS), hears_nothing(50)});
+    EXPECT_EQ(dxp_state.phase, DXP_PLAYING);
+    // Claims that cross.
+    script.value = -4000;
+    run({sends(move_message_text(33, 29)), hears("E10"), sends("E20"), sends("E00"),
+         hears(initial_request('Z'))});
+    script.value = 0;
+    run({sends(PEER_ACCEPTS), hears("M0000*"), hears_nothing(50), sends("E30"), hears("E00"), sends("E00"),
+         hears(initial_request('W')), sends(PEER_ACCEPTS), sends("E10"), hears("E00"), sends("E00")});
+    EXPECT_EQ(dxp_state.match_games, 4);
+    EXPECT_EQ(dxp_state.match_unknowns, 0);
+    EXPECT_EQ(appended.size(), 4u);
 }
 
 TEST_F(InitiatorTest, AMatchGoesFromGameToGame) {

@@ -2,7 +2,10 @@
 #include "dxp/socket.h"
 
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <pthread.h>
+#include <sys/socket.h>
 
 #include <atomic>
 #include <chrono>
@@ -30,7 +33,31 @@ struct BreakingSignal {
     BreakingSignal& operator=(const BreakingSignal&) = delete;
 };
 
+int option_of(const Socket& s, int level, int option) {
+    int value = -1;
+    socklen_t size = sizeof value;
+    getsockopt(static_cast<int>(s.get()), level, option, &value, &size);
+    return value;
+}
+
 }  // namespace
+
+// A peer's machine that dies is found out in a minute, not in hours, by either end.
+TEST(Sockets, ASilentPeerIsAskedSoon) {
+    const std::string port = std::to_string(free_port());
+    const Socket listener = socket_listen(port.c_str());
+    ASSERT_TRUE(listener.open());
+    const Socket one = socket_connect("127.0.0.1", port.c_str(), 60000);
+    ASSERT_TRUE(socket_wait_for_peer(listener, 60000));
+    const Socket other = socket_accept(listener);
+    for (const Socket* s : {&one, &other}) {
+        ASSERT_TRUE(s->open());
+        EXPECT_EQ(option_of(*s, SOL_SOCKET, SO_KEEPALIVE), 1);
+        EXPECT_EQ(option_of(*s, IPPROTO_TCP, TCP_KEEPIDLE), 30);
+        EXPECT_EQ(option_of(*s, IPPROTO_TCP, TCP_KEEPCNT), 3);
+        EXPECT_EQ(option_of(*s, IPPROTO_TCP, TCP_KEEPINTVL), 10);
+    }
+}
 
 // The peer comes only after the waiting has been broken off several times.
 TEST(Sockets, AWaitGoesOnBehindInterruptions) {

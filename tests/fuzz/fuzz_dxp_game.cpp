@@ -132,7 +132,8 @@ void connect_peer() {
     dxp_connection.connection_state = DXP_CONNECTED;
 }
 
-// As the receive thread does with what comes in.
+// As the receive thread does with what comes in, but that nobody else could make room in a full ring: it ends
+// the connection.
 void receive(std::string_view bytes) {
     if (!connected()) connect_peer();
     const std::shared_ptr<DxpLink> link = dxp_connection.link;

@@ -467,6 +467,25 @@ TEST_F(Frame, StatusTextsAreOneLine) {
     EXPECT_EQ(drawn(" depth 5 \r\n  value\t3\n"), wanted);
 }
 
+TEST_F(Frame, TypedSquaresStandInFrontOfTheStatusText) {
+    open_small();
+    StatusLine& line = main_window->status_line();
+    Board& board = main_window->board_window().board();
+    const auto drawn = [&line] { return line.grab().toImage(); };
+    ui.set_status_text("32");
+    const QImage wanted = drawn();
+    ui.set_status_text("depth 5");
+    const QImage behind = drawn();
+    QTest::keyClicks(&board, QStringLiteral("32"));
+    ui.set_status_text("depth 6");
+    ui.set_status_text("depth 5");
+    EXPECT_EQ(drawn(), wanted) << "a search may go on telling";
+    EXPECT_EQ(line.text().toStdString(), "depth 5");
+    EXPECT_EQ(line.typing().toStdString(), "32");
+    QTest::keyClick(&board, Qt::Key_Escape);
+    EXPECT_EQ(drawn(), behind);
+}
+
 // None of them ever ends by itself here.
 TEST_F(Frame, ClosesWhateverTheEngineDoes) {
     for (const int32_t mode : std::initializer_list<int32_t>{

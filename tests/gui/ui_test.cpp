@@ -7,6 +7,8 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QScreen>
 #include <atomic>
 #include <thread>
 
@@ -85,6 +87,24 @@ TEST_F(Screen, BoxesShowEveryCharacterOfTheirText) {
     };
     EXPECT_EQ(format_of([] { ui.message_box("a <b>text</b>", "title", ICON_INFO); }), Qt::PlainText);
     EXPECT_EQ(format_of([] { ui.ask("a <b>text</b>", "title"); }), Qt::PlainText);
+}
+
+TEST_F(Screen, ATextTooLongForTheScreenIsScrolled) {
+    std::string game_text;
+    for (int move = 1; move <= 600; ++move) game_text += std::to_string(move) + ". 32-28 19-23 ";
+    game_text += "the end";
+    use_dialog([&] { ui.message_box(game_text.c_str(), "Game to clipboard", ICON_NONE); },
+               [&](QDialog& dialog) {
+                   EXPECT_EQ(dialog.windowTitle().toStdString(), "Game to clipboard");
+                   const auto* const field = dialog.findChild<QPlainTextEdit*>();
+                   ASSERT_NE(field, nullptr);
+                   EXPECT_EQ(field->toPlainText().toStdString(), game_text);
+                   EXPECT_TRUE(field->isReadOnly());
+                   EXPECT_LT(dialog.frameGeometry().height(), dialog.screen()->availableSize().height());
+                   EXPECT_EQ(dialog.focusWidget(), &control<QPushButton>(dialog, OK_ID)) << "Enter closes it";
+                   click(dialog, OK_ID);
+               });
+    EXPECT_TRUE(boxes.empty()) << "no box as high as its text";
 }
 
 TEST_F(Screen, ABoxStandsOnTheDialogThatIsOpen) {

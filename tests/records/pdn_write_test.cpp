@@ -277,6 +277,21 @@ TEST(ColumnForm, CommentsLineUpBehindWideNumbersAndPaths) {
               "[FEN \"W:WK3,26:B9,K19,21,24\"]\n1. 3x14x32x16 {a}\n              {b}\n*\n\n\n");
 }
 
+TEST(LineForm, QuotationMarksInHeadersAreReadBackAsApostrophes) {
+    GameHeaders headers{};
+    std::snprintf(headers.event.data(), headers.event.size(), "Open \"Brunssum\" 2024");
+    std::snprintf(headers.black.data(), headers.black.size(), "\"");
+    char text[GAME_TEXT_SIZE];
+    game_to_pdn_text(text, sizeof text, {}, headers, "\n");
+    const PdnGame list = game_to_pdn_list({}, headers);
+    for (const std::string& written : {std::string(text), column_form(list)}) {
+        GameHeaders read{};
+        pdn_game_headers(pdn_parse_game(written.c_str()).get(), read);
+        EXPECT_STREQ(read.event.data(), "Open 'Brunssum' 2024") << written;
+        EXPECT_STREQ(read.black.data(), "'") << written;
+    }
+}
+
 class GameFile : public testing::Test {
   protected:
     std::string path = testing::TempDir() + "pdn_write_test_" + std::to_string(getpid()) + ".pdn";
@@ -294,13 +309,13 @@ class GameFile : public testing::Test {
 
 TEST_F(GameFile, BeginsAfreshAndGrows) {
     const std::string end = "*\n\n\n";
-    pdn_write_games(path, table, PDN_COMMENT_LINES, 1);
+    EXPECT_EQ(pdn_write_games(path, table, PDN_COMMENT_LINES, 1), 0);
     EXPECT_EQ(content(), "[a \"2\"]\n" + end);
-    pdn_write_games(path, table, PDN_COMMENT_LINES | PDN_NEW_FILE, 0);
+    EXPECT_EQ(pdn_write_games(path, table, PDN_COMMENT_LINES | PDN_NEW_FILE, 0), 0);
     EXPECT_EQ(content(), "[a \"1\"]\n" + end);
-    pdn_write_games(path, table, PDN_COMMENT_LINES, 2);
+    EXPECT_EQ(pdn_write_games(path, table, PDN_COMMENT_LINES, 2), 0);
     EXPECT_EQ(content(), "[a \"1\"]\n" + end + "[a \"3\"]\n" + end);
-    pdn_write_games(path, table, PDN_ALL_GAMES | PDN_NEW_FILE, -1);
+    EXPECT_EQ(pdn_write_games(path, table, PDN_ALL_GAMES | PDN_NEW_FILE, -1), 0);
     EXPECT_EQ(content(), "[a \"1\"]\n" + end + "[a \"2\"]\n" + end + "[a \"3\"]\n" + end);
     EXPECT_EQ(PDN_COMMENT_LINES, 1u);
     EXPECT_EQ(PDN_ALL_GAMES, 2u);
@@ -308,12 +323,16 @@ TEST_F(GameFile, BeginsAfreshAndGrows) {
 }
 
 TEST_F(GameFile, AFileThatCannotBeOpenedAndAnIndexBeyondTheTable) {
-    pdn_write_games(path + "/no/folder", table, PDN_NEW_FILE, 0);
+    EXPECT_EQ(pdn_write_games(path + "/no/folder", table, PDN_NEW_FILE, 0), 1);
     EXPECT_EQ(file_size(path), -1);
-    pdn_write_games(path, table, 0, 0);
+    EXPECT_EQ(pdn_write_games(path, table, 0, 0), 0);
     const std::string before = content();
-    for (const int index : {-1, 3, 1000}) pdn_write_games(path, table, 0, index);
+    for (const int index : {-1, 3, 1000}) EXPECT_EQ(pdn_write_games(path, table, 0, index), 0);
     EXPECT_EQ(content(), before);
+}
+
+TEST_F(GameFile, ADiskThatIsFullIsTold) {
+    EXPECT_EQ(pdn_write_games("/dev/full", table, PDN_ALL_GAMES, 0), 2);
 }
 
 }  // namespace

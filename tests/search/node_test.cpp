@@ -1,5 +1,6 @@
 // Single nodes of the tree: each rule at the place where it begins and ends to hold.
 #include <algorithm>
+#include <numeric>
 #include <vector>
 
 #include "tests/search/node_fixture.h"
@@ -375,17 +376,17 @@ TEST_F(NodeTest, TheKillerIsWorth120) {
 TEST_F(NodeTest, SortingKeepsTheOrderOfEquals) {
     Random random(8);
     for (int i = 0; i < 500; ++i) {
-        const int count = 1 + below(random, 30);
-        std::vector<uint8_t> order(static_cast<size_t>(count));
+        const int count = 1 + below(random, MAX_MOVES);
         std::vector<int32_t> scores;
-        for (int k = 0; k < count; ++k) {
-            order[static_cast<size_t>(k)] = static_cast<uint8_t>(k);
-            scores.push_back(below(random, 6) - 3);
-        }
-        std::vector<uint8_t> want = order;
+        for (int k = 0; k < count; ++k)
+            scores.push_back(k % 7 == 3 ? (below(random, 3) - 1) * 8000000 : below(random, 6) - 3);
+        if (i % 2) scores[static_cast<size_t>(below(random, count))] = FIRST_MOVE_SCORE;
+        std::vector<uint8_t> want(static_cast<size_t>(count));
+        std::iota(want.begin(), want.end(), uint8_t{0});
         std::stable_sort(want.begin(), want.end(), [&](int a, int b) {
             return scores[static_cast<size_t>(a)] > scores[static_cast<size_t>(b)];
         });
+        std::vector<uint8_t> order(static_cast<size_t>(count), 200);
         sort_by_score(order.data(), count, scores.data());
         EXPECT_EQ(order, want);
     }

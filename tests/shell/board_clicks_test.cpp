@@ -104,6 +104,50 @@ TEST_F(BoardClicks, SquareThatIsMarkedCountsAgainOnlyAsAStart) {
     EXPECT_EQ(game.history_count, 2);
 }
 
+void type(const std::vector<int32_t>& squares) { type_squares(squares); }
+
+TEST_F(BoardClicks, TypedSquaresAreOneMove) {
+    type({35, 31});
+    EXPECT_EQ(game.history_count, 1) << "35-30 is not what was typed";
+    EXPECT_EQ(marks_now(), Marks{});
+    type({35, 35});
+    type({35, 0});
+    type({35, 51});
+    type({});
+    EXPECT_EQ(game.history_count, 1);
+    EXPECT_EQ(marks_now(), Marks{});
+    type({35});
+    EXPECT_EQ(game.history_count, 2) << "one square that says enough";
+    set_position("W:W28,40:B23");
+    type({28, 22});
+    EXPECT_EQ(fen_now(), "W:W28,40:B23") << "a capture is not 28-22";
+    type({28, 19});
+    EXPECT_EQ(fen_now(), "B:W19,40:B");
+}
+
+TEST_F(BoardClicks, TypedSquaresGoOnFromTheMarksOrBeginAnew) {
+    board_left_click(32);
+    type({28});
+    EXPECT_EQ(game.history_count, 2);
+    new_game();
+    board_left_click(32);
+    type({32, 28});
+    EXPECT_EQ(game.history_count, 2);
+    new_game();
+    board_left_click(32);
+    type({33});
+    EXPECT_EQ(marks_now(), Marks{33});
+    type({34, 29});
+    EXPECT_EQ(game.history_count, 2);
+    EXPECT_TRUE(game.board.white & set_of_square(29));
+    EXPECT_EQ(marks_now(), Marks{});
+    set_gui_mode(SETUP_MODE);
+    type({20});
+    game.gui_mode = AUTOPLAY_MODE;
+    type({20, 24});
+    EXPECT_EQ(marks_now(), Marks{});
+}
+
 // The king on 47 can end its round on 47 and beyond it.
 constexpr const char* ROUND_CAPTURE = "W:WK32,K47:B11,K21,24,K40,K43";
 
@@ -124,6 +168,9 @@ TEST_F(BoardClicks, SecondClickOnTheStartPlaysTheCaptureThatComesBack) {
     }
     ASSERT_EQ(rounds, 1);
     ASSERT_GT(list.count, 1);
+    type({start, start});
+    EXPECT_EQ(move_to(game.board), result);
+    set_position(ROUND_CAPTURE);
     board_left_click(start);
     EXPECT_EQ(game.history_count, 1);
     EXPECT_EQ(marks_now(), Marks{start});
@@ -275,6 +322,17 @@ TEST_F(BoardSetup, WhiteKingOn48BecomesABlackKing) {
     EXPECT_EQ(fen_now(), "W:W32,K48:B1");
     board_left_click(48);
     EXPECT_EQ(fen_now(), "W:W32:B1,K48");
+}
+
+TEST_F(BoardSetup, TheGameIsWhatIsSetUp) {
+    const auto begins_with_board = [] {
+        return game.history_last == 1 && same_pieces(game.game_history[0].position, game.board);
+    };
+    board_left_click(20);
+    EXPECT_TRUE(begins_with_board()) << "what is saved and copied";
+    board_right_click(46);
+    EXPECT_TRUE(begins_with_board());
+    EXPECT_EQ(game.game_history[0].setup_flag, 1);
 }
 
 TEST_F(BoardSetup, LightSquareDoesNothing) {

@@ -96,7 +96,7 @@ TEST_F(Startup, NamesOfTheFirstCopy) {
     EXPECT_EQ(program_paths.short_name, "Tessarin 1.60b");
     EXPECT_TRUE(std::filesystem::is_directory(data_folder()));
     EXPECT_FALSE(std::filesystem::exists(home.file("config")));  // only a save makes it
-    EXPECT_TRUE(std::filesystem::exists(home.file("Tessarin International_sem0")));
+    EXPECT_TRUE(std::filesystem::exists(data_folder() + "Tessarin International_sem0"));
 }
 
 TEST_F(Startup, ASecondCopyHasItsNumberInAllNames) {
@@ -244,11 +244,36 @@ TEST_F(Startup, ALogThatCannotBeWrittenIsLost) {
     options.saved_settings = false;
     begin_startup(options);
     EXPECT_EQ(finish_startup(), ENGINE_STARTED);
-    EXPECT_EQ(entries_of(data_folder()), 1u);
+    EXPECT_EQ(entries_of(data_folder()), 2u) << "with the lock of the copy";
+}
+
+// Copies that share the data folder do not share its files, whatever session each is of.
+TEST_F(Startup, NumbersArePerDataFolder) {
+    start_other_copy();
+    std::filesystem::create_directory(home.file("other-session"));
+    std::filesystem::permissions(home.file("other-session"), std::filesystem::perms::owner_all);
+    environment.set("XDG_RUNTIME_DIR", home.file("other-session"));
+    begin_startup({});
+    EXPECT_EQ(program_paths.instance_number, 1);
+    reset_startup();
+    environment.set("XDG_DATA_HOME", home.file("other-data"));
+    begin_startup({});
+    EXPECT_EQ(program_paths.instance_number, 0);
+    end_other_copy();
+}
+
+// Where the data folder has no locks, those of the session do.
+TEST_F(Startup, TheSessionHasLocksToo) {
+    std::filesystem::create_directories(data_folder() + "Tessarin International_sem0");
+    start_other_copy();
+    begin_startup({});
+    EXPECT_EQ(program_paths.instance_number, 1);
+    EXPECT_TRUE(startup_state.instance.held());
+    end_other_copy();
 }
 
 TEST_F(Startup, NoLocksIsTheFirstCopy) {
-    environment.set("XDG_RUNTIME_DIR", home.path);
+    std::filesystem::create_directories(data_folder() + "Tessarin International_sem0");
     std::filesystem::create_directory(home.file("Tessarin International_sem0"));
     begin_startup({});
     EXPECT_EQ(program_paths.instance_number, 0);

@@ -10,6 +10,7 @@
 #include "tests/egdb/database_folder.h"
 #include "tests/tools/egdb_fixture.h"
 #include "tools/egdb_planes.h"
+#include "tools/egdb_solved_files.h"
 #include "tools/egdb_whole.h"
 
 namespace {
@@ -91,6 +92,24 @@ TEST(EgdbBuild, GoesOnWhereItWasStopped) {
     ASSERT_EQ(build(folder.path, 3), EGDB_BUILT);
     for (const char* name : {"db2.cpr1", "db2.idx1", "db3.cpr1", "db3.idx1"})
         EXPECT_EQ(content_of(folder.file(name)), content_of(built_up_to_three() + name)) << name;
+}
+
+// What an earlier run has done is told apart, so that the time that is left can be foreseen.
+TEST(EgdbBuild, KeptWorkIsNotThisRuns) {
+    const ScratchFolder folder;
+    SolvedSet set;
+    EgdbBuildResult result;
+    EgdbBuildProgress earlier;
+    int64_t kept = 0;
+    for (const Material& m : solving_order(2)) {
+        ASSERT_EQ(solve_and_keep(folder.path, m, set, {1, &never, &earlier.done}, result), EGDB_BUILT);
+        kept += solving_work(m);
+    }
+    EgdbBuildProgress progress;
+    ASSERT_EQ(build_database({folder.path, 3, 1}, never, progress, result), EGDB_BUILT);
+    EXPECT_EQ(progress.kept, kept);
+    EXPECT_EQ(progress.done, progress.all);
+    EXPECT_LT(progress.kept, progress.all);
 }
 
 // Values of fewer pieces come from the files of an earlier build.
