@@ -1,6 +1,16 @@
 # shellcheck shell=sh disable=SC2034
 # Sourced by ./start and ./test: the Debian packages that they need.
 
+# refuse_build_names FOLDER: programs below a folder with such a name look for their data in the current folder.
+refuse_build_names() {
+    case "$1" in
+    *Release* | *Debug*)
+        printf 'The path %s has "Release" or "Debug" in it: please put the sources elsewhere.\n' "$1" >&2
+        exit 1
+        ;;
+    esac
+}
+
 # need_packages NAME...: installs those that are missing. Where that takes rights that we do not have, it prints
 # the command that does it and ends the script. Systems without dpkg are left alone: the build will tell.
 need_packages() {

@@ -14,6 +14,8 @@ project=$(dirname "$(dirname "$(readlink -f "$0")")")
 export QT_QPA_PLATFORM=offscreen
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM
 cd "$bin"  # where the programs find the weights
 START=$(sed -n 's/^ *"\(W:W31,32,33.*\)",$/\1/p' "$project/cli/bench_positions_table.cpp" | head -n 1)
 

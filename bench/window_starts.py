@@ -5,6 +5,7 @@
 
 Needs Xvfb and openbox. The first start may have to read its files from the disk.
 """
+import contextlib
 import os
 import statistics
 import struct
@@ -46,34 +47,43 @@ def processor_seconds(process):
     return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
 
-def main():
-    program, starts = sys.argv[1], int(sys.argv[2]) if len(sys.argv) > 2 else 20
-    with tempfile.TemporaryDirectory() as folder:
-        server = subprocess.Popen(
-            ["Xvfb", "-displayfd", "1", "-screen", "0", SCREEN, "-fbdir", folder, "-nolisten", "tcp", "-noreset"],
-            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-        display = ":" + server.stdout.readline().decode().strip()
-        environment = dict(os.environ, DISPLAY=display, HOME=folder, XDG_CONFIG_HOME=folder + "/config",
-                           XDG_DATA_HOME=folder + "/data", XDG_RUNTIME_DIR=folder, QT_QPA_PLATFORM="xcb")
-        manager = subprocess.Popen(["openbox", "--sm-disable"], env=environment, stderr=subprocess.DEVNULL)
-        time.sleep(2)
-        picture = folder + "/Xvfb_screen0"
-        walls, processors = [], []
-        for _ in range(starts):
-            begin = time.perf_counter()
-            process = subprocess.Popen([program], env=environment, stderr=subprocess.DEVNULL)
+def measure(program, starts, environment, picture):
+    """Processor and clock times of the starts."""
+    walls, processors = [], []
+    for _ in range(starts):
+        begin = time.perf_counter()
+        process = subprocess.Popen([program], env=environment, stderr=subprocess.DEVNULL)
+        try:
             wait_until(lambda: board_is_seen(picture))
             walls.append(time.perf_counter() - begin)
             processors.append(processor_seconds(process))
+        finally:
             process.kill()
             process.wait()
-            wait_until(lambda: not board_is_seen(picture))
+        wait_until(lambda: not board_is_seen(picture))
+    return walls, processors
+
+
+def main():
+    program, starts = sys.argv[1], int(sys.argv[2]) if len(sys.argv) > 2 else 20
+    with tempfile.TemporaryDirectory() as folder, contextlib.ExitStack() as started:
+        def begin(command, **options):
+            process = subprocess.Popen(command, stderr=subprocess.DEVNULL, **options)
+            started.callback(lambda: (process.terminate(), process.wait()))
+            return process
+
+        server = begin(
+            ["Xvfb", "-displayfd", "1", "-screen", "0", SCREEN, "-fbdir", folder, "-nolisten", "tcp", "-noreset"],
+            stdout=subprocess.PIPE)
+        display = ":" + server.stdout.readline().decode().strip()
+        environment = dict(os.environ, DISPLAY=display, HOME=folder, XDG_CONFIG_HOME=folder + "/config",
+                           XDG_DATA_HOME=folder + "/data", XDG_RUNTIME_DIR=folder, QT_QPA_PLATFORM="xcb")
+        begin(["openbox", "--sm-disable"], env=environment)
+        time.sleep(2)
+        walls, processors = measure(program, starts, environment, folder + "/Xvfb_screen0")
         for name, times in (("wall", walls), ("processor", processors)):
             print(f"{name}: median {statistics.median(times):.2f} s, {min(times):.2f} to {max(times):.2f} s")
         print("wall, in turn:", " ".join(f"{wall:.2f}" for wall in walls))
-        manager.terminate()
-        server.terminate()
-        server.wait()
 
 
 main()

@@ -114,7 +114,7 @@ void run_analyze(AnalyzeOptions& options) {
     if (!check_egdb_choice(options.egdb)) return;
     set_search_threads(options.threads);
     if (!start_game_console(analyze_screen())) return;
-    use_egdb_in_game(options.egdb, false);
+    if (!use_egdb_in_game(options.egdb, false)) return;
     set_time_per_move(options.time);
     analysis_output = {begin_output, print_finished_game, [] {}};
     analyze_pdn_command(options.all_scores);

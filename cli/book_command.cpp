@@ -200,7 +200,7 @@ void add_book_command(CLI::App& program) {
     probe->callback([file, fen, mode] { run_probe(*file, *fen, *mode); });
     CLI::App* const dump = book->add_subcommand(
         "dump", "Print all positions of a book, each with its best and second-best move and its value");
-    dump->add_option("--book", *file, "Book; the program's own if none is given");
+    dump->add_option("--book,FILE", *file, "Book; the program's own if none is given");
     dump->callback([file] { run_dump(*file); });
     add_book_check(*book);
 }

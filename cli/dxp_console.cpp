@@ -164,7 +164,7 @@ bool start_dxp_console(const DxpConsoleOptions& options) {
     engine_settings.hash_size_mb = options.hash_mb;
     set_search_threads(options.threads);
     if (!start_game_console(make_dxp_screen())) return false;
-    use_egdb_in_game(dxp_console.options.egdb, true);
+    if (!use_egdb_in_game(dxp_console.options.egdb, true)) return false;
     settings.pondering_on = options.ponder;
     settings.sound_on = 0;
     set_book_by_name(options.book);

@@ -6,6 +6,7 @@
 #include "cli/console.h"
 #include "control/database_settings.h"
 #include "control/settings.h"
+#include "egdb/egdb_open.h"
 #include "egdb/identify.h"
 #include "search/engine_settings.h"
 
@@ -18,8 +19,14 @@ bool check_folder(std::string& folder, bool mtc) {
     folder = absolute_path(folder);
     EgdbType type{};
     int32_t pieces = 0;
-    if (identify_egdb(folder, type, pieces) == 0 && (type == EGDB_MTC) == mtc) return true;
-    fail("no %s database in %s", mtc ? "moves-to-conversion" : "win/loss/draw", folder.c_str());
+    const bool there = identify_egdb(folder, type, pieces) == 0 && (type == EGDB_MTC) == mtc;
+    if (!there)
+        fail("no %s database in %s", mtc ? "moves-to-conversion" : "win/loss/draw", folder.c_str());
+    else if (mtc && !egdb_open("", 1, folder, nullptr))
+        // Without these the engine goes on, with values alone.
+        fail("the database in %s cannot be opened", folder.c_str());
+    else
+        return true;
     return false;
 }
 
@@ -75,8 +82,15 @@ void use_egdb_in_engine(const EgdbChoice& choice, bool default_folder) {
     engine_settings.reopen_wld = options.wld_enable;
 }
 
-void use_egdb_in_game(const EgdbChoice& choice, bool default_folder) {
-    const std::string folder = chosen_egdb_folder(choice, default_folder);
+bool use_egdb_in_game(const EgdbChoice& choice, bool default_folder) {
+    // The settings have no room for more, and a shorter path would be another folder.
+    for (const std::string& named : {choice.folder, choice.mtc_folder}) {
+        if (named.size() < SETTINGS_FOLDER_SIZE) continue;
+        fail("the name of the folder %s is too long", named.c_str());
+        return false;
+    }
+    std::string folder = chosen_egdb_folder(choice, default_folder);
+    if (folder.size() >= SETTINGS_FOLDER_SIZE) folder.clear();
     // Before the search, so that the same input gives the same game.
     set_wld_parallel_init(false);
     set_wld_folder(folder);
@@ -84,4 +98,5 @@ void use_egdb_in_game(const EgdbChoice& choice, bool default_folder) {
     set_wld_enable(!folder.empty());
     set_mtc_folder(choice.mtc_folder);
     set_mtc_enable(!choice.mtc_folder.empty());
+    return true;
 }

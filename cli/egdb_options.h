@@ -28,5 +28,6 @@ std::string chosen_mtc_folder(const EgdbChoice& choice, bool default_folder);
 // Lets the next search open the chosen folder, before it begins. For commands that call the engine itself.
 void use_egdb_in_engine(const EgdbChoice& choice, bool default_folder);
 
-// The same for commands that run game control, which hands the settings over at each search.
-void use_egdb_in_game(const EgdbChoice& choice, bool default_folder);
+// The same for commands that run game control, which hands the settings over at each search. False if a
+// folder has too long a name for them, which has been told.
+bool use_egdb_in_game(const EgdbChoice& choice, bool default_folder);

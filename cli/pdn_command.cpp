@@ -34,8 +34,7 @@ bool replay(PdnNode* game, std::vector<ReplayState>& history) {
 void print_line_form(PdnNode* game, const std::vector<ReplayState>& history) {
     GameHeaders headers;
     pdn_game_headers(game, headers);
-    // A set-up position takes more room than any move.
-    std::vector<char> text(1000 + history.size() * 250);
+    std::vector<char> text(game_text_room(history.size()));
     game_to_pdn_text(text.data(), text.size(), history, headers, "\n");
     std::fputs(text.data(), stdout);
 }
@@ -58,6 +57,10 @@ void run_file(const std::string& file, bool print) {
     if (!print)
         std::printf("%s: games %d, moves %zu, broken %d\n", file.c_str(), pdn_game_count(games), moves,
                     broken);
+    else if (broken > 0)
+        std::fprintf(stderr,
+                     "tessarin-cli: %s: %d of %d games are broken and end before a move that is not legal\n",
+                     file.c_str(), broken, pdn_game_count(games));
 }
 
 }  // namespace

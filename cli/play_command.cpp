@@ -145,7 +145,7 @@ void run_play(PlayOptions& options) {
     if (!is_legal_setup(position)) return fail("Illegal position");
     set_search_threads(options.threads);
     if (!start_game_console(make_play_screen())) return;
-    use_egdb_in_game(options.egdb, true);
+    if (!use_egdb_in_game(options.egdb, true)) return;
     if (!options.book_file.empty() && load_book_from(options.book_file) != 0)
         return fail("cannot read the book %s", options.book_file.c_str());
     set_time_per_move(options.time);

@@ -105,7 +105,11 @@ Ui make_play_screen() {
     screen.choose_load_file = choose_file;
     screen.choose_save_file = choose_file;
     screen.choose_game = choose_game;
-    screen.edit_headers = [](GameHeaders&) { return true; };
+    // Unseen, what a dialog would offer is not taken.
+    screen.edit_headers = [](GameHeaders& headers) {
+        headers = game.headers;
+        return true;
+    };
     screen.read_clipboard = read_clipboard;
     screen.write_clipboard = write_clipboard;
     screen.open_file = tell_of_file;

@@ -33,6 +33,17 @@ void print_log(const char* text) {
     std::fflush(stdout);
 }
 
+// Before the search, which would do it too: what cannot be opened is no reason to search first.
+bool open_databases(const EgdbChoice& choice, char* text) {
+    const DatabaseOptions& wanted = engine_settings.database;
+    if (!wanted.wld_enable) return true;
+    egdb_engine.egdb_prepare(text);
+    const bool values = egdb_state == EGDB_IN_USE, numbers = !wanted.mtc_enable || egdb_engine.mtc;
+    if (!values || !numbers)
+        fail("the database in %s cannot be opened", (values ? choice.mtc_folder : choice.folder).c_str());
+    return values && numbers;
+}
+
 void run_search(SearchOptions& options) {
     catch_interrupt();
     Position position;
@@ -49,14 +60,11 @@ void run_search(SearchOptions& options) {
     use_egdb_in_engine(options.egdb, false);
     log_listener = print_log;
     char text[SEARCH_TEXT_SIZE];
+    if (!open_databases(options.egdb, text)) return;
     Move best{};
     int32_t searched = 0;
     const int32_t value = getmove(position, position.side, text, stop_flag,
                                   options.all_scores ? SEARCH_ALL_SCORES : 0u, best, searched);
-    if (engine_settings.database.wld_enable && egdb_state != EGDB_IN_USE)
-        return fail("the database in %s cannot be opened", options.egdb.folder.c_str());
-    if (engine_settings.database.mtc_enable && !egdb_engine.mtc)
-        return fail("the database in %s cannot be opened", options.egdb.mtc_folder.c_str());
     char move[MOVE_TEXT_SIZE];
     const bool has_move = full_move_text(position, best, position.side, move) > 0;
     std::printf("best %s value %d depth %d nodes %" PRIu64 "\n", has_move ? move : "none", value,

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <new>
+#include <utility>
 
 #include "base/files.h"
 #include "base/program_paths.h"
@@ -73,6 +74,8 @@ void enter_game() {
     Analysis& a = analysis;
     a.analysis_prev_node = nullptr;
     a.analysis_next_node = pdn_start_position(current_game(), a.analysis_state);
+    // Whose game is on the board then, so are the headers; the board's own game has them.
+    if (game.kept_last == 0) pdn_game_headers(current_game(), game.headers);
     set_board(a.analysis_state.position, a.analysis_state.side);
     const int32_t kept = game.kept_last;
     restart_history(a.analysis_state.position, a.analysis_state.side);
@@ -145,12 +148,19 @@ PdnNode* place_of_comment(PdnNode* next) {
     return next;
 }
 
+// A game ends for the analysis at a step that cannot be made, and those behind it are no part of it.
+void drop_steps_behind(PdnNode* node) {
+    while (node->next && !pdn_is_step(*node->next)) node = node->next;
+    const PdnGame dropped(std::exchange(node->next, nullptr));
+}
+
 void play_next_node(PdnGame comment) {
     Analysis& a = analysis;
     PdnNode* const next = a.analysis_next_node;
     pdn_insert_after(place_of_comment(next), std::move(comment));
     a.analysis_prev_node = next;
     a.analysis_next_node = pdn_next_move(next, a.analysis_state);
+    if (!a.analysis_next_node) drop_steps_behind(next);
     set_board(a.analysis_state.position, a.analysis_state.side);
     addto_game_history(a.analysis_state.position, a.analysis_state.side, a.analysis_state.setup_flag);
 }

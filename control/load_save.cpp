@@ -108,7 +108,7 @@ void load_pdn_game(const std::string& path) {
 }
 
 void save_game_to_file(const std::string& path) {
-    std::vector<char> text(GAME_TEXT_SIZE, '\0');
+    std::vector<char> text(game_text_room(whole_history().size()), '\0');
     game_to_pdn_text(text.data(), text.size(), whole_history(), game.headers, "\n");
     const int status = append_game_text(path, text.data());
     if (status == 1)

@@ -40,8 +40,7 @@ bool edit_headers_command();
 // DXP_MODE.
 void load_pdn_game(const std::string& path);
 
-// Appends the game, with the moves that can be reached by stepping forward, to the file. The text is cut at
-// GAME_TEXT_SIZE.
+// Appends the game, with the moves that can be reached by stepping forward, to the file.
 void save_game_to_file(const std::string& path);
 
 // Puts the game of the list on the board, at its end, with its positions as the history. A step that cannot

@@ -18,13 +18,11 @@ constexpr const char* GAMES_FILE = "dxpgames";
 constexpr size_t EVENT_SIZE = 400;
 constexpr std::string_view EVENT_START = "[Event \"Game ";
 
-// Fit for the double quotes of a header.
+// Fit for one line.
 std::string header_text(const std::string& text) {
     std::string clean = text;
-    for (char& c : clean) {
-        if (c == '"') c = '\'';
+    for (char& c : clean)
         if (static_cast<unsigned char>(c) < ' ') c = ' ';
-    }
     return clean;
 }
 

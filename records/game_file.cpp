@@ -9,6 +9,23 @@
 namespace {
 
 constexpr long TAIL_BYTES = 8;
+constexpr int END_OF_TEXT = 26;  // of a file of old systems
+
+// Readers of texts stop at a mark of the end, or at the zeros of a damaged file: what comes behind it would
+// never be seen again. Takes away those at the end of the file.
+void drop_end_marks(const std::string& path) {
+    const int64_t size = file_size(path);
+    const OpenFile file(size < 0 ? nullptr : std::fopen(path.c_str(), "rb"));
+    if (!file) return;
+    int64_t end = size;
+    for (int c = 0; end > 0; --end) {
+        if (std::fseek(file.get(), static_cast<long>(end - 1), SEEK_SET) != 0) return;
+        c = std::fgetc(file.get());
+        if (c != END_OF_TEXT && c != 0) break;
+    }
+    std::error_code ignored;
+    if (end < size) std::filesystem::resize_file(path, static_cast<uintmax_t>(end), ignored);
+}
 
 }  // namespace
 
@@ -48,6 +65,7 @@ int separator_newlines_needed(const std::string& path) {
 }
 
 int append_game_text(const std::string& path, const char* text) {
+    drop_end_marks(path);
     const int newlines = separator_newlines_needed(path);
     const int64_t bytes_before = file_size(path);
     OpenFile file(std::fopen(path.c_str(), "a"));

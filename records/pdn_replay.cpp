@@ -45,9 +45,9 @@ int apply_embedded_fen(const PdnNode& node, ReplayState& state_out) {
     return 0;
 }
 
-bool is_step(const PdnNode& node) { return node.kind == PDN_MOVE || node.kind == PDN_EMBEDDED_FEN; }
-
 }  // namespace
+
+bool pdn_is_step(const PdnNode& node) { return node.kind == PDN_MOVE || node.kind == PDN_EMBEDDED_FEN; }
 
 bool is_initial_state(const ReplayState& state) {
     return state.side == WHITE && same_pieces(state.position, START_POSITION);
@@ -72,12 +72,12 @@ PdnNode* pdn_start_position(PdnNode* list, ReplayState& state) {
 
 PdnNode* pdn_next_move(PdnNode* node, ReplayState& state) {
     state.setup_flag = 0;
-    if (!node || !is_step(*node)) return nullptr;
+    if (!node || !pdn_is_step(*node)) return nullptr;
     const int32_t mover = state.side;
     if (pdn_apply_move(*node, state, state) != 0) return nullptr;
     if (node->kind == PDN_MOVE) node->token.side = static_cast<uint8_t>(mover);
     PdnNode* next = node->next;
-    while (next && !is_step(*next)) next = next->next;
+    while (next && !pdn_is_step(*next)) next = next->next;
     if (next && next->kind == PDN_MOVE) next->token.side = static_cast<uint8_t>(state.side);
     return next;
 }

@@ -17,6 +17,9 @@ struct ReplayState {
 // True if the state is the initial position with white to move.
 bool is_initial_state(const ReplayState& state);
 
+// A node that changes the position: a move or an embedded FEN.
+bool pdn_is_step(const PdnNode& node);
+
 // Sets the state to where the game starts, which its FEN header or a FEN embedded before the first move
 // tells. Returns the first move, or null if the game has none. A null list leaves the state as it is.
 PdnNode* pdn_start_position(PdnNode* list, ReplayState& state);

@@ -16,8 +16,15 @@
 #include "records/pdn_game.h"
 #include "records/pdn_replay.h"
 
-// Room for the line form of the longest game.
+// Room for the line form of the longest game of ordinary moves.
 constexpr size_t GAME_TEXT_SIZE = 16000;
+
+// Room for that of any game with so many entries: a position that is set up takes more than any move.
+constexpr size_t game_text_room(size_t entries) {
+    constexpr size_t HEADERS_ROOM = 1000, ENTRY_ROOM = 250;
+    const size_t room = HEADERS_ROOM + entries * ENTRY_ROOM;
+    return room > GAME_TEXT_SIZE ? room : GAME_TEXT_SIZE;
+}
 
 // Flags of the column form and its files.
 constexpr uint32_t PDN_COMMENT_LINES = 1;  // a line ends behind each comment

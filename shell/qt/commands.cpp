@@ -5,6 +5,7 @@
 #include <array>
 
 #include "control/analyze_games.h"
+#include "control/database_settings.h"
 #include "control/game.h"
 #include "control/game_commands.h"
 #include "control/load_save.h"
@@ -35,10 +36,14 @@ void save_settings_command() {
 void reset_settings_command() {
     if (game.gui_mode == DXP_MODE) return;
     int status = 0;
-    if (discard_search())
+    if (discard_search()) {
         status = reset_settings();
-    else
-        default_settings();  // what the search that has not come back uses stays as it is
+    } else {
+        // What the search that has not come back uses stays as it is; the next one follows.
+        default_settings();
+        reinit_wld = true;
+        reinit_mtc = true;
+    }
     set_time_control(settings.time_menu_id);
     clear_highlights();
     main_window->follow_pane_settings();

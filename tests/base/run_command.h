@@ -1,4 +1,4 @@
-// A shell command run to its end.
+// A shell command run to its end, and the words it is made of.
 #pragma once
 
 #include <sys/wait.h>
@@ -10,6 +10,17 @@ struct CommandResult {
     int status = -1;     // of its exit; -1 if a signal ended it
     std::string output;  // standard output and error
 };
+
+// One word of a command, whatever it holds: the folders of users have blanks in their names.
+inline std::string quoted(const std::string& word) {
+    std::string text = "'";
+    for (const char letter : word)
+        if (letter == '\'')
+            text += "'\\''";
+        else
+            text += letter;
+    return text + '\'';
+}
 
 inline CommandResult run_command(const std::string& command) {
     CommandResult result;

@@ -3,6 +3,7 @@
 
 #include <regex>
 
+#include "tests/base/run_command.h"
 #include "tests/cli/program.h"
 
 namespace {
@@ -63,7 +64,8 @@ TEST(CliAllScores, SearchValuesEveryMove) {
 TEST(CliAllScores, AnalyzeCommentsWithTheValues) {
     const TemporaryFolder folder;
     const std::string file = folder.write("one.pdn", "[Event \"x\"]\n1. 32-28 19-23 *\n");
-    const ProgramResult result = run_program("analyze " + file + " --time 0.01 --all-scores --threads 2");
+    const ProgramResult result =
+        run_program("analyze " + quoted(file) + " --time 0.01 --all-scores --threads 2");
     EXPECT_EQ(result.status, 0) << result.errors;
     const std::regex comment("\\{depth \\d+,  \\d+\\.\\d sec,  (\\d+[-x]\\d+,-?\\d+\\s+)+pv ");
     const auto begin = std::sregex_iterator(result.output.begin(), result.output.end(), comment);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "records/pdn_game.h"
+#include "tests/base/run_command.h"
 #include "tests/cli/program.h"
 #include "tests/cli/terminal.h"
 
@@ -136,9 +137,9 @@ TEST(CliAnalyze, AnEarlierAnalysisStandsUntilThereIsANewOne) {
 TEST(CliAnalyze, LeavesTheAnalysisOfTheProgramAlone) {
     const TemporaryFolder folder;
     folder.write("games.pdn", "1. 32-28 *");
-    const std::string program = "env XDG_DATA_HOME='" + folder.path.string() + "/data' '" + PROGRAM + "'";
-    const ProgramResult result =
-        run_program("-c \"" + program + " analyze games.pdn --time 0.01\"", "", folder.path, "sh");
+    const std::string command = "env XDG_DATA_HOME=" + quoted(folder.path / "data") + " " + quoted(PROGRAM) +
+                                " analyze games.pdn --time 0.01";
+    const ProgramResult result = run_program("-c " + quoted(command), "", folder.path, "sh");
     EXPECT_EQ(result.status, 0) << result.errors;
     int files = 0;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path / "data"))

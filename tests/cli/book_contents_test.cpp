@@ -42,6 +42,7 @@ TEST(CliBookContents, DumpTellsAllPositions) {
     EXPECT_EQ(sorted_lines(dump.output),
               (std::vector<std::string>{"B:W31,40:B1 1-6 - -2048", "B:W31:BK1 1-7 - 2047",
                                         "B:WK31:B2 2-8 - -7", "W:W31,40:B1 31-27 40-34 12"}));
+    EXPECT_EQ(run_program("book dump a.odb", "", folder.path).output, dump.output);
 }
 
 TEST(CliBookContents, CheckCountsThem) {

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <regex>
 
+#include "tests/base/run_command.h"
 #include "tests/cli/program.h"
 
 namespace {
@@ -148,11 +149,13 @@ constexpr const char* LONG =
     " book build a.odb --hash 1 --positions 1000000 --nodes 2000 --quick-nodes 200 --jobs 2 ";
 
 TEST_F(CliBook, AWorkerThatDiesEndsTheBuild) {
-    folder.write("script", std::string(PROGRAM) + LONG +
+    // Nothing is waited for when the build has ended.
+    const std::string wait = "do kill -0 $build || exit 9; sleep 0.05; done\n";
+    folder.write("script", quoted(PROGRAM) + LONG +
                                "&\nbuild=$!\n"
                                "workers() { cat /proc/$build/task/*/children; }\n"
-                               "while set -- $(workers); [ $# -lt 2 ]; do sleep 0.05; done\n"
-                               "while ! [ -s a.odb.work ]; do sleep 0.05; done\nkill -9 $2\nwait $build\n");
+                               "while set -- $(workers); [ $# -lt 2 ]; " +
+                               wait + "while ! [ -s a.odb.work ]; " + wait + "kill -9 $2\nwait $build\n");
     const ProgramResult result = run_program("script", "", folder.path, "/bin/sh");
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "tessarin-cli: a worker failed\n");
@@ -161,7 +164,7 @@ TEST_F(CliBook, AWorkerThatDiesEndsTheBuild) {
 
 TEST_F(CliBook, WorkThatCannotBeKeptEndsTheBuild) {
     // Files may have a kilobyte, as on a full disk.
-    folder.write("script", "trap '' XFSZ\nulimit -f 1\nexec " + (PROGRAM + std::string(LONG)));
+    folder.write("script", "trap '' XFSZ\nulimit -f 1\nexec " + quoted(PROGRAM) + LONG);
     const ProgramResult full = run_program("script", "", folder.path, "/bin/bash");
     EXPECT_EQ(full.status, 1);
     EXPECT_TRUE(full.errors.starts_with("tessarin-cli: cannot write ")) << full.errors;

@@ -188,6 +188,12 @@ TEST(CliPdn, PrintsTheLineForm) {
     EXPECT_EQ(result.output,
               "[Event \"\"]\n[Date \"\"]\n[White \"A\"]\n[Black \"B\"]\n[Result \"2-0\"]\n"
               "1. 32-28 19-23 2. 28x19 14x23 *\n\n");
+    EXPECT_EQ(result.errors, "");
+    folder.write("broken.pdn", "1. 32-28 20-15 2. 37-32 *\n1. 31-27 *");
+    const ProgramResult broken = run_program("pdn --print broken.pdn", "", folder.path);
+    EXPECT_EQ(broken.status, 0);
+    EXPECT_EQ(broken.errors,
+              "tessarin-cli: broken.pdn: 1 of 2 games are broken and end before a move that is not legal\n");
 }
 
 TEST(CliWeights, SeedWritesAWholeFile) {

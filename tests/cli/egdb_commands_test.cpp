@@ -4,6 +4,7 @@
 #include <regex>
 
 #include "cli/egdb_text.h"
+#include "tests/base/run_command.h"
 #include "tests/cli/program.h"
 #include "tests/cli/terminal.h"
 
@@ -99,9 +100,9 @@ TEST_F(CliEgdb, StatsOfFewerFilesThanThereCouldBe) {
 }
 
 TEST_F(CliEgdb, ProbesOnePositionOrMany) {
-    EXPECT_EQ(run("probe " + SHIPPED + " W:WK6:BK45").output, "W:WK6:BK45 draw\n");
+    EXPECT_EQ(run("probe " + quoted(SHIPPED) + " W:WK6:BK45").output, "W:WK6:BK45 draw\n");
     const ProgramResult many =
-        run("probe " + SHIPPED + " -",
+        run("probe " + quoted(SHIPPED) + " -",
             "W:WK6:BK45\n\n  \nB:WK6,7:B45 \t\r\nnonsense\nW:W3:B20\nW:WK1:B7\nW:WK8:BK13,K19,K37\n"
             "W:W31,32,33,34:B1\nW:W6:B49");
     EXPECT_EQ(many.status, 1) << "not all of them are positions";
@@ -111,17 +112,17 @@ TEST_F(CliEgdb, ProbesOnePositionOrMany) {
     EXPECT_EQ(many.output,
               "W:WK6:BK45 draw\nB:WK6,7:B45 loss\nW:WK1:B7 capture\nW:WK8:BK13,K19,K37 loss\n"
               "W:W31,32,33,34:B1 unavailable\n");
-    const ProgramResult numbers =
-        run("probe " + SHIPPED + " - --mtc " + SHIPPED_MTC, "W:WK8:BK13,K19,K37\nW:WK6:BK45\n");
+    const ProgramResult numbers = run("probe " + quoted(SHIPPED) + " - --mtc " + quoted(SHIPPED_MTC),
+                                      "W:WK8:BK13,K19,K37\nW:WK6:BK45\n");
     EXPECT_EQ(numbers.status, 0) << numbers.errors;
     EXPECT_EQ(numbers.output, "W:WK8:BK13,K19,K37 loss 14\nW:WK6:BK45 draw 1\n");
     expect_error("probe none W:WK6:BK45", "no database can be read in none");
-    expect_error("probe " + SHIPPED + " W:WK6:BK45 --mtc none",
+    expect_error("probe " + quoted(SHIPPED) + " W:WK6:BK45 --mtc none",
                  "no moves-to-conversion database can be read in none");
 }
 
 TEST_F(CliEgdb, AnInterruptEndsTheQuestionsAtOnce) {
-    RunningProgram program("egdb probe " + SHIPPED + " -", folder.path);
+    RunningProgram program("egdb probe " + quoted(SHIPPED) + " -", folder.path);
     ASSERT_TRUE(program.type("W:WK6:BK45"));
     program.interrupt();
     EXPECT_EQ(wait_for_child(program.child), 128 + 2);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "eval/weights.h"
+#include "tests/base/run_command.h"
 #include "tests/cli/program.h"
 #include "tests/cli/terminal.h"
 #include "tools/selfplay.h"
@@ -137,8 +138,8 @@ TEST_F(CliSelfplay, TellsWhatIsWrong) {
     expect_error("selfplay --out notes.txt", "notes.txt holds no games of selfplay");
     EXPECT_EQ(content("notes.txt"), "notes");
     // The disk is full after a kilobyte.
-    folder.write("script",
-                 "trap '' XFSZ\nulimit -f 1\n" PROGRAM " selfplay --out games --games 50 --depth 1\n");
+    folder.write("script", "trap '' XFSZ\nulimit -f 1\n" + quoted(PROGRAM) +
+                               " selfplay --out games --games 50 --depth 1\n");
     const ProgramResult full = run_program("script", "", folder.path, "/bin/bash");
     EXPECT_EQ(full.status, 1);
     EXPECT_NE(full.errors.find("cannot write "), std::string::npos) << full.errors;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "records/pdn_game.h"
+#include "tests/base/run_command.h"
 #include "tests/cli/program.h"
 
 namespace {
@@ -309,8 +310,8 @@ TEST_F(CliPlay, WhatIsNotThereOrCannotBeWritten) {
     EXPECT_EQ(scores.status, 1);
     EXPECT_EQ(scores.errors, "tessarin-cli: analyze, or analyze allscores\n");
     // No file can grow, as on a full disk.
-    folder.write("script", "( trap '' XFSZ\nulimit -f 0\nexec env XDG_DATA_HOME=data " PROGRAM
-                           " play --quiet --book off --hash 4 --time 0.02 ) 2>&1 | cat\n");
+    folder.write("script", "( trap '' XFSZ\nulimit -f 0\nexec env XDG_DATA_HOME=data " + quoted(PROGRAM) +
+                               " play --quiet --book off --hash 4 --time 0.02 ) 2>&1 | cat\n");
     const ProgramResult full =
         run_program("script", "mode twoplayers\n32-28\nanalyze\nwait\n", folder.path, "/bin/bash");
     EXPECT_EQ(lines_with(full.output, "tessarin-cli: The game could not be written to the file.").size(), 1u)

@@ -12,14 +12,16 @@
 #include <thread>
 #include <vector>
 
+#include "tests/base/run_command.h"
+
 ProgramResult run_program(const std::string& arguments, const std::string& input,
                           const std::filesystem::path& folder, const std::string& program) {
     const TemporaryFolder files;
     const std::string in = files.write("in", input);
     const std::string out = files.path / "out", err = files.path / "err";
     // Behind these redirections the arguments may have others of their own.
-    const std::string command = "cd '" + folder.string() + "' && '" + program + "' <'" + in + "' >'" + out +
-                                "' 2>'" + err + "' " + arguments;
+    const std::string command = "cd " + quoted(folder) + " && " + quoted(program) + " <" + quoted(in) + " >" +
+                                quoted(out) + " 2>" + quoted(err) + " " + arguments;
     const int status = std::system(command.c_str());  // NOLINT(cert-env33-c): a shell is what users have
     ProgramResult result;
     if (WIFEXITED(status)) result.status = WEXITSTATUS(status);
@@ -39,7 +41,7 @@ int count_lines(const std::string& text) {
 }
 
 TemporaryFolder::TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "tessarin-test-XXXXXX").string();
+    std::string name = (std::filesystem::temp_directory_path() / "tessarin test-XXXXXX").string();
     path = mkdtemp(name.data());
 }
 
@@ -69,8 +71,8 @@ RunningProgram::RunningProgram(const std::string& arguments, const std::filesyst
     std::signal(SIGINT, SIG_DFL);
     // The shell becomes the program, so that the interrupt reaches it.
     const std::vector<std::string> shell = {"sh", "-c",
-                                            "cd '" + folder.string() + "' && exec '" + PROGRAM + "' 2>'" +
-                                                (files.path / "err").string() + "' " + arguments};
+                                            "cd " + quoted(folder) + " && exec " + quoted(PROGRAM) + " 2>" +
+                                                quoted(files.path / "err") + " " + arguments};
     start_child(child, "/bin/sh", shell);
 }
 

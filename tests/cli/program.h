@@ -23,7 +23,7 @@ std::string last_line(const std::string& text);
 // The number of lines of a text.
 int count_lines(const std::string& text);
 
-// A folder that goes with the test.
+// A folder that goes with the test. Its name has a blank, as those of users may.
 struct TemporaryFolder {
     std::filesystem::path path;
 

@@ -1,58 +1,9 @@
 #include "control/analyze_games.h"
 
-#include <filesystem>
-
 #include "base/files.h"
-#include "base/program_paths.h"
 #include "control/game_clock.h"
-#include "control/load_save.h"
 #include "control/time_control.h"
-#include "tests/control/record_fixture.h"
-
-namespace {
-
-std::atomic<int> searched_positions{0};
-
-// Answers with the first move and numbers its texts, so that each comment tells which search it is from.
-int first_and_count(const Position&, int, const MoveList&) {
-    ++searched_positions;
-    return 0;
-}
-
-class AnalyzeGames : public RecordTest {
-  protected:
-    void SetUp() override {
-        RecordTest::SetUp();
-        program_paths.data_folder = folder;
-        script.think = first_and_count;
-        searched_positions = 0;
-    }
-
-    void load(const std::string& content) {
-        load_pdn_game(write_file("load.pdn", content));
-        clear_events();
-    }
-    void analyze_pdn(const std::string& content, bool all_scores = false) {
-        answers.load_path = write_file("games.pdn", content);
-        analyze_pdn_command(all_scores);
-    }
-    // The search that runs ends, and the next one is held.
-    static void hold_next_search() {
-        ASSERT_TRUE(wait_for_search());
-        script.hold = true;
-        timer_tick();
-        wait_until_held();
-    }
-    // Ticks until the mode is left.
-    static void run() {
-        while (is_analyze_mode(game.gui_mode)) finish_search();
-    }
-    std::string output() const { return content_of(folder + "analysis.txt"); }
-};
-
-constexpr const char* NO_TAGS = "[Event \"\"]\n[Date \"\"]\n[White \"\"]\n[Black \"\"]\n[Result \"*\"]\n";
-
-}  // namespace
+#include "tests/control/analyze_fixture.h"
 
 TEST_F(AnalyzeGames, AGameOfOneMove) {
     load("32-28 *");
@@ -163,9 +114,22 @@ TEST_F(AnalyzeGames, AGameThatBreaksEndsThere) {
     analyze_pdn("1. 32-28 20-15 2. 37-32 * 31-27 *");
     run();
     EXPECT_EQ(output(),
-              "1. 32-28 {book 0}\n   20-15 {book 0}\n   37-32 {book 0}\n*\n\n\n"
+              "1. 32-28 {book 0}\n   20-15 {book 0}\n         {book 0}\n*\n\n\n"
               "1. 31-27 {book 0}\n         {book 0}\n*\n\n\n");
     EXPECT_EQ(searched_positions, 3 + 2) << "its last position is searched twice";
+}
+
+// Saving what is on the board behind an analysis must not give one game's moves to another's players.
+TEST_F(AnalyzeGames, TheHeadersAreThoseOfTheGameOnTheBoard) {
+    set_game_header(game.headers, "White", "Me");
+    analyze_pdn("[White \"A\"] 32-28 * [Black \"B\"] 31-27 *");
+    run();
+    EXPECT_STREQ(game.headers.white.data(), "");
+    EXPECT_STREQ(game.headers.black.data(), "B");
+    load("[White \"Me\"] 32-28 19-23 *");
+    analyze_game_command(false);
+    run();
+    EXPECT_STREQ(game.headers.white.data(), "Me");
 }
 
 TEST_F(AnalyzeGames, AGameOfTheBoardThatBroke) {
@@ -207,61 +171,6 @@ TEST_F(AnalyzeGames, TheAllScoresForms) {
     EXPECT_NE(output().find("{value="), std::string::npos) << output();
 }
 
-TEST_F(AnalyzeGames, TheOutputHasTheNumberOfTheCopy) {
-    program_paths.instance_suffix = "[3]";
-    load("32-28 *");
-    analyze_game_command(false);
-    run();
-    EXPECT_GT(file_size(folder + "analysis[3].txt"), 0);
-    EXPECT_EQ(file_size(folder + "analysis.txt"), -1);
-}
-
-TEST_F(AnalyzeGames, ANewCommandDropsTheOldOutput) {
-    write_file("analysis.txt", "old");
-    load("32-28 *");
-    script.hold = true;
-    analyze_game_command(false);
-    EXPECT_EQ(file_size(folder + "analysis.txt"), -1);
-    cancel_analyze_command();
-    EXPECT_EQ(file_size(folder + "analysis.txt"), -1);
-}
-
-TEST_F(AnalyzeGames, AnOutputThatCannotBeWrittenEndsNothingAndIsTold) {
-    program_paths.data_folder = folder + "no/such/folder/";
-    analyze_pdn("32-28 * 31-27 *");
-    run();
-    EXPECT_EQ(searched_positions, 4);
-    EXPECT_EQ(events_of("box"), Events{"box Error: The game could not be written to the file."});
-    EXPECT_TRUE(answers.opened.empty());
-    EXPECT_EQ(game.gui_mode, NORMAL_MODE);
-    EXPECT_EQ(file_size(folder + "no/such/folder/analysis.txt"), -1);
-    clear_events();
-    program_paths.data_folder = folder;
-    analyze_pdn("32-28 *");
-    run();
-    EXPECT_EQ(count_events("box"), 0) << "the next one can be written";
-    EXPECT_EQ(answers.opened.size(), 1u);
-}
-
-TEST_F(AnalyzeGames, TheOutputIsNotAnalysedItself) {
-    write_file("analysis.txt", "32-28 *");
-    std::filesystem::create_symlink(folder + "analysis.txt", folder + "link.pdn");
-    for (const char* const name : {"analysis.txt", "link.pdn"}) {
-        clear_events();
-        answers.load_path = folder + name;
-        analyze_pdn_command(false);
-        EXPECT_EQ(events_of("box"), Events{"box Error: Cannot open PDN file."}) << name;
-        EXPECT_EQ(game.gui_mode, NORMAL_MODE) << name;
-        EXPECT_EQ(output(), "32-28 *") << "it would be lost before it is written anew";
-    }
-    // Where the games go elsewhere it may be.
-    analysis_output = {[] {}, [](const PdnTable&, uint32_t, int) {}, [] {}};
-    analyze_pdn_command(false);
-    EXPECT_EQ(game.gui_mode, ANALYZE_PDN_MODE);
-    run();
-    EXPECT_EQ(output(), "32-28 *");
-}
-
 TEST_F(AnalyzeGames, WithoutMovesNothingIsAnalysed) {
     set_gui_mode(TWO_PLAYERS_MODE);
     clear_events();
@@ -269,15 +178,6 @@ TEST_F(AnalyzeGames, WithoutMovesNothingIsAnalysed) {
     EXPECT_EQ(events_of("box"), Events{"box Info: There are no moves in the current game."});
     EXPECT_EQ(game.gui_mode, NORMAL_MODE);
     EXPECT_FALSE(search_thread.searching);
-}
-
-TEST_F(AnalyzeGames, TheFirstGameBeginsTheOutputAfresh) {
-    write_file("analysis.txt", "of another program");
-    analysis_output.begin = [] {};
-    load("32-28 *");
-    analyze_game_command(false);
-    run();
-    EXPECT_TRUE(output().starts_with("[Event ")) << output();
 }
 
 TEST_F(AnalyzeGames, AResultThatNobodyHasSeenIsForgotten) {
@@ -545,39 +445,6 @@ TEST_F(AnalyzeGames, AGameBeyond800Entries) {
 }
 
 // What is written reads back as the game that was analysed, for real games and random ones.
-TEST_F(AnalyzeGames, TheOutputIsTheGames) {
-    std::mt19937 random(51);
-    std::vector<std::vector<ReplayState>> games;
-    for (int i = 0; i < 20; ++i) {
-        games.push_back(random_game(random, 30, i % 3 != 0));
-        set_game(games.back());
-        save_game_to_file(folder + "random.pdn");
-    }
-    PdnTable real;
-    ASSERT_EQ(pdn_read_file(TEST_DATA "/games/loi20.pdn", real), 0);
-    bool broken = false;
-    for (int i = 0; i < pdn_game_count(real); ++i)
-        games.push_back(replay(real[static_cast<size_t>(i)].get(), broken));
-    write_file("all.pdn", content_of(folder + "random.pdn") + content_of(TEST_DATA "/games/loi20.pdn"));
-    answers.load_path = folder + "all.pdn";
-    analyze_pdn_command(false);
-    run();
-    PdnTable written;
-    ASSERT_EQ(pdn_read_file(folder + "analysis.txt", written), 0);
-    ASSERT_EQ(pdn_game_count(written), static_cast<int>(games.size()));
-    for (size_t i = 0; i < games.size(); ++i) {
-        const std::vector<ReplayState> read = replay(written[i].get(), broken);
-        ASSERT_FALSE(broken) << i;
-        ASSERT_EQ(read.size(), games[i].size()) << i;
-        for (size_t entry = 0; entry < read.size(); ++entry) expect_same_state(games[i][entry], read[entry]);
-        int comments = 0;
-        // The dots in front of a first move of black's read as a comment too.
-        for (const PdnNode* node = written[i].get(); node; node = node->next)
-            comments += node->kind == PDN_COMMENT && node->token.text[0] == '{';
-        EXPECT_EQ(comments, static_cast<int>(games[i].size())) << "one for each position of game " << i;
-    }
-}
-
 TEST_F(AnalyzeGames, CommandsByTheirIds) {
     EXPECT_FALSE(run_analyze_command(40112));
     EXPECT_FALSE(run_analyze_command(40113));

@@ -25,12 +25,12 @@ class Start : public testing::Test {
     }
     std::string log() const { return home.file("data/Quillorn/Tessarin International/Tessarin.log"); }
 
-    // Runs the program until it has headed its log, for a minute at most, and ends it from outside: 143 if it
-    // ran until then.
-    CommandResult run_until_started(const std::string& program) const {
-        return run_command(program + " & program=$!; for i in $(seq 600); do grep -q '^MTC directory' '" +
-                           log() +
-                           "' 2>/dev/null && break; sleep 0.1; done; kill -TERM $program; wait $program");
+    // Runs the command of the program until it has headed its log, for a minute at most, and ends it from
+    // outside: 143 if it ran until then.
+    CommandResult run_until_started(const std::string& command) const {
+        return run_command(command + " & program=$!; for i in $(seq 600); do grep -q '^MTC directory' " +
+                           quoted(log()) +
+                           " 2>/dev/null && break; sleep 0.1; done; kill -TERM $program; wait $program");
     }
 
     ScratchFolder home;
@@ -40,7 +40,7 @@ class Start : public testing::Test {
 }  // namespace
 
 TEST_F(Start, WithoutADisplayItSaysSo) {
-    const CommandResult result = run_command(PROGRAM);
+    const CommandResult result = run_command(quoted(PROGRAM));
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(
         result.output,
@@ -50,7 +50,7 @@ TEST_F(Start, WithoutADisplayItSaysSo) {
 
 TEST_F(Start, ADisplayThatIsNotThereIsNamed) {
     environment.set("DISPLAY", ":987");
-    const CommandResult result = run_command(PROGRAM);
+    const CommandResult result = run_command(quoted(PROGRAM));
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(result.output.starts_with("tessarin: there is no display to open a window on: "));
     EXPECT_NE(result.output.find(":987"), std::string::npos) << result.output;
@@ -58,14 +58,14 @@ TEST_F(Start, ADisplayThatIsNotThereIsNamed) {
 
 TEST_F(Start, AnUnknownPlatformIsNamed) {
     environment.set("QT_QPA_PLATFORM", "nosuchplatform");
-    const CommandResult result = run_command(PROGRAM);
+    const CommandResult result = run_command(quoted(PROGRAM));
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.output.find("nosuchplatform"), std::string::npos) << result.output;
 }
 
 TEST_F(Start, RunsWithTheDataFilesBesideIt) {
     environment.set("QT_QPA_PLATFORM", "offscreen");
-    const CommandResult result = run_until_started(PROGRAM);
+    const CommandResult result = run_until_started(quoted(PROGRAM));
     EXPECT_EQ(result.status, 143) << result.output;
     const std::string text = content_of(log());
     EXPECT_NE(text.find("engine: Tessarin International(x64) 1.60b\n"), std::string::npos) << text;
@@ -74,18 +74,18 @@ TEST_F(Start, RunsWithTheDataFilesBesideIt) {
 
 TEST_F(Start, RunsWithoutAnyOtherFileButTheWeights) {
     environment.set("QT_QPA_PLATFORM", "offscreen");
-    const std::string folder = home.file("alone/");
+    const std::string folder = home.file("all alone/");
     std::filesystem::create_directories(folder);
     std::filesystem::copy_file(PROGRAM, folder + "tessarin");
     std::filesystem::copy_file(std::filesystem::path(PROGRAM).parent_path() / "weights.bin",
                                folder + "weights.bin");
-    const CommandResult result = run_until_started(folder + "tessarin");
+    const CommandResult result = run_until_started(quoted(folder + "tessarin"));
     EXPECT_EQ(result.status, 143) << result.output;
     EXPECT_NE(content_of(log()).find("engine: "), std::string::npos);
 }
 
 // The option of the platform that begins with the same letters is not ours.
 TEST_F(Start, OptionsOfTheToolkitAreItsOwn) {
-    const CommandResult result = run_until_started(PROGRAM " -platform offscreen -style Fusion");
+    const CommandResult result = run_until_started(quoted(PROGRAM) + " -platform offscreen -style Fusion");
     EXPECT_EQ(result.status, 143) << result.output;
 }

@@ -32,7 +32,7 @@ MUTATIONS = [
     ("shell/qt/commands.cpp", "if (game.gui_mode != DXP_MODE) game_time_dialog(main_window);", "game_time_dialog(main_window);", "gui_menu_tests gui_network_tests"),
     ("shell/qt/commands.cpp", "    set_time_control(settings.time_menu_id);\n    clear_highlights();",
      "    set_time_control(settings.time_menu_id);", "gui_menu_tests gui_frame_tests"),
-    ("shell/qt/commands.cpp", "    if (discard_search())\n        status = reset_settings();", "    if (wait_for_search())\n        status = reset_settings();", "gui_menu_tests gui_frame_tests"),
+    ("shell/qt/commands.cpp", "    if (discard_search()) {\n        status = reset_settings();", "    if (wait_for_search()) {\n        status = reset_settings();", "gui_menu_tests gui_frame_tests"),
     # The timer and what other threads post.
     ("shell/qt/interface_thread.cpp", "while (!waiting.empty() && !pausing) {", "while (!waiting.empty()) {", "gui_ui_tests gui_ticks_tests"),
     ("shell/qt/interface_thread.cpp", "    r->since_tick.invalidate();\n    // What came in", "    // What came in", "gui_ui_tests gui_ticks_tests"),

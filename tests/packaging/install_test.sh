@@ -10,6 +10,8 @@ cmake=$1 build=$2 kind=$3
 
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM
 fail() {
     echo "FAILED: $*" >&2
     exit 1

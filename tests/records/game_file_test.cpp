@@ -106,6 +106,23 @@ TEST_F(GameFiles, AppendingKeepsWhatIsThere) {
     EXPECT_EQ(content(), "b");
 }
 
+// Of a DOS program, and of a disk that has lost the end of the file.
+TEST_F(GameFiles, AppendingBehindAMarkOfTheEnd) {
+    for (const std::string& end :
+         {std::string("\x1a"), std::string("\r\n\x1a\x1a"), std::string(300, '\0')}) {
+        write("[Event \"a\"]\n1. 32-28 *\n" + end);
+        ASSERT_EQ(append_game_text(path, "[Event \"b\"]\n1. 31-26 *\n\n"), 0);
+        std::string text;
+        PdnOffsets offsets;
+        ASSERT_EQ(load_game_file(path, text, offsets), GAME_FILE_READ);
+        EXPECT_EQ(offsets.size(), 3u) << "two games and their end " << testing::PrintToString(end);
+        EXPECT_TRUE(text.starts_with("[Event \"a\"]\n1. 32-28 *\n"));
+    }
+    write(std::string(5, '\x1a'));
+    ASSERT_EQ(append_game_text(path, "1. 31-26 *\n"), 0);
+    EXPECT_EQ(content(), "1. 31-26 *\n");
+}
+
 TEST_F(GameFiles, AppendingToWhatCannotBeWritten) {
     EXPECT_EQ(append_game_text(testing::TempDir(), "b"), 1);
     EXPECT_EQ(append_game_text(path + "/no/folder", "b"), 1);
