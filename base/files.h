@@ -32,14 +32,15 @@ int read_file(const std::string& path, std::string& text);
 
 // Writes `bytes` bytes aside, flushes them to the disk and renames the new file over `path`, so that the file
 // is at every moment the old one or the new one, also when several threads or processes write it at once: the
-// last one stands. A link stays one, and the file that it leads to is replaced; the new file has the rights of
-// the old one. 0, or 1 if it could not be written, or `path` is no regular file; what was there then stands.
+// last one stands. A link stays one, and the file that it leads to is replaced; the new file has the rights
+// of the old one. 0, or 1 if it could not be written, or `path` is no regular file; what was there then
+// stands.
 int replace_file(const std::string& path, const void* data, size_t bytes);
 
 // True if `replace_file` would find its way: nothing in the path but the last name is missing, and a file can
 // be made there.
 bool can_replace_file(const std::string& path);
 
-// Keeps all others that ask for it from the open file, until it is closed. False if another process or another
-// opening of the file has it. On a file system without such locks everyone gets it.
+// Keeps all others that ask for it from the open file, until it is closed. False if another process or
+// another opening of the file has it. On a file system without such locks everyone gets it.
 bool lock_file(std::FILE* file);

@@ -28,7 +28,7 @@ struct EgdbBuildOptions {
 struct EgdbBuildProgress {
     std::atomic<int64_t> done = 0;
     std::atomic<int64_t> kept = 0;  // of that: what an earlier run had done
-    std::atomic<int64_t> all = 0;  // in the same unit, from the start of the build
+    std::atomic<int64_t> all = 0;   // in the same unit, from the start of the build
 };
 
 enum EgdbBuildStatus {

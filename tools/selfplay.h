@@ -41,5 +41,6 @@ struct SelfplayOptions {
 using SelfplayProgress = bool (*)(int64_t games, int64_t records);
 
 // Plays until the file holds `games` games, going on behind those it has. The engine must be started. 0; 1 if
-// the file cannot be read or written; 2 if it holds something else, which it keeps; 3 if another run writes it.
+// the file cannot be read or written; 2 if it holds something else, which it keeps; 3 if another run writes
+// it.
 int selfplay(const SelfplayOptions& options, SelfplayProgress progress);
