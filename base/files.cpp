@@ -187,9 +187,11 @@ bool can_replace_file(const std::string& path) {
     return true;
 }
 
-bool lock_file(std::FILE* file) {
+int try_lock(int descriptor) {
     int status;
-    do status = flock(fileno(file), LOCK_EX | LOCK_NB);
+    do status = flock(descriptor, LOCK_EX | LOCK_NB);
     while (status != 0 && errno == EINTR);
-    return status == 0 || errno != EWOULDBLOCK;
+    return status == 0 ? 0 : errno;
 }
+
+bool lock_file(std::FILE* file) { return try_lock(fileno(file)) != EWOULDBLOCK; }

@@ -41,6 +41,10 @@ int replace_file(const std::string& path, const void* data, size_t bytes);
 // be made there.
 bool can_replace_file(const std::string& path);
 
+// Locks the open file against all others who lock it, until it is closed, without waiting: 0, EWOULDBLOCK if
+// another process or another opening of the file has it, or what else the system's `errno` says.
+int try_lock(int descriptor);
+
 // Keeps all others that ask for it from the open file, until it is closed. False if another process or
 // another opening of the file has it. On a file system without such locks everyone gets it.
 bool lock_file(std::FILE* file);

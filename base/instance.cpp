@@ -1,25 +1,19 @@
 #include "base/instance.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <utility>
 
+#include "base/files.h"
+
 namespace {
 
 // Lock files are never removed: a process that had just opened one would lock a file that nobody else sees.
 // The sticky bit asks those who clean such folders to leave them too.
 constexpr mode_t LOCK_FILE_MODE = S_ISVTX | S_IRUSR | S_IWUSR;
-
-int try_lock(int descriptor) {
-    int status;
-    do status = flock(descriptor, LOCK_EX | LOCK_NB);
-    while (status != 0 && errno == EINTR);
-    return status;
-}
 
 }  // namespace
 
@@ -48,15 +42,15 @@ InstanceLock claim_instance(const std::string& folder, const std::string& name) 
         const std::string path = folder + name + "_sem" + std::to_string(number);
         const int descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
         if (descriptor < 0) return lock;
-        if (try_lock(descriptor) == 0) {
+        const int status = try_lock(descriptor);
+        if (status == 0) {
             fchmod(descriptor, LOCK_FILE_MODE);
             lock.descriptor = descriptor;
             lock.claimed_number = number;
             return lock;
         }
-        const bool taken = errno == EWOULDBLOCK;
         close(descriptor);
-        if (!taken) return lock;
+        if (status != EWOULDBLOCK) return lock;
     }
     return lock;
 }

@@ -44,7 +44,8 @@ void set_option(const Socket& s, int level, int option, int value = 1) {
 }
 
 // Messages are short and wait for no others. A machine that is gone while this side waits for it is found out
-// within a minute: behind so many seconds of silence it is asked, so often, each time so many seconds long.
+// within a minute: behind so many seconds of silence it is asked, so often, each time so many seconds long;
+// and what was sent is not repeated for longer than all of that.
 void set_up_connection(const Socket& s) {
     constexpr int SILENCE = 30;
     constexpr int QUESTIONS = 3;
@@ -54,6 +55,7 @@ void set_up_connection(const Socket& s) {
     set_option(s, IPPROTO_TCP, TCP_KEEPCNT, QUESTIONS);
     set_option(s, IPPROTO_TCP, TCP_KEEPINTVL, QUESTION_LASTS);
     set_option(s, SOL_SOCKET, SO_KEEPALIVE);
+    set_option(s, IPPROTO_TCP, TCP_USER_TIMEOUT, 1000 * (SILENCE + QUESTIONS * QUESTION_LASTS));
 }
 
 // Polls for the events, through interruptions. True if there was one within the time.

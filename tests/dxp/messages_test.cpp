@@ -432,8 +432,8 @@ TEST(DxpMessages, TheLocalePlaysNoPart) {
     std::ofstream(folder.file("source"))
         << "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n";
     // Its other categories are missing, of which it warns.
-    const std::string command = "localedef -c -i " + folder.file("source") + " -f ANSI_X3.4-1968 " +
-                                folder.file("comma") + " >" + folder.file("log") + " 2>&1 || true";
+    const std::string command =
+        "cd '" + folder.path + "' && localedef -c -i source -f ANSI_X3.4-1968 ./comma >log 2>&1 || true";
     ASSERT_EQ(std::system(command.c_str()), 0);
     setenv("LOCPATH", folder.path.c_str(), 1);
     if (!std::setlocale(LC_NUMERIC, "comma")) GTEST_SKIP() << "no locale can be made";

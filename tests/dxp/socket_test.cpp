@@ -56,6 +56,8 @@ TEST(Sockets, ASilentPeerIsAskedSoon) {
         EXPECT_EQ(option_of(*s, IPPROTO_TCP, TCP_KEEPIDLE), 30);
         EXPECT_EQ(option_of(*s, IPPROTO_TCP, TCP_KEEPCNT), 3);
         EXPECT_EQ(option_of(*s, IPPROTO_TCP, TCP_KEEPINTVL), 10);
+        EXPECT_EQ(option_of(*s, IPPROTO_TCP, TCP_USER_TIMEOUT), 60000)
+            << "with something sent that is not answered";
     }
 }
 

@@ -10,6 +10,8 @@
 #include "control/analyze_games.h"
 #include "control/load_save.h"
 #include "control/text_ids.h"
+#include "search/engine_settings.h"
+#include "search/table.h"
 #include "shell/qt/arrangement.h"
 #include "shell/qt/menu_state.h"
 #include "shell/qt/text.h"
@@ -376,6 +378,23 @@ TEST_F(Frame, ResetSettingsEndsTheSearch) {
     run_command(COMMAND_RESET_SETTINGS);
     EXPECT_FALSE(real_search_runs());
     EXPECT_TRUE(search_thread.this_search_aborted) << "stopped before, not ended by what was taken from it";
+}
+
+// What a search that has not come back works with stays as it is; the next one follows.
+TEST_F(Frame, ResetSettingsLeavesASearchAloneThatDoesNotComeBack) {
+    save_images(small_image().put32(56, 2).sealed(), "short");
+    open_small();
+    ASSERT_EQ(engine_settings.search_threads, 2);
+    ASSERT_TRUE(discard_search());
+    search_thread.search_done_event.reset();
+    search_thread.wait_limit_ms = 1;
+    run_command(COMMAND_RESET_SETTINGS);
+    search_thread.wait_limit_ms = SEARCH_WAIT_MS;
+    search_thread.search_done_event.signal();
+    EXPECT_EQ(settings.search_threads, 1);
+    EXPECT_NE(settings.hash_mb, SMALL_HASH_MB);
+    EXPECT_EQ(engine_settings.search_threads, 2);
+    EXPECT_EQ(transposition_table.size_mb, SMALL_HASH_MB);
 }
 
 TEST_F(Frame, DamagedSettingsAreDefaults) {

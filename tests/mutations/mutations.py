@@ -109,6 +109,7 @@ MUTATIONS = [
      "if (token.to == 0 && token.from == 1) return PDN_WHITE_WIN;", "records_tests"),
     ("control/search_thread.cpp", "if (!pondered) charge_engine_time(end);", "charge_engine_time(end);", "control_game_tests control_tests"),
     ("dxp/socket.cpp", "if (ready >= 0 || errno != EINTR) return ready > 0;", "return ready > 0;", "dxp_connection_tests"),
+    ("dxp/socket.cpp", "    set_option(s, IPPROTO_TCP, TCP_USER_TIMEOUT", "    if (s.open() && false) set_option(s, IPPROTO_TCP, TCP_USER_TIMEOUT", "dxp_connection_tests"),
     ("shell/languages_text.cpp", "if (value && (number > 0 || key == CAPTION_KEY)) controls.emplace_back(number, *value);",
      "if (value) controls.emplace_back(number, *value);", "shell_language_tests"),
     ("tools/match.cpp", "const int white_player = number == 0 ? PLAYER_A : PLAYER_B;", "const int white_player = PLAYER_A;", "tools_tests"),
