@@ -51,11 +51,12 @@ struct Place {
     std::optional<mode_t> rights;  // those of the file that is there
 };
 
-// Behind all links of the path. False if something is there that is no regular file.
+// Behind all links of the path. False if something is there that is no regular file, or may be there but
+// cannot be looked at.
 bool find_place(const std::string& path, Place& place) {
     place.path = path;
     struct stat status;
-    if (stat(path.c_str(), &status) != 0) return true;
+    if (stat(path.c_str(), &status) != 0) return errno == ENOENT;
     if (!S_ISREG(status.st_mode)) {
         errno = EINVAL;
         return false;
@@ -188,6 +189,7 @@ bool can_replace_file(const std::string& path) {
 }
 
 int try_lock(int descriptor) {
+    fcntl(descriptor, F_SETFD, FD_CLOEXEC);
     int status;
     do status = flock(descriptor, LOCK_EX | LOCK_NB);
     while (status != 0 && errno == EINTR);

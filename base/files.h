@@ -32,9 +32,9 @@ int read_file(const std::string& path, std::string& text);
 
 // Writes `bytes` bytes aside, flushes them to the disk and renames the new file over `path`, so that the file
 // is at every moment the old one or the new one, also when several threads or processes write it at once: the
-// last one stands. A link stays one, and the file that it leads to is replaced; the new file has the rights
-// of the old one. 0, or 1 if it could not be written, or `path` is no regular file; what was there then
-// stands.
+// last one stands. A link stays one, and the file that it leads to is replaced, but one that leads nowhere is
+// a name like any other; the new file has the rights of the old one. 0, or 1 if it could not be written, or
+// `path` is no regular file; what was there then stands.
 int replace_file(const std::string& path, const void* data, size_t bytes);
 
 // True if `replace_file` would find its way: nothing in the path but the last name is missing, and a file can
@@ -42,7 +42,8 @@ int replace_file(const std::string& path, const void* data, size_t bytes);
 bool can_replace_file(const std::string& path);
 
 // Locks the open file against all others who lock it, until it is closed, without waiting: 0, EWOULDBLOCK if
-// another process or another opening of the file has it, or what else the system's `errno` says.
+// another process or another opening of the file has it, or what else the system's `errno` says. Programs
+// that this process starts do not get the file, so they do not keep it locked.
 int try_lock(int descriptor);
 
 // Keeps all others that ask for it from the open file, until it is closed. False if another process or

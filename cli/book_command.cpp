@@ -123,9 +123,9 @@ void check_lines(const CheckOptions& options) {
         ++searched;
         plies += end.plies;
         difference += std::abs(value - end.value);
-        const double each = static_cast<double>(clock_ms() - start) / 1000 / static_cast<double>(searched);
-        show_progress(std::to_string(searched) + " of " + std::to_string(ends.size()) + " lines, time left " +
-                      duration_text(each * static_cast<double>(ends.size() - static_cast<size_t>(searched))));
+        const auto left = static_cast<int64_t>(ends.size()) - searched;
+        show_progress(std::to_string(searched) + " of " + std::to_string(ends.size()) + " lines" +
+                      time_left_text(start, static_cast<double>(searched), static_cast<double>(left)));
         if (for_book >= -options.margin) continue;
         ++lost;
         char fen[FEN_TEXT_SIZE];
@@ -185,19 +185,27 @@ void add_book_command(CLI::App& program) {
     book->require_subcommand(1);
     add_book_build(*book);
     const auto file = std::make_shared<std::string>();
-    const auto fen = std::make_shared<std::string>();
+    const auto words = std::make_shared<std::vector<std::string>>();
     const auto mode = std::make_shared<int>(BOOK_BEST_MOVES);
     CLI::App* const probe = book->add_subcommand(
         "probe",
         "Print what the book says to a position: its moves, each with its value, positive when good for\n"
         "black, and how many book moves follow it; a star marks those that are chosen from");
-    probe->add_option("FEN", *fen, "Position, or - for one position on each line of standard input")
+    probe
+        ->add_option("FEN", *words,
+                     "Position, or - for one position on each line of standard input; before it a book")
+        ->option_text("or FILE FEN")
         ->required();
     probe->add_option("--book", *file, "Book; the program's own if none is given");
     probe->add_option("--mode", *mode, "1 all kinds of moves, 2 good moves, 3 best moves")
         ->check(CLI::Range(1, 3))
         ->capture_default_str();
-    probe->callback([file, fen, mode] { run_probe(*file, *fen, *mode); });
+    probe->callback([file, words, mode] {
+        const bool named = words->size() > 1;
+        if (words->size() > 2) throw CLI::ExtrasError({words->back()});
+        if (named && !file->empty()) throw CLI::ExcludesError("FILE", "--book");
+        run_probe(named ? words->front() : *file, words->back(), *mode);
+    });
     CLI::App* const dump = book->add_subcommand(
         "dump", "Print all positions of a book, each with its best and second-best move and its value");
     dump->add_option("--book,FILE", *file, "Book; the program's own if none is given");

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <string>
 
+#include "base/clock.h"
 #include "base/files.h"
 #include "base/program_paths.h"
 #include "eval/weights.h"
@@ -129,4 +130,9 @@ std::string duration_text(double seconds) {
     else
         std::snprintf(text, sizeof text, "%ld:%02ld", total / 60, total % 60);
     return text;
+}
+
+std::string time_left_text(int64_t start_ms, double done, double left) {
+    const double seconds = static_cast<double>(clock_ms() - start_ms) / 1000;
+    return ", time left " + (done > 0 ? duration_text(seconds / done * left) : "-");
 }

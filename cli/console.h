@@ -53,3 +53,7 @@ bool check_weights(const std::string& path);
 
 // A duration for the progress line, as "1:02:03" or "4:05".
 std::string duration_text(double seconds);
+
+// The end of a progress line, as ", time left 4:05": what is done was done since that moment of the clock,
+// and so much, in the same unit, is left. A dash for the time if nothing is done yet.
+std::string time_left_text(int64_t start_ms, double done, double left);

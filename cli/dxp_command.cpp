@@ -58,6 +58,13 @@ bool connect_to(const std::string& host) {
     return false;
 }
 
+// The settings have no room for more, and a shorter name would be another file.
+bool has_room_for(const std::string& ballots) {
+    if (ballots.size() < sizeof settings2.match_ballot_file) return true;
+    fail("the name of the file %s is too long", ballots.c_str());
+    return false;
+}
+
 MatchFields fields_of(const MatchOptions& options) {
     MatchFields fields = match_fields();
     fields.openings = options.ballots == "2"   ? TWO_MOVE_OPENINGS
@@ -125,7 +132,7 @@ void run_connect(const MatchOptions& options) {
 void run_match(MatchOptions options) {
     catch_interrupt();
     if (options.ballots != "2" && options.ballots != "3") options.ballots = absolute_path(options.ballots);
-    if (!start_dxp_console(options.console)) return;
+    if (!has_room_for(options.ballots) || !start_dxp_console(options.console)) return;
     program_flags.autoconnect_enabled = true;  // an increment needs no leave here
     settings2.match_repeats = options.repeats;
     const MatchFields fields = fields_of(options);

@@ -6,6 +6,7 @@
 #include <string>
 #include <thread>
 
+#include "base/clock.h"
 #include "base/files.h"
 #include "base/system_info.h"
 #include "cli/commands.h"
@@ -19,12 +20,11 @@
 #include "tools/egdb_build.h"
 #include "tools/egdb_catalogue_design.h"
 #include "tools/egdb_mtc_build.h"
+#include "tools/egdb_mtc_solver.h"
 #include "tools/egdb_solver.h"
 #include "tools/egdb_whole.h"
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 constexpr int MTC_CACHE_MB = 1;  // as the engine opens it
 constexpr int CATALOGUE_TURNS = 2;
@@ -47,17 +47,15 @@ struct ProgressWatch {
     }
 
     void watch() const {
-        const Clock::time_point start = Clock::now();
+        const int64_t start = clock_ms();
         while (!ended) {
             std::this_thread::sleep_for(std::chrono::milliseconds(200));
             const auto done = static_cast<double>(progress.done), all = static_cast<double>(progress.all);
             const double here = done - static_cast<double>(progress.kept);  // by this run
             if (done <= 0 || all <= 0) continue;
-            const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
             char percent[16];
             std::snprintf(percent, sizeof percent, "%.1f", 100 * done / all);
-            show_progress(std::string(percent) + " percent, time left " +
-                          (here > 0 ? duration_text(seconds * (all - done) / here) : "-"));
+            show_progress(std::string(percent) + " percent" + time_left_text(start, here, all - done));
         }
     }
 };
@@ -103,6 +101,8 @@ void run_build(const BuildOptions& options) {
             return fail("stopped; the same command goes on from here");
         case EGDB_BUILD_NO_MEMORY:
             return fail("not enough memory");
+        case EGDB_BUILD_TOO_LONG:
+            return fail("there are endings of more than %d plies to the next conversion", LONGEST_DISTANCE);
         case EGDB_BUILD_CANNOT_WRITE:
             return fail("cannot write %s", result.failed_file.c_str());
         case EGDB_BUILD_CANNOT_READ:
@@ -215,20 +215,32 @@ void add_samples_of(const SolvedSet& set, int pieces, std::vector<DesignSample>&
 // Solves the endings and designs the catalogues for them. Until all is done nothing is written, so that an
 // interrupt may end it anywhere.
 void run_catalogues(const std::string& out, int pieces, int threads) {
+    if (!can_replace_file(out)) return fail("cannot write %s", out.c_str());
     SolvedSet set;
     std::vector<DesignSample> samples;
     const SolveControl control{threads, nullptr, nullptr};
+    int64_t left = 0, done = 0;
+    for (int n = 2; n <= pieces; ++n)
+        for (const Material& m : solving_order(n)) left += solving_work(m);
+    int64_t start = clock_ms();
     for (int n = 2; n <= pieces; ++n) {
-        show_progress("solving " + std::to_string(n) + " pieces");
-        for (const Material& m : solving_order(n))
+        for (const Material& m : solving_order(n)) {
+            show_progress("solving " + std::to_string(n) + " pieces" +
+                          time_left_text(start, static_cast<double>(done), static_cast<double>(left)));
             if (solve_material(m, set, control) != 0) return fail("not enough memory");
+            done += solving_work(m);
+            left -= solving_work(m);
+        }
         if (n > 2) add_samples_of(set, n, samples);
     }
     show_progress("designing catalogues");
-    const auto made = design_all_catalogues(samples, CATALOGUE_TURNS, threads, [](int turn, int64_t bytes) {
-        show_progress("turn " + std::to_string(turn + 1) + ": " + std::to_string(bytes) +
-                      " bytes for all samples");
-    });
+    start = clock_ms();
+    const auto made =
+        design_all_catalogues(samples, CATALOGUE_TURNS, threads, [start](int turn, int64_t bytes) {
+            show_progress("turn " + std::to_string(turn + 1) + ": " + std::to_string(bytes) +
+                          " bytes for all samples" +
+                          time_left_text(start, turn + 1, CATALOGUE_TURNS - turn - 1));
+        });
     show_progress("");
     const std::string text = catalogue_source(made);
     if (replace_file(out, text.data(), text.size()) != 0) fail("cannot write %s", out.c_str());

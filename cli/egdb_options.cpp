@@ -22,8 +22,8 @@ bool check_folder(std::string& folder, bool mtc) {
     const bool there = identify_egdb(folder, type, pieces) == 0 && (type == EGDB_MTC) == mtc;
     if (!there)
         fail("no %s database in %s", mtc ? "moves-to-conversion" : "win/loss/draw", folder.c_str());
-    else if (mtc && !egdb_open("", 1, folder, nullptr))
-        // Without these the engine goes on, with values alone.
+    else if (!egdb_open("", 1, folder, nullptr))
+        // A game goes on without them, and an analysis finds it out behind its first search.
         fail("the database in %s cannot be opened", folder.c_str());
     else
         return true;

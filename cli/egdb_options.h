@@ -16,7 +16,7 @@ struct EgdbChoice {
 void add_egdb_options(CLI::App& command, EgdbChoice& choice, bool default_folder);
 
 // Makes the folders absolute, before the program enters its own. False if one that was named holds no
-// database of its kind, which has been told.
+// database of its kind, or one that cannot be opened, which has been told.
 bool check_egdb_choice(EgdbChoice& choice);
 
 // The folder of the choice, or the one that came with the program if `default_folder`; empty for none. After

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "base/clock.h"
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "core/movegen.h"
@@ -23,9 +24,10 @@ uint64_t perft_with_progress(const Position& position, int depth) {
     MoveList list;
     generate_moves(position, list, position.side);
     uint64_t nodes = 0;
+    const int64_t start = clock_ms();
     for (int i = 0; i < list.count; ++i) {
         show_progress("perft(" + std::to_string(depth) + "): " + std::to_string(i) + " of " +
-                      std::to_string(list.count) + " first moves");
+                      std::to_string(list.count) + " first moves" + time_left_text(start, i, list.count - i));
         nodes += perft(position_after(list[i], position.side ^ 1), depth - 1);
     }
     show_progress("");

@@ -244,8 +244,8 @@ void analysis_step() {
     if (pdn_game_count(analysis.analysis_games) == 0) return;
     PdnGame comment = make_search_comment();
     if (!comment) {
-        ui.message_box("Cannot allocate memory from heap!", DEFAULT_BOX_TITLE, ICON_ERROR);
-        return set_gui_mode(NORMAL_MODE);
+        set_gui_mode(NORMAL_MODE);
+        return ui.message_box("Cannot allocate memory from heap!", DEFAULT_BOX_TITLE, ICON_ERROR);
     }
     if (analysis.analysis_next_node)
         play_next_node(std::move(comment));

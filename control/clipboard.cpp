@@ -8,7 +8,6 @@
 #include "control/ui.h"
 #include "records/fen.h"
 #include "records/pdn_game.h"
-#include "records/pdn_write.h"
 
 namespace {
 
@@ -47,8 +46,7 @@ void paste_from_clipboard() {
 }
 
 void copy_game_to_clipboard() {
-    std::vector<char> text(GAME_TEXT_SIZE, '\0');
-    game_to_pdn_text(text.data(), text.size(), whole_history(), game.headers, "\r\n");
+    const std::vector<char> text = users_game_text("\r\n");
     write_and_show(text.data(), "Game to clipboard");
 }
 

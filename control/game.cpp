@@ -83,6 +83,7 @@ void restart_history(const Position& position, int side) {
     first.setup_flag = !is_initial_state(first);
     game.history_count = 1;
     game.history_last = 1;
+    ++game.games_begun;
     game.kept_last = 0;
     game.draw_counter = 0;
 }
@@ -119,6 +120,11 @@ std::span<const ReplayState> played_history() {
 
 std::span<const ReplayState> whole_history() {
     return std::span(game.game_history).first(static_cast<size_t>(game.history_last));
+}
+
+std::span<const ReplayState> users_history() {
+    if (game.kept_last == 0) return whole_history();
+    return std::span(game.kept_history).first(static_cast<size_t>(game.kept_last));
 }
 
 void game_text_update() {

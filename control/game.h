@@ -27,6 +27,7 @@ struct Game {
     std::array<ReplayState, MAX_HISTORY> game_history{};
     int32_t history_count = 0;  // number of the entry on the board, from 1; the entry stands one before it
     int32_t history_last = 0;   // number of the last entry that can be reached by stepping forward
+    uint32_t games_begun = 0;   // how often the history began anew: tells a game from the one before
 
     // The game that an analysis plays anew on the board, as it was; `kept_last` is 0 without one.
     std::array<ReplayState, MAX_HISTORY> kept_history{};
@@ -74,6 +75,8 @@ int move_in_game_history(int n);
 // The entries up to the one on the board, and up to the last that can be reached.
 std::span<const ReplayState> played_history();
 std::span<const ReplayState> whole_history();
+// The user's game, whole: the kept one while it is analysed.
+std::span<const ReplayState> users_history();
 
 // Shows the game's text, with the step that led to the board coloured. After every change of the history or
 // of the entry on the board.

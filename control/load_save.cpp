@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <span>
 #include <vector>
 
 #include "base/text.h"
@@ -42,8 +43,9 @@ int choose_game(const std::string& text, const PdnOffsets& offsets) {
     return chosen;
 }
 
-// A game over the network may have begun while the user chose: what he chose is not for it.
-bool another_game_began(bool was_in_dxp) { return !was_in_dxp && game.gui_mode == DXP_MODE; }
+// While the user chose a game over the network may have begun, or the analysis of a file gone on to its next
+// one: what he chose is not for it.
+bool another_game_began(uint32_t games_begun) { return game.games_begun != games_begun; }
 
 }  // namespace
 
@@ -70,17 +72,17 @@ void load_command() {
 }
 
 void save_command() {
+    const uint32_t begun = game.games_begun;
     if (!edit_headers_command()) return;
     std::string path;
-    const bool in_dxp = game.gui_mode == DXP_MODE;
-    if (ui.choose_save_file(SAVE_FILE_TITLE, path) && !another_game_began(in_dxp)) save_game_to_file(path);
+    if (ui.choose_save_file(SAVE_FILE_TITLE, path) && !another_game_began(begun)) save_game_to_file(path);
 }
 
 bool edit_headers_command() {
     GameHeaders headers = game.headers;
     if (!headers.date[0]) std::snprintf(headers.date.data(), headers.date.size(), "%s", today_text().c_str());
-    const bool in_dxp = game.gui_mode == DXP_MODE;
-    if (!ui.edit_headers(headers) || another_game_began(in_dxp)) return false;
+    const uint32_t begun = game.games_begun;
+    if (!ui.edit_headers(headers) || another_game_began(begun)) return false;
     game.headers = headers;
     return true;
 }
@@ -107,9 +109,15 @@ void load_pdn_game(const std::string& path) {
     ui.redraw_board();
 }
 
+std::vector<char> users_game_text(const char* line_end) {
+    const std::span<const ReplayState> history = users_history();
+    std::vector<char> text(game_text_room(history.size()), '\0');
+    game_to_pdn_text(text.data(), text.size(), history, game.headers, line_end);
+    return text;
+}
+
 void save_game_to_file(const std::string& path) {
-    std::vector<char> text(game_text_room(whole_history().size()), '\0');
-    game_to_pdn_text(text.data(), text.size(), whole_history(), game.headers, "\n");
+    const std::vector<char> text = users_game_text("\n");
     const int status = append_game_text(path, text.data());
     if (status == 1)
         ui.message_box("Cannot open file for appending.", "Error", ICON_ERROR);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "records/pdn_game.h"
 
@@ -31,8 +32,8 @@ void load_command();
 // Has the user agree to the headers and choose a file, and appends the game to it.
 void save_command();
 
-// Has the user edit the headers of the game; an empty date is offered as today. True if he agreed; otherwise
-// the headers stay.
+// Has the user edit the headers of the game; an empty date is offered as today. True if he agreed, and no
+// other game began meanwhile; otherwise the headers stay.
 bool edit_headers_command();
 
 // Has the user choose one of the file's games and puts it on the board, at its end; without a choice the old
@@ -40,7 +41,10 @@ bool edit_headers_command();
 // DXP_MODE.
 void load_pdn_game(const std::string& path);
 
-// Appends the game, with the moves that can be reached by stepping forward, to the file.
+// The user's game in line form, with the moves that can be reached by stepping forward; NUL-terminated.
+std::vector<char> users_game_text(const char* line_end);
+
+// Appends it to the file.
 void save_game_to_file(const std::string& path);
 
 // Puts the game of the list on the board, at its end, with its positions as the history. A step that cannot

@@ -102,6 +102,8 @@ void connection_thread_body() {
 // The engine's search is thrown away, as its move belongs to a game that nobody plays any more. A game of the
 // user's, in NORMAL_MODE, goes on.
 void leave_game() {
+    // A game that this side has claimed is counted and filed already; the next one is not to take its place.
+    if (dxp_state.phase == DXP_CLAIMED) ++dxp_state.match_games;
     dxp_state.phase = DXP_NO_GAME;
     if (game.gui_mode == NORMAL_MODE) return;
     dxp_drop_search();

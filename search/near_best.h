@@ -14,7 +14,8 @@ enum NearBestStatus { NEAR_BEST_FOUND = 0, NEAR_BEST_ILLEGAL = 1, NEAR_BEST_NO_M
 // its turn at the engine as `getmove` does and sets the time limits of the search itself.
 //
 //   time         seconds; the more moves come close, the more of it is used
-//   text         SEARCH_TEXT_SIZE bytes: the status line, "No moves" or "Illegal position"
+//   text         SEARCH_TEXT_SIZE bytes: the status line, "No moves", or why there is no search: "Illegal
+//                position", or no memory for the transposition table, which has the same status
 //   stop_flag    set it from any thread to end the search, from iteration 5 on; cleared behind the last
 //   depth_limit  0, or the iteration by which the search is to be deep enough: it has eight times the time
 //                and ends one iteration before

@@ -35,6 +35,7 @@ enum EgdbBuildStatus {
     EGDB_BUILT,
     EGDB_BUILD_STOPPED,
     EGDB_BUILD_NO_MEMORY,
+    EGDB_BUILD_TOO_LONG,      // the solver has no room for the distances
     EGDB_BUILD_CANNOT_WRITE,  // the file is told
     EGDB_BUILD_CANNOT_READ,   // likewise: a file of the folder that is no database of ours
 };

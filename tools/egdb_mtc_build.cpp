@@ -93,6 +93,7 @@ EgdbBuildStatus solve_one(Build& build, const Material& m, bool wanted) {
     build.progress.done = solved;
     if (wanted) {
         const int status = solve_distances(m, build.set, build.control, build.distances[material_number(m)]);
+        if (status == 3) return EGDB_BUILD_TOO_LONG;
         if (status != 0) return status == 2 ? EGDB_BUILD_NO_MEMORY : EGDB_BUILD_STOPPED;
     }
     build.progress.done = after;

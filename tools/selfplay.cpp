@@ -125,7 +125,7 @@ void play_game(const SelfplayOptions& options, uint32_t number, std::vector<Game
 
 // Cuts what an interruption left behind the last whole record and the last game, which may be incomplete.
 // Returns the number of games left in the file, -1 if it cannot be read or cut, or -2 if it is no file of
-// games. A file that has the wanted games stays as it is.
+// games. A file that has games behind the wanted ones stays as it is.
 int64_t prepare_file(const std::string& path, int64_t wanted) {
     std::error_code error;
     if (!std::filesystem::exists(path, error)) return 0;

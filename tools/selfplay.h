@@ -40,7 +40,7 @@ struct SelfplayOptions {
 // Called after each game with the games in the file and the records written by this run; false ends the run.
 using SelfplayProgress = bool (*)(int64_t games, int64_t records);
 
-// Plays until the file holds `games` games, going on behind those it has. The engine must be started. 0; 1 if
-// the file cannot be read or written; 2 if it holds something else, which it keeps; 3 if another run writes
-// it.
+// Plays until the file holds `games` games, going on behind those it has, of which the last is played anew,
+// as it may be cut short. One that holds more stays as it is. The engine must be started. 0; 1 if the file
+// cannot be read or written; 2 if it holds something else, which it keeps; 3 if another run writes it.
 int selfplay(const SelfplayOptions& options, SelfplayProgress progress);

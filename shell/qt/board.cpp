@@ -84,12 +84,11 @@ int Board::square_at(QPoint at) const {
 
 void Board::take_over_game() {
     const Position now = position_after(move_to(game.board), game.board_side);
-    if (!shown.known || !same_pieces(shown.position, now)) {
-        typed.clear();  // what was typed was for another position
-        show_typed();
-        begin_slide(now, game.board_side);
-    }
-    shown = {now, game.board_side, true};
+    const bool another = !shown.known || !same_pieces(shown.position, now);
+    // It was for another position, or meant something else in the mode before.
+    if (another || shown.mode != game.gui_mode) forget_typed();
+    if (another) begin_slide(now, game.board_side);
+    shown = {now, game.board_side, game.gui_mode, true};
     scene.position = now;
     scene.marks = game.highlights;
     scene.mark_count = std::clamp(game.highlight_count, 0, MAX_HIGHLIGHTS);

@@ -35,6 +35,9 @@ class Board : public QWidget {
     // Draws the board as `game` is now, before the call returns where the board is visible.
     void redraw();
 
+    // What was typed is not to be played any more.
+    void forget_typed();
+
     // Off: a move is shown as it ended, at once.
     void show_slides(bool on);
     bool is_sliding() const;
@@ -62,6 +65,7 @@ class Board : public QWidget {
     struct Shown {
         Position position;
         int side = WHITE;
+        int32_t mode = NORMAL_MODE;
         bool known = false;
     };
     // A move on its way. `before` has the pieces as they were; `backward` when the move is taken back.

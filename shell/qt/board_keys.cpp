@@ -86,8 +86,7 @@ void Board::show_typed() { Q_EMIT typing_changed(QString::fromStdString(typed));
 
 void Board::click_typed(bool right) {
     const std::vector<int32_t> squares = squares_of(typed);
-    typed.clear();
-    show_typed();
+    forget_typed();
     if (game.gui_mode != SETUP_MODE) return type_squares(squares);
     for (const int32_t square : squares) click(square, right);
 }
@@ -116,9 +115,13 @@ bool Board::move_cursor(int key, bool with_control) {
 
 void Board::click_cursor(bool right) { click(scene.cursor, right); }
 
-void Board::forget_keys() {
+void Board::forget_typed() {
     typed.clear();
     show_typed();
+}
+
+void Board::forget_keys() {
+    forget_typed();
     scene.cursor = 0;
     update();
 }

@@ -133,6 +133,8 @@ bool run_window_command(int32_t id) {
 
 void run_command(int32_t id) {
     if (!main_window || interface_pauses()) return;
+    // What the command tells takes its place in the status line.
+    main_window->board_window().board().forget_typed();
     const QAction* const action = command_action(main_window->menu(), id);
     const bool known = (!action || action->isEnabled()) &&
                        (run_game_command(id) || run_file_command(id) || run_analyze_command(id) ||

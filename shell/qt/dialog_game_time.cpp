@@ -69,6 +69,9 @@ void game_time_dialog(QWidget* parent) {
     });
     // A game over the network may have begun while the user chose; its time is not his to change.
     if (dialog.exec() != QDialog::Accepted || game.gui_mode == DXP_MODE) return;
+    // One that has begun and ended meanwhile may have changed what the box chose.
+    const bool increment_mode = form.id_1060->isChecked();
+    if ((settings2.increment_mode != 0) != increment_mode) settings2.increment_mode = increment_mode;
     if (set_game_clock(read_fields(form))) {
         char text[CONTROL_TEXT_SIZE];
         get_text(TEXT_AVERAGE_TOO_SHORT, text, sizeof text);

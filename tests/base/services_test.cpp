@@ -13,7 +13,9 @@
 #include <cstring>
 #include <filesystem>
 #include <thread>
+#include <vector>
 
+#include "base/child_process.h"
 #include "base/clock.h"
 #include "base/cpu.h"
 #include "base/files.h"
@@ -190,7 +192,6 @@ TEST(Files, ReplaceIsWholeOrNothing) {
     EXPECT_EQ(entries_of(folder.path), 2u);
 }
 
-// The disk is full: the old file stands, and no part of the new one is left.
 TEST(Files, ALinkStaysAndItsFileIsReplaced) {
     const ScratchFolder folder;
     fs::create_directory(folder.file("far"));
@@ -204,6 +205,11 @@ TEST(Files, ALinkStaysAndItsFileIsReplaced) {
     fs::create_symlink("nowhere", folder.file("loose"));
     EXPECT_TRUE(replace_with(folder.file("loose"), "new"));
     EXPECT_EQ(content_of(folder.file("loose")), "new");
+    // One that goes in circles is not.
+    fs::create_symlink("circle", folder.file("circle"));
+    EXPECT_FALSE(can_replace_file(folder.file("circle")));
+    EXPECT_FALSE(replace_with(folder.file("circle"), "new"));
+    EXPECT_TRUE(fs::is_symlink(folder.file("circle")));
 }
 
 TEST(Files, RightsStay) {
@@ -251,10 +257,14 @@ TEST(Files, ALockIsOneOpenings) {
     EXPECT_TRUE(lock_file(first.get()));
     const OpenFile second(std::fopen(path.c_str(), "ab"));
     EXPECT_FALSE(lock_file(second.get()));
+    ChildProcess child;
+    ASSERT_EQ(start_child(child, "/bin/cat", std::vector<std::string>{"cat"}), 0);
     first.reset();
-    EXPECT_TRUE(lock_file(second.get()));
+    EXPECT_TRUE(lock_file(second.get())) << "a program that was started meanwhile has no part in it";
+    EXPECT_EQ(wait_for_child(child), 0);
 }
 
+// The disk is full: the old file stands, and no part of the new one is left.
 TEST(Files, AFullDiskKeepsTheOldFile) {
     const ScratchFolder folder;
     const std::string path = folder.file("a");

@@ -106,6 +106,9 @@ TEST_F(CliBook, TellsWhatStandsInABook) {
     EXPECT_EQ(probe.status, 0);
     EXPECT_NE(probe.output.find(")*"), std::string::npos) << probe.output;
     EXPECT_EQ(run("probe --book a.odb W:W31:BK5").output, "W:W31:BK5 not in book\n");
+    EXPECT_EQ(run("probe a.odb W:W31:BK5").output, "W:W31:BK5 not in book\n");
+    EXPECT_EQ(run(std::string("probe a.odb ") + START).output, probe.output);
+    EXPECT_EQ(run("probe b.odb --book a.odb W:W31:BK5").status, 2) << "two books";
     const std::string start = std::string(START).substr(1, std::string(START).size() - 2);
     const ProgramResult many =
         run_program("book probe --book a.odb -", start + "\nW:W31:BK5\nW:W3:B20\nW:W31:BK5\n", folder.path);

@@ -7,6 +7,7 @@
 
 #include "records/fen.h"
 #include "tests/cli/program.h"
+#include "tests/cli/terminal.h"
 
 namespace {
 
@@ -53,6 +54,14 @@ TEST(CliPerft, PrintsOneLineForEachDepth) {
         "perft\\(2\\) 81 nodes, [^\n]*\nperft\\(3\\) 658 nodes, [^\n]*\n"
         "perft\\(4\\) 4265 nodes, [^\n]*\nperft\\(5\\) 27117 nodes, [^\n]*\n");
     EXPECT_TRUE(std::regex_match(result.output, shape)) << result.output;
+}
+
+TEST(CliPerft, TellsHowFarItIs) {
+    Terminal terminal;
+    EXPECT_EQ(run_program("perft 3 2>" + terminal.path).status, 0);
+    const std::string shown = terminal.read_printed();
+    EXPECT_NE(shown.find("perft(3): 0 of 9 first moves, time left -\r"), std::string::npos) << shown;
+    EXPECT_NE(shown.find("perft(3): 8 of 9 first moves, time left 0:00\r"), std::string::npos) << shown;
 }
 
 TEST(CliPerft, TakesAPosition) {

@@ -342,6 +342,11 @@ TEST_F(CliDxp, TellsWhatGoesWrong) {
     result = start("one", "match " + std::string(52, 'h'))->finish();
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.errors.find("the name of the machine is too long"), std::string::npos) << result.errors;
+    result = start("one", "match 127.0.0.1 --ballots " + std::string(130, 'a') + "/" + std::string(130, 'b'))
+                 ->finish();
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.errors.find(" is too long\n"), std::string::npos)
+        << "a shorter name is another file " << result.errors;
 
     Peer peer;
     ASSERT_EQ(peer_listen(peer, port), port);

@@ -128,15 +128,26 @@ TEST_F(CliEgdb, AnInterruptEndsTheQuestionsAtOnce) {
     EXPECT_EQ(wait_for_child(program.child), 128 + 2);
 }
 
+// The work of minutes is not to end in a file that cannot be written.
+TEST_F(CliEgdb, WhereCataloguesGoIsLookedAtBefore) {
+    Terminal terminal;
+    EXPECT_EQ(run("catalogues no/table.cpp --pieces 3 2>" + terminal.path).status, 1);
+    const std::string shown = terminal.read_printed();
+    EXPECT_NE(shown.find("cannot write no/table.cpp"), std::string::npos) << shown;
+    EXPECT_EQ(shown.find("solving"), std::string::npos) << shown;
+}
+
 // Of three pieces there are few samples.
 TEST_F(CliEgdb, DesignsCatalogues) {
     Terminal terminal;
     ASSERT_EQ(run("catalogues table.cpp --pieces 3 2>" + terminal.path).status, 0);
     const std::string shown = terminal.read_printed();
-    EXPECT_NE(shown.find("\r\x1b[Ksolving 3 pieces\r\x1b[Kdesigning catalogues\r\x1b[Kturn 1: "),
-              std::string::npos)
+    EXPECT_TRUE(
+        std::regex_search(shown, std::regex("solving 3 pieces, time left \\d+:\\d\\d\r\x1b\\[Kdesigning "
+                                            "catalogues\r\x1b\\[Kturn 1: \\d+ bytes")))
         << shown;
-    EXPECT_TRUE(std::regex_search(shown, std::regex("turn 2: \\d+ bytes for all samples"))) << shown;
+    EXPECT_TRUE(std::regex_search(shown, std::regex("turn 2: \\d+ bytes for all samples, time left 0:00")))
+        << shown;
     EXPECT_TRUE(shown.ends_with("\r\x1b[K")) << shown;
     const std::string made = content("table.cpp"),
                       shipped = read_text(PROJECT_FOLDER "/egdb/catalogues_table.cpp");

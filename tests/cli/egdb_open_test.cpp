@@ -192,8 +192,10 @@ TEST(CliEgdbOptions, WhatCannotBeOpenedIsToldBeforeTheSearch) {
     const std::string with_numbers = " --egdb " + quoted(SHIPPED) + " --mtc numbers";
     for (const std::string& arguments :
          {"search " + ENDING + " --time 1000 --egdb values",
-          "search " + ENDING + " --time 1000" + with_numbers, "analyze game.pdn --time 1000" + with_numbers,
-          "play" + with_numbers, "dxp listen" + with_numbers}) {
+          std::string("analyze game.pdn --time 1000 --egdb values"), std::string("play --egdb values"),
+          std::string("dxp listen --egdb values"), "search " + ENDING + " --time 1000" + with_numbers,
+          "analyze game.pdn --time 1000" + with_numbers, "play" + with_numbers,
+          "dxp listen" + with_numbers}) {
         const ProgramResult result = run_program(arguments, "", folder.path);
         EXPECT_EQ(result.status, 1) << arguments;
         EXPECT_EQ(count_lines(result.errors), 1) << result.errors;

@@ -120,7 +120,10 @@ TEST_F(CliSelfplay, ProgressKeepsToOneLine) {
 // A second run would mix its games with those of the first.
 TEST_F(CliSelfplay, AFileHasOneRun) {
     RunningProgram program("selfplay --out games --games 1000000 --depth 3", folder.path);
-    while (!exists("games") || content("games").empty()) std::this_thread::yield();
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while ((!exists("games") || content("games").empty()) && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_TRUE(exists("games"));
     expect_error("selfplay --out games --games 1000000 --depth 3", "another run writes ");
     program.interrupt();
     EXPECT_EQ(program.finish().status, 0);

@@ -132,6 +132,29 @@ TEST_F(AnalyzeGames, TheHeadersAreThoseOfTheGameOnTheBoard) {
     EXPECT_STREQ(game.headers.white.data(), "Me");
 }
 
+// Nor do headers that were edited when the analysis went on to the next game.
+TEST_F(AnalyzeGames, HeadersAreNotThoseOfTheGameBefore) {
+    analyze_pdn("[White \"A\"] 32-28 * [White \"B\"] 31-27 *");
+    answers.meanwhile = [] {
+        while (analysis.analysis_game_index == 0) finish_search();
+    };
+    answers.save_path = folder + "out.pdn";
+    save_command();
+    EXPECT_STREQ(game.headers.white.data(), "B");
+    EXPECT_EQ(file_size(folder + "out.pdn"), -1);
+}
+
+TEST_F(AnalyzeGames, TheUsersGameIsSavedAndCopiedWholeMeanwhile) {
+    load("[White \"Me\"] 32-28 19-23 *");
+    analyze_game_command(false);
+    answers.save_path = folder + "out.pdn";
+    save_command();
+    EXPECT_NE(content_of(answers.save_path).find("[White \"Me\"]"), std::string::npos);
+    EXPECT_NE(content_of(answers.save_path).find("1. 32-28 19-23 *"), std::string::npos);
+    copy_game_command();
+    EXPECT_NE(clipboard.find("1. 32-28 19-23 *"), std::string::npos);
+}
+
 TEST_F(AnalyzeGames, AGameOfTheBoardThatBroke) {
     load("32-28 20-15 37-32 *");
     ASSERT_EQ(game.history_last, 3);
@@ -354,6 +377,18 @@ TEST_F(AnalyzeGames, WithoutMemoryItEnds) {
     EXPECT_EQ(game.gui_mode, NORMAL_MODE);
     EXPECT_FALSE(search_thread.searching);
     EXPECT_EQ(file_size(folder + "analysis.txt"), -1);
+}
+
+// Beneath the box that tells it a game over the network may begin.
+TEST_F(AnalyzeGames, WithoutMemoryItEndsBeforeThatIsTold) {
+    load("32-28 19-23 *");
+    analyze_game_command(false);
+    finish_search();
+    ASSERT_TRUE(wait_for_search());
+    ui.message_box = [](const char*, const char*, MessageIcon) { set_gui_mode(DXP_MODE); };
+    fail_allocation(0);
+    timer_tick();
+    EXPECT_EQ(game.gui_mode, DXP_MODE);
 }
 
 // The title is the last thing that changes before the game of the board is taken over.

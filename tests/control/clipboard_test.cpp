@@ -227,6 +227,17 @@ TEST_F(Clipboard, AGameCopiedAndPastedIsTheSame) {
     EXPECT_GT(paths, 30);
 }
 
+// Positions that are set up take more room than moves.
+TEST_F(Clipboard, AGameOfManySetPositionsIsCopiedWhole) {
+    const ReplayState start = state_of("W:W31-50:B1-20", 1), moved = state_of("B:W28,31,33-50:B1-20", 0);
+    std::vector<ReplayState> entries{ReplayState{}, moved};
+    while (entries.size() < 300) entries.insert(entries.end(), {start, moved});
+    set_game(entries);
+    copy_game_command();
+    EXPECT_GT(clipboard.size(), GAME_TEXT_SIZE);
+    EXPECT_TRUE(clipboard.ends_with(" *\r\n\r\n")) << clipboard;
+}
+
 TEST_F(Clipboard, A800EntryGameIsCopiedWithinItsBuffer) {
     set_position("W:WK47:BK15");
     const char* const moves[] = {"47-36", "15-10", "36-47", "10-15"};

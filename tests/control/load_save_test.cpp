@@ -209,16 +209,28 @@ TEST_F(LoadSave, ANetworkGameThatBeginsWhileAGameIsChosenGoesOn) {
 }
 
 TEST_F(LoadSave, ANetworkGameThatBeginsMeanwhileGetsNoHeadersAndIsNotSaved) {
-    answers.meanwhile = [] { set_gui_mode(DXP_MODE); };
+    const auto begin = [] {
+        set_gui_mode(DXP_MODE);
+        restart_from_board();
+    };
+    answers.meanwhile = begin;
     answers.edits = true;
     set_game_header(answers.edited, "White", "someone");
     EXPECT_FALSE(edit_headers_command());
     EXPECT_STREQ(game.headers.white.data(), "");
+    EXPECT_FALSE(edit_headers_command()) << "nor the next game of a match";
+    EXPECT_STREQ(game.headers.white.data(), "");
     set_gui_mode(NORMAL_MODE);
+    answers.meanwhile = [] {
+        restart_from_board();
+        set_gui_mode(NORMAL_MODE);
+    };
+    EXPECT_FALSE(edit_headers_command()) << "nor one that has ended already";
     answers.meanwhile = nullptr;
     ui.edit_headers = [](GameHeaders&) { return true; };
     ui.choose_save_file = [](const char*, std::string& path) {
         path = answers.save_path;
+        if (game.gui_mode != DXP_MODE) restart_from_board();
         set_gui_mode(DXP_MODE);
         return true;
     };

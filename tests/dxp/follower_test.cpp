@@ -325,6 +325,18 @@ TEST_F(FollowerTest, AWinIsClaimedAndTheWinningMoveStaysUnsent) {
     EXPECT_EQ(appended.size(), 1u);
 }
 
+// It is counted and filed, so the next game is not to take its place.
+TEST_F(FollowerTest, AClaimedGameStaysThoughThePeerGoesWithoutAnAnswer) {
+    script.value = -4000;
+    match_hooks.read_match_stats = [](MatchCounters&) { return dxp_state.match_wins; };
+    for (int games = 1; games <= 2; ++games) {
+        serve({sends(request_from_start('W')), hears(ACCEPTED), hears("E30"), closes()});
+        ASSERT_TRUE(run_until([] { return dxp_connection.connection_state == DXP_UNCONNECTED; }));
+        EXPECT_EQ(dxp_state.match_games, games);
+        expect_counters(games, 0, 0, 0);
+    }
+}
+
 TEST_F(FollowerTest, ALossIsClaimed) {
     script.value = 4000;
     serve({sends(request_from_start('W')), hears(ACCEPTED), hears("E10")});

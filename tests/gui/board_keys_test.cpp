@@ -90,6 +90,13 @@ TEST_F(BoardKeys, TypingCanBeCorrected) {
     EXPECT_EQ(marks_now(), Marks{32});
 }
 
+TEST_F(BoardKeys, TypingEndsWithTheMode) {
+    type("32");
+    set_gui_mode(SETUP_MODE);
+    board->redraw();
+    EXPECT_EQ(typing, "") << "there it would put a man";
+}
+
 TEST_F(BoardKeys, TypingEndsWithThePositionAndWithAClick) {
     type("28");
     ASSERT_EQ(make_user_move(0), 0);

@@ -117,6 +117,18 @@ TEST_F(GameTime, OkStoresAllAndChoosesTheGameClock) {
     EXPECT_TRUE(shown_boxes.empty());
 }
 
+// A game over the network that began and ended meanwhile was played by Moves and Minutes.
+TEST_F(GameTime, TheBoxCountsOnOkWhateverHappenedMeanwhile) {
+    for (const bool checked : {true, false}) {
+        settings2.increment_mode = checked;
+        use([&](QDialog& dialog) {
+            settings2.increment_mode = !checked;
+            click(dialog, OK_ID);
+        });
+        EXPECT_EQ(settings2.increment_mode, checked);
+    }
+}
+
 TEST_F(GameTime, EnterIsOk) {
     use([](QDialog& dialog) {
         type(dialog, MOVES, "33");

@@ -8,6 +8,7 @@
 
 #include "base/file_calls.h"
 #include "control/analyze_games.h"
+#include "control/game_commands.h"
 #include "control/load_save.h"
 #include "control/text_ids.h"
 #include "search/engine_settings.h"
@@ -358,6 +359,18 @@ TEST_F(Frame, ResetSettingsPutsAllBack) {
     EXPECT_TRUE(ticked(40008));
     EXPECT_FALSE(ticked(COMMAND_INVERT_BOARD));
     expect_tidy("after the reset");
+}
+
+// What the command tells would be hidden behind it.
+TEST_F(Frame, ACommandForgetsTypedSquares) {
+    open_small();
+    Board& board = main_window->board_window().board();
+    QString typing;
+    QObject::connect(&board, &Board::typing_changed, &board, [&](const QString& text) { typing = text; });
+    QTest::keyClicks(&board, QStringLiteral("32"));
+    ASSERT_EQ(typing.toStdString(), "32");
+    run_command(COMMAND_NEW_GAME);
+    EXPECT_EQ(typing.toStdString(), "");
 }
 
 TEST_F(Frame, SettingsAreNotResetInAGameOverTheNetwork) {

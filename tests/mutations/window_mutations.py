@@ -88,6 +88,9 @@ MUTATIONS = [
     ("shell/qt/dialog_game_time.cpp", "if (game.gui_mode != DXP_MODE) settings2.increment_mode", "settings2.increment_mode", "gui_dialogs_tests"),
     ("shell/qt/commands.cpp", "void reset_settings_command() {\n    if (game.gui_mode == DXP_MODE) return;", "void reset_settings_command() {", "gui_frame_tests"),
     ("shell/qt/commands.cpp", "if (discard_search()) {\n        status = reset_settings();", "if (discard_search() || true) {\n        status = reset_settings();", "gui_frame_tests"),
-    ("shell/qt/board.cpp", "typed.clear();  // what was typed was for another position", "", "gui_board_tests"),
+    ("shell/qt/board.cpp", "if (another || shown.mode != game.gui_mode) forget_typed();", "if (shown.mode != game.gui_mode) forget_typed();", "gui_board_tests"),
     ("shell/qt/board.cpp", "    drag = {};\n    forget_keys();", "    drag = {};\n    scene.cursor = 0;", "gui_board_tests"),
+    ("shell/qt/board.cpp", "if (another || shown.mode != game.gui_mode) forget_typed();", "if (another) forget_typed();", "gui_board_tests"),
+    ("shell/qt/dialog_game_time.cpp", "    if ((settings2.increment_mode != 0) != increment_mode) settings2.increment_mode = increment_mode;\n", "    static_cast<void>(increment_mode);\n", "gui_dialogs_tests"),
+    ("shell/qt/commands.cpp", "    main_window->board_window().board().forget_typed();\n", "", "gui_frame_tests"),
 ]

@@ -7,6 +7,7 @@
 # The status is 77, "skipped", where a tool for packages is missing.
 set -eu
 cmake=$1 build=$2 kind=$3
+sources=$(readlink -f "$(dirname "$0")/../..")
 
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
@@ -63,6 +64,9 @@ grep -q '^1\. 32-28 {' "$folder/out" || fail "analyze: $(head -n 9 "$folder/out"
 for file in share/man/man1/tessarin-cli.1.gz share/bash-completion/completions/tessarin-cli share/doc/tessarin/copyright share/doc/tessarin/changelog.gz \
     share/doc/tessarin/manual/en/index.html lib/tessarin/manual/manual.css lib/tessarin/manual/en/index.html; do
     expect_file "$root/$file"
+done
+for pattern in $(sed -n 's/^Files: \([^*].*\)/\1/p' "$root/share/doc/tessarin/copyright"); do
+    expect_file "$sources/$pattern"
 done
 [ -z "$(find "$root" -name CMakeLists.txt)" ] || fail "files of the build are installed"
 

@@ -108,8 +108,8 @@ TEST_F(GameFiles, AppendingKeepsWhatIsThere) {
 
 // Of a DOS program, and of a disk that has lost the end of the file.
 TEST_F(GameFiles, AppendingBehindAMarkOfTheEnd) {
-    for (const std::string& end :
-         {std::string("\x1a"), std::string("\r\n\x1a\x1a"), std::string(300, '\0')}) {
+    for (const std::string& end : {std::string("\x1a"), std::string("\r\n\x1a\x1a"), std::string(300, '\0'),
+                                   std::string("\x1a\r\n"), std::string("\x1a\n \x1a\n\n")}) {
         write("[Event \"a\"]\n1. 32-28 *\n" + end);
         ASSERT_EQ(append_game_text(path, "[Event \"b\"]\n1. 31-26 *\n\n"), 0);
         std::string text;
@@ -130,18 +130,20 @@ TEST_F(GameFiles, AppendingToWhatCannotBeWritten) {
 }
 
 TEST_F(GameFiles, AFileThatCannotGrowKeepsItsGames) {
-    write("a *\n\n");
-    rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    rlimit small = before;
-    small.rlim_cur = 100;
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &small);
-    const int status = append_game_text(path, std::string(5000, 'b').c_str());
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
-    EXPECT_EQ(status, 2);
-    EXPECT_EQ(content(), "a *\n\n");
+    for (const std::string& games : {std::string("a *\n\n"), std::string("a *\n\n\x1a\r\n")}) {
+        write(games);
+        rlimit before{};
+        ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+        rlimit small = before;
+        small.rlim_cur = 100;
+        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+        setrlimit(RLIMIT_FSIZE, &small);
+        const int status = append_game_text(path, std::string(5000, 'b').c_str());
+        setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, handler);
+        EXPECT_EQ(status, 2);
+        EXPECT_EQ(content(), games);
+    }
 }
 
 TEST_F(GameFiles, ListsTheGamesOfAFile) {
