@@ -228,8 +228,11 @@ void analyze_pdn_command(bool all_scores) {
     drop_search();
     if (!has_fixed_time()) return;
     std::string path;
-    // A game over the network may have begun while the user chose.
+    // A game over the network may have begun while the user chose, or begun and ended: with a clock of its
+    // own.
     if (!ui.choose_load_file(LOAD_FILE_TITLE, path) || !analyze_enabled()) return;
+    drop_search();
+    if (!has_fixed_time()) return;
     free_analysis_games();
     if (file_size(path) < 0 || !can_read_file(path) || analysis_output.replaces(path))
         return show_box(TEXT_CANNOT_OPEN_PDN, DEFAULT_BOX_TITLE, ICON_WARNING);

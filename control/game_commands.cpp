@@ -49,11 +49,11 @@ void begin_analysis(int32_t mode) {
         char text[CONTROL_TEXT_SIZE], title[CONTROL_TEXT_SIZE];
         get_text(TEXT_TIME_CHANGED, text, sizeof text);
         get_text(TEXT_INFO, title, sizeof title);
+        set_time_control(TIME_INFINITE);
+        update_menu();
         ui.message_box(text, title, ICON_INFO);
         // A game over the network may have begun, and ended, while the box was open.
         if (game.gui_mode != mode) return;
-        set_time_control(TIME_INFINITE);
-        update_menu();
     }
     start_search();
 }

@@ -44,8 +44,21 @@ int choose_game(const std::string& text, const PdnOffsets& offsets) {
 }
 
 // While the user chose a game over the network may have begun, or the analysis of a file gone on to its next
-// one: what he chose is not for it.
+// one.
 bool another_game_began(uint32_t games_begun) { return game.games_begun != games_begun; }
+
+GameHeaders headers_to_edit() {
+    GameHeaders headers = game.headers;
+    if (!headers.date[0]) std::snprintf(headers.date.data(), headers.date.size(), "%s", today_text().c_str());
+    return headers;
+}
+
+std::vector<char> game_text(std::span<const ReplayState> history, const GameHeaders& headers,
+                            const char* line_end) {
+    std::vector<char> text(game_text_room(history.size()), '\0');
+    game_to_pdn_text(text.data(), text.size(), history, headers, line_end);
+    return text;
+}
 
 }  // namespace
 
@@ -73,14 +86,19 @@ void load_command() {
 
 void save_command() {
     const uint32_t begun = game.games_begun;
-    if (!edit_headers_command()) return;
+    const std::span<const ReplayState> history = users_history();
+    const std::vector<ReplayState> kept(history.begin(), history.end());
+    GameHeaders headers = headers_to_edit();
+    if (!ui.edit_headers(headers)) return;
+    if (!another_game_began(begun)) game.headers = headers;
     std::string path;
-    if (ui.choose_save_file(SAVE_FILE_TITLE, path) && !another_game_began(begun)) save_game_to_file(path);
+    if (!ui.choose_save_file(SAVE_FILE_TITLE, path)) return;
+    // Where another one has taken its place on the board since, it is the user's that he saves.
+    save_game_to_file(path, another_game_began(begun) ? std::span(kept) : users_history(), headers);
 }
 
 bool edit_headers_command() {
-    GameHeaders headers = game.headers;
-    if (!headers.date[0]) std::snprintf(headers.date.data(), headers.date.size(), "%s", today_text().c_str());
+    GameHeaders headers = headers_to_edit();
     const uint32_t begun = game.games_begun;
     if (!ui.edit_headers(headers) || another_game_began(begun)) return false;
     game.headers = headers;
@@ -99,8 +117,10 @@ void load_pdn_game(const std::string& path) {
     const GameFileStatus status = load_game_file(path, text, offsets);
     if (status != GAME_FILE_READ) return tell_load_failure(status);
     const int chosen = choose_game(text, offsets);
-    // A game over the network may have begun while the user chose.
+    // A game over the network may have begun while the user chose, or begun and ended: its clock is not this
+    // one's.
     if (chosen < 0 || game.gui_mode == DXP_MODE) return;
+    reset_game_clock();
     const PdnGame list = pdn_parse_game(text.c_str() + offsets[static_cast<size_t>(chosen)]);
     pdn_game_headers(list.get(), game.headers);
     take_over_game(list.get());
@@ -110,15 +130,12 @@ void load_pdn_game(const std::string& path) {
 }
 
 std::vector<char> users_game_text(const char* line_end) {
-    const std::span<const ReplayState> history = users_history();
-    std::vector<char> text(game_text_room(history.size()), '\0');
-    game_to_pdn_text(text.data(), text.size(), history, game.headers, line_end);
-    return text;
+    return game_text(users_history(), game.headers, line_end);
 }
 
-void save_game_to_file(const std::string& path) {
-    const std::vector<char> text = users_game_text("\n");
-    const int status = append_game_text(path, text.data());
+void save_game_to_file(const std::string& path, std::span<const ReplayState> history,
+                       const GameHeaders& headers) {
+    const int status = append_game_text(path, game_text(history, headers, "\n").data());
     if (status == 1)
         ui.message_box("Cannot open file for appending.", "Error", ICON_ERROR);
     else if (status == 2)

@@ -2,10 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "records/game_headers.h"
 #include "records/pdn_game.h"
+#include "records/pdn_replay.h"
 
 // By their ids in the menu and in language files.
 enum FileCommand : int32_t {
@@ -29,7 +32,8 @@ bool run_file_command(int32_t id);
 // Has the user choose a file and loads a game of it. Nothing in DXP_MODE.
 void load_command();
 
-// Has the user agree to the headers and choose a file, and appends the game to it.
+// Has the user agree to the headers and choose a file, and appends the game to it: the one that he wanted to
+// save, whatever begins on the board meanwhile.
 void save_command();
 
 // Has the user edit the headers of the game; an empty date is offered as today. True if he agreed, and no
@@ -44,8 +48,9 @@ void load_pdn_game(const std::string& path);
 // The user's game in line form, with the moves that can be reached by stepping forward; NUL-terminated.
 std::vector<char> users_game_text(const char* line_end);
 
-// Appends it to the file.
-void save_game_to_file(const std::string& path);
+// Appends a game in that form to the file. What goes wrong is told.
+void save_game_to_file(const std::string& path, std::span<const ReplayState> history,
+                       const GameHeaders& headers);
 
 // Puts the game of the list on the board, at its end, with its positions as the history. A step that cannot
 // be made is recorded too, as the position before it once more, and ends the game. The search thread must be

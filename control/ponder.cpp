@@ -12,6 +12,7 @@
 #include "control/ui.h"
 #include "egdb/engine_egdb.h"
 #include "search/ask_book.h"
+#include "search/engine_settings.h"
 #include "search/search_state.h"
 #include "search/table.h"
 
@@ -41,6 +42,8 @@ bool table_reply(const MoveList& list, int& index) {
 }
 
 bool searched_reply(const MoveList& list, int& index) {
+    // What is to be opened anew is opened on the search thread, which may take its time.
+    if (engine_settings.reopen_wld || engine_settings.reopen_mtc) return false;
     build_board_line();
     set_move_time({SHORT_SEARCH_SECONDS, SHORT_SEARCH_SECONDS, 0, SHORT_SEARCH_SECONDS});
     std::atomic<int32_t> stop{0};

@@ -69,6 +69,7 @@ void reset_search_flags() {
     t.stop_flag.store(0, std::memory_order_relaxed);
     t.ponder_done = false;
     t.this_search_aborted = false;
+    t.start_waits = false;
     t.search_target_time = 0;
     t.ponder_move_text[0] = '\0';
     t.ponder_result_text[0] = '\0';
@@ -94,6 +95,7 @@ bool wait_for_search() {
 }
 
 bool stop_search() {
+    search_thread.start_waits = false;
     search_thread.stop_flag.store(1, std::memory_order_relaxed);
     return wait_for_search();
 }

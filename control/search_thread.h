@@ -40,6 +40,7 @@ struct SearchThread {
     // The interface thread's alone.
     bool ponder_done = false;          // a ponder search has ended, and its result waits for the user's move
     bool this_search_aborted = false;  // the result is to be thrown away
+    bool start_waits = false;          // a start found the search before it still running; the tick starts it
     double search_target_time = 0;     // seconds aimed at for this move
     uint32_t searches_started = 0;     // tells one search from the next
 

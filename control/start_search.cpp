@@ -131,6 +131,7 @@ void hand_over_search(const Position& position, int side) {
     t.search_side = side;
     t.search_flags = flags_for_mode(game.gui_mode);
     ++t.searches_started;
+    t.start_waits = false;
     t.search_done_event.reset();
     t.stop_flag.store(0, std::memory_order_relaxed);
     // A result that nobody has seen is overtaken.
@@ -146,7 +147,11 @@ void start_search() {
         ui.message_box(error, "Error", ICON_ERROR);
         return;
     }
-    if (!search_can_start()) return;
+    if (!search_can_start()) {
+        // One that was told to end is late, as where it opens databases.
+        t.start_waits = t.stop_flag.load(std::memory_order_relaxed) != 0;
+        return;
+    }
     t.pondering.store(0, std::memory_order_relaxed);
     t.this_search_aborted = false;
     t.ponder_done = false;

@@ -186,6 +186,11 @@ void Board::begin_drag(int square, QPoint at) {
     drag = {square, at, at, false};
 }
 
+void Board::let_go() {
+    drag = {};
+    update();
+}
+
 // Something else than the mouse has taken the click back, or moved.
 bool Board::drag_is_over() const { return drag.square && !(is_marked(drag.square) && user_may_move()); }
 

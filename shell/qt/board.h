@@ -38,6 +38,9 @@ class Board : public QWidget {
     // What was typed is not to be played any more.
     void forget_typed();
 
+    // A piece that is being dragged goes back: the release of the button will not come.
+    void let_go();
+
     // Off: a move is shown as it ended, at once.
     void show_slides(bool on);
     bool is_sliding() const;

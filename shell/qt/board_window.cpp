@@ -58,6 +58,11 @@ void BoardWindow::settle() {
     follow_square_size();
 }
 
+void BoardWindow::let_go() {
+    board().let_go();
+    border_held = false;
+}
+
 void BoardWindow::closeEvent(QCloseEvent* event) { event->ignore(); }
 
 void BoardWindow::changeEvent(QEvent* event) {
@@ -72,7 +77,8 @@ void BoardWindow::changeEvent(QEvent* event) {
 }
 
 void BoardWindow::mousePressEvent(QMouseEvent* event) {
-    border_held = true;
+    // The right button opens a menu, which has its release.
+    border_held = event->button() == Qt::LeftButton;
     QMdiSubWindow::mousePressEvent(event);
 }
 

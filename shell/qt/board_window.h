@@ -17,6 +17,8 @@ class BoardWindow : public QMdiSubWindow {
     Board& board();
     // Takes over `settings.square_size`.
     void follow_square_size();
+    // Nothing is dragged any more, no piece and no border.
+    void let_go();
     // No change of the size is still to be brought to whole squares.
     bool is_settled() const;
 

@@ -7,6 +7,7 @@
 #include "control/load_save.h"
 #include "control/program_flags.h"
 #include "control/ui.h"
+#include "dxp/connection.h"
 #include "dxp/connection_thread.h"
 #include "dxp/match.h"
 #include "shell/qt/dialog_fields.h"
@@ -136,7 +137,10 @@ void start_match_dialog(QWidget* parent) {
                      [&dialog](bool checked) { change_kind_of_time(dialog, checked); });
     QObject::connect(form.id_1037, &QComboBox::currentIndexChanged, &window, [&form] { offer_resume(form); });
     QObject::connect(form.id_1059, &QPushButton::clicked, &window, [&form] { browse(form); });
+    const int32_t connection = dxp_connection_number();
     if (window.exec() != QDialog::Accepted) return;
-    // The connection may have gone while the user chose, or the other side may have begun a game.
-    if (dxp_menu_state().start_match_enabled) begin_match(read_fields(form, before));
+    // The connection may have gone while the user chose, and another come, or the other side may have begun a
+    // game.
+    if (dxp_menu_state().start_match_enabled && dxp_connection_number() == connection)
+        begin_match(read_fields(form, before));
 }

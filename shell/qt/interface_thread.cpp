@@ -41,7 +41,8 @@ class Receiver : public QObject {
     Receiver() {
         timer.setTimerType(Qt::PreciseTimer);
         timer.setInterval(TICK_MS);
-        QObject::connect(&timer, &QTimer::timeout, this, tick);
+        // Queued, as a timer does not go on within its own slot: ticks go on beneath a box that a tick opens.
+        QObject::connect(&timer, &QTimer::timeout, this, tick, Qt::QueuedConnection);
     }
 
     bool event(QEvent* event) override {

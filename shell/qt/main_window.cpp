@@ -287,6 +287,12 @@ void MainWindow::showEvent(QShowEvent* event) {
     QTimer::singleShot(DECORATED, this, &MainWindow::keep_frame_on_screen);
 }
 
+bool MainWindow::event(QEvent* event) {
+    // A box opens, and has the release of a button that is down.
+    if (event->type() == QEvent::WindowBlocked) board_child->let_go();
+    return QMainWindow::event(event);
+}
+
 void MainWindow::closeEvent(QCloseEvent* event) {
     // A busy disk may take seconds to have the settings; the user need not look on.
     read_windows(settings);

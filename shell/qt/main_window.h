@@ -49,6 +49,7 @@ class MainWindow : public QMainWindow {
     void show_pane(ChildWindow which, bool visible);
 
   protected:
+    bool event(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void changeEvent(QEvent* event) override;

@@ -141,7 +141,9 @@ TEST_F(AnalyzeGames, HeadersAreNotThoseOfTheGameBefore) {
     answers.save_path = folder + "out.pdn";
     save_command();
     EXPECT_STREQ(game.headers.white.data(), "B");
-    EXPECT_EQ(file_size(folder + "out.pdn"), -1);
+    const std::string saved = content_of(folder + "out.pdn");
+    EXPECT_NE(saved.find("[White \"A\"]"), std::string::npos) << saved;
+    EXPECT_EQ(saved.find("31-27"), std::string::npos) << saved;
 }
 
 TEST_F(AnalyzeGames, TheUsersGameIsSavedAndCopiedWholeMeanwhile) {

@@ -74,7 +74,7 @@ TEST_F(AnalyzeGames, TheOutputIsTheGames) {
     for (int i = 0; i < 20; ++i) {
         games.push_back(random_game(random, 30, i % 3 != 0));
         set_game(games.back());
-        save_game_to_file(folder + "random.pdn");
+        save_game_to_file(folder + "random.pdn", users_history(), game.headers);
     }
     PdnTable real;
     ASSERT_EQ(pdn_read_file(TEST_DATA "/games/loi20.pdn", real), 0);

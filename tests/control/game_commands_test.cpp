@@ -503,14 +503,21 @@ TEST_F(GameCommands, AnalysisTakesTheGameClockAway) {
 TEST_F(GameCommands, ANetworkGameThatBeginsInTheBoxOfTheAnalysisGoesOn) {
     prepare(NORMAL_MODE);
     set_time_control(TIME_GAME_CLOCK);
-    in_message_box = [] { set_gui_mode(DXP_MODE); };
+    in_message_box = [] {
+        EXPECT_EQ(settings.time_menu_id, TIME_INFINITE) << "what the box tells is so";
+        set_gui_mode(DXP_MODE);
+        set_time_control(TIME_GAME_CLOCK);
+    };
     run_game_command(COMMAND_ANALYSIS);
     EXPECT_EQ(game.gui_mode, DXP_MODE);
     EXPECT_EQ(settings.time_menu_id, TIME_GAME_CLOCK) << "its clock is not taken away";
     EXPECT_FALSE(search_thread.searching) << "and nothing is searched for the other side";
     prepare(NORMAL_MODE);
     set_time_control(TIME_GAME_CLOCK);
-    in_message_box = [] { set_gui_mode(NORMAL_MODE); };
+    in_message_box = [] {
+        set_time_control(TIME_GAME_CLOCK);
+        set_gui_mode(NORMAL_MODE);
+    };
     run_game_command(COMMAND_ANALYSIS);
     EXPECT_EQ(settings.time_menu_id, TIME_GAME_CLOCK) << "nor when it has ended meanwhile";
     EXPECT_FALSE(search_thread.searching);

@@ -208,12 +208,11 @@ TEST_F(LoadSave, ANetworkGameThatBeginsWhileAGameIsChosenGoesOn) {
     EXPECT_EQ(game.gui_mode, DXP_MODE);
 }
 
-TEST_F(LoadSave, ANetworkGameThatBeginsMeanwhileGetsNoHeadersAndIsNotSaved) {
-    const auto begin = [] {
+TEST_F(LoadSave, ANetworkGameThatBeginsMeanwhileGetsNoHeaders) {
+    answers.meanwhile = [] {
         set_gui_mode(DXP_MODE);
         restart_from_board();
     };
-    answers.meanwhile = begin;
     answers.edits = true;
     set_game_header(answers.edited, "White", "someone");
     EXPECT_FALSE(edit_headers_command());
@@ -226,18 +225,36 @@ TEST_F(LoadSave, ANetworkGameThatBeginsMeanwhileGetsNoHeadersAndIsNotSaved) {
         set_gui_mode(NORMAL_MODE);
     };
     EXPECT_FALSE(edit_headers_command()) << "nor one that has ended already";
+}
+
+// Of the user's own nothing is left on the board.
+TEST_F(LoadSave, AGameThatBeginsMeanwhileIsNotSavedInPlaceOfTheUsers) {
+    load("[White \"Me\"] 32-28 19-23 *");
+    answers.edits = true;
+    answers.edited = game.headers;
+    set_game_header(answers.edited, "Event", "club");
+    answers.meanwhile = new_game;
+    save_to("a.pdn");
+    EXPECT_STREQ(game.headers.event.data(), "");
     answers.meanwhile = nullptr;
-    ui.edit_headers = [](GameHeaders&) { return true; };
+    load("[White \"Me\"] 32-28 19-23 *");
     ui.choose_save_file = [](const char*, std::string& path) {
         path = answers.save_path;
-        if (game.gui_mode != DXP_MODE) restart_from_board();
-        set_gui_mode(DXP_MODE);
+        new_game();
         return true;
     };
+    save_to("b.pdn");
+    for (const char* name : {"a.pdn", "b.pdn"}) {
+        const std::string saved = content_of(folder + name);
+        for (const char* part : {"[Event \"club\"]", "[White \"Me\"]", "1. 32-28 19-23 *"})
+            EXPECT_NE(saved.find(part), std::string::npos) << name << part << saved;
+    }
+}
+
+TEST_F(LoadSave, ANetworkGameIsSaved) {
+    set_gui_mode(DXP_MODE);
     save_to("out.pdn");
-    EXPECT_EQ(file_size(folder + "out.pdn"), -1);
-    save_to("out.pdn");
-    EXPECT_GT(file_size(folder + "out.pdn"), 0) << "a network game that the user has seen is saved";
+    EXPECT_GT(file_size(folder + "out.pdn"), 0);
 }
 
 TEST_F(LoadSave, NothingInDxp) {
@@ -334,7 +351,7 @@ TEST_F(LoadSave, AGameOfManySetPositionsIsSavedWhole) {
     for (auto* text : {&game.headers.event, &game.headers.date, &game.headers.white, &game.headers.black})
         std::fill_n(text->begin(), HEADER_TEXT_SIZE - 1, 'h');
     const std::string name = folder + "long";
-    save_game_to_file(name);
+    save_game_to_file(name, users_history(), game.headers);
     const std::string saved = content_of(name);
     EXPECT_GT(saved.size(), 3 * GAME_TEXT_SIZE);
     EXPECT_TRUE(saved.ends_with(" *\n\n"));
@@ -355,7 +372,7 @@ TEST_F(LoadSave, RealGamesSaveAndLoadAgain) {
             load_from(path, i);
             headers.push_back(game.headers);
             histories.emplace_back(whole_history().begin(), whole_history().end());
-            save_game_to_file(saved);
+            save_game_to_file(saved, users_history(), game.headers);
         }
         for (size_t i = 0; i < histories.size(); ++i) {
             load_from(saved, static_cast<int>(i));
@@ -377,7 +394,7 @@ TEST_F(LoadSave, RandomGamesSaveAndLoadAgain) {
     for (int i = 0; i < 100; ++i) {
         histories.push_back(random_game(random, 60, i % 3 != 0));
         set_game(histories.back());
-        save_game_to_file(folder + "random.pdn");
+        save_game_to_file(folder + "random.pdn", users_history(), game.headers);
     }
     for (size_t i = 0; i < histories.size(); ++i) {
         load_from(folder + "random.pdn", static_cast<int>(i));
@@ -398,7 +415,7 @@ TEST_F(LoadSave, AGameOf800EntriesSavesAndLoads) {
         ASSERT_EQ(expected.size(), static_cast<size_t>(entries));
         EXPECT_TRUE(same_pieces(game.board, expected.back().position)) << "the board goes on to the end";
         const std::string saved = folder + std::to_string(entries);
-        save_game_to_file(saved);
+        save_game_to_file(saved, users_history(), game.headers);
         load_from(saved, 0);
         expected.resize(std::min<size_t>(expected.size(), 800));
         expect_game(expected);

@@ -61,6 +61,15 @@ class BoardFrame : public BoardGameTest {
     BoardWindow* window = nullptr;
 };
 
+// The menu of the right button has its release, and the window may be sized by keys.
+TEST_F(BoardFrame, TheRightButtonHoldsNoBorder) {
+    settle();
+    send(QEvent::MouseButtonPress, QPoint(window->width() / 2, 8), Qt::RightButton, Qt::RightButton);
+    window->resize(window->size() + QSize(37, 91));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window->is_settled(); }, 5000));
+    expect_squares_of(48);
+}
+
 TEST_F(BoardFrame, HoldsTenSquaresAndItsFrame) {
     expect_squares_of(44);
     EXPECT_GT(frame().height(), 0);

@@ -339,7 +339,7 @@ TEST_F(Menu, TheStartButtonHasTheEngineMove) {
     settings.time_per_move = 0.05;
     button(40022).trigger();
     ASSERT_TRUE(wait_until([] { return game.history_count == 2; }));
-    EXPECT_EQ(picture(40022), 8);
+    EXPECT_TRUE(wait_until([] { return picture(40022) == 8; }));
     EXPECT_EQ(picture(40027), 5);
     EXPECT_FALSE(pane_shows(GAME_WINDOW).empty());
 }

@@ -2,6 +2,7 @@
 // and when they can be given, the pane, the title.
 #include <QStatusBar>
 
+#include "control/program_flags.h"
 #include "dxp/game_flow.h"
 #include "dxp/match.h"
 #include "shell/qt/menu_state.h"
@@ -81,6 +82,26 @@ TEST_F(Network, CommandsFollowTheConnection) {
     ASSERT_TRUE(wait_until([] { return enabled_commands() == "1100"; }));
     EXPECT_NE(pane_shows(DXP_WINDOW).find("Connection lost"), std::string::npos);
     EXPECT_TRUE(boxes.empty());
+}
+
+TEST_F(Network, AMatchIsForThePeerThatItWasChosenFor) {
+    open_small();
+    program_flags.server_mode = true;
+    action(COMMAND_DXP_WAIT).trigger();
+    Peer peer, other;
+    ASSERT_TRUE(peer_connect(peer, port()));
+    ASSERT_TRUE(wait_until([] { return enabled_commands() == "0011"; }));
+    use_dialog([] { action(COMMAND_START_MATCH).trigger(); },
+               [&](QDialog& dialog) {
+                   peer_close(peer);
+                   ASSERT_TRUE(wait_until([] { return state_is(DXP_LISTENING); }));
+                   ASSERT_TRUE(peer_connect(other, port()));
+                   ASSERT_TRUE(wait_until([] { return state_is(DXP_CONNECTED); }));
+                   click(dialog, OK_ID);
+               });
+    EXPECT_EQ(game.gui_mode, NORMAL_MODE);
+    program_flags.server_mode = false;
+    action(COMMAND_DXP_TERMINATE).trigger();
 }
 
 TEST_F(Network, AHostThatIsNotThereIsTold) {

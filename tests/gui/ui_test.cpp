@@ -7,12 +7,15 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QPlainTextEdit>
 #include <QScreen>
 #include <atomic>
 #include <thread>
 
 #include "control/load_save.h"
+#include "egdb/egdb_state.h"
+#include "shell/board_geometry.h"
 #include "shell/qt/dialogs.h"
 #include "shell/qt/file_choice.h"
 #include "shell/qt/sound.h"
@@ -142,6 +145,55 @@ TEST_F(Screen, TicksGoOnWhileABoxIsOpen) {
             dialog.accept();
         });
     EXPECT_GT(within, before);
+}
+
+// A ponder search has ended, and the database could not be opened.
+TEST_F(Screen, TicksGoOnBeneathABoxThatATickHasOpened) {
+    box_closer.stop();
+    int64_t within = -1;
+    use_dialog(
+        [&] {
+            settings.wld_enable = 1;
+            egdb_state = EGDB_FAILED;
+            search_thread.pondering = 1;
+            search_thread.search_finished = 1;
+            wait_until([&] { return within >= 0; });
+            return 0;
+        },
+        [&](QDialog& dialog) {
+            const int64_t before = tick_figures.ticks;
+            wait_until([before] { return tick_figures.ticks >= before + 3; }, 5000);
+            within = tick_figures.ticks - before;
+            settings.wld_enable = 0;
+            dialog.accept();
+        });
+    EXPECT_GE(within, 3);
+    egdb_state = EGDB_NOT_OPENED;
+}
+
+// It has the release of the button.
+TEST_F(Screen, ADraggedPieceGoesBackWhenABoxOpens) {
+    box_closer.stop();
+    Board& board = main_window->board_window().board();
+    const auto send = [&board](QEvent::Type type, int square, Qt::MouseButton button) {
+        const BoardPlace place = place_of_square(square - 1, false);
+        const int size = board.square_size();
+        const QPointF at((place.column + 0.5) * size, (place.row + 0.5) * size);
+        QMouseEvent event(type, at, board.mapToGlobal(at), button, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&board, &event);
+    };
+    send(QEvent::MouseButtonPress, 32, Qt::LeftButton);
+    const QImage pressed = board.grab().toImage();
+    send(QEvent::MouseMove, 22, Qt::NoButton);
+    EXPECT_NE(board.grab().toImage(), pressed);
+    use_dialog(
+        [] {
+            ui.message_box("text", "title", ICON_NONE);
+            return 0;
+        },
+        [](QDialog& dialog) { dialog.accept(); });
+    EXPECT_EQ(board.grab().toImage(), pressed);
+    EXPECT_EQ(game.history_count, 1);
 }
 
 TEST_F(Screen, QuestionsHaveTwoAnswers) {

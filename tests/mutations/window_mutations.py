@@ -82,7 +82,7 @@ MUTATIONS = [
     ("shell/qt/toolkit_texts.cpp", "    end_toolkit_language();\n    translator = load_translator(settings2.language_id);", "    translator = load_translator(settings2.language_id);", "gui_ui_tests"),
     ("shell/qt/desktop.cpp", "if (settings2.language_id != ENGLISH_ID) post_work(run_command, settings2.language_id);", "", "gui_frame_tests gui_ui_tests"),
     ("shell/qt/help.cpp", "while (chosen + 1 < std::end(candidates) && !can_read_file(*chosen)) ++chosen;", "while (chosen + 2 < std::end(candidates) && !can_read_file(*chosen)) ++chosen;", "gui_help_tests"),
-    ("shell/qt/dialog_start_match.cpp", "if (dxp_menu_state().start_match_enabled) begin_match", "begin_match", "gui_network_tests"),
+    ("shell/qt/dialog_start_match.cpp", "if (dxp_menu_state().start_match_enabled && dxp_connection_number()", "if (dxp_connection_number()", "gui_network_tests"),
     ("shell/qt/dialog_game_time.cpp", "dialog.exec() != QDialog::Accepted || game.gui_mode == DXP_MODE", "dialog.exec() != QDialog::Accepted", "gui_dialogs_tests"),
     ("shell/qt/dialog_make_connection.cpp", "if (host != before) copy_utf8", "copy_utf8", "gui_network_tests"),
     ("shell/qt/dialog_game_time.cpp", "if (game.gui_mode != DXP_MODE) settings2.increment_mode", "settings2.increment_mode", "gui_dialogs_tests"),
@@ -93,4 +93,8 @@ MUTATIONS = [
     ("shell/qt/board.cpp", "if (another || shown.mode != game.gui_mode) forget_typed();", "if (another) forget_typed();", "gui_board_tests"),
     ("shell/qt/dialog_game_time.cpp", "    if ((settings2.increment_mode != 0) != increment_mode) settings2.increment_mode = increment_mode;\n", "    static_cast<void>(increment_mode);\n", "gui_dialogs_tests"),
     ("shell/qt/commands.cpp", "    main_window->board_window().board().forget_typed();\n", "", "gui_frame_tests"),
+    ("shell/qt/interface_thread.cpp", "this, tick, Qt::QueuedConnection);", "this, tick);", "gui_ui_tests"),
+    ("shell/qt/main_window.cpp", "if (event->type() == QEvent::WindowBlocked) board_child->let_go();", "", "gui_ui_tests"),
+    ("shell/qt/board_window.cpp", "border_held = event->button() == Qt::LeftButton;", "border_held = true;", "gui_board_tests"),
+    ("shell/qt/dialog_start_match.cpp", "&& dxp_connection_number() == connection", "&& dxp_connection_number() >= connection", "gui_network_tests"),
 ]

@@ -1,0 +1,167 @@
+// A search that comes back late, as it opens databases, and what peers do beneath boxes and dialogs.
+#include <thread>
+#include <utility>
+
+#include "control/analyze_games.h"
+#include "control/database_settings.h"
+#include "control/game_clock.h"
+#include "control/load_save.h"
+#include "control/time_control.h"
+#include "egdb/engine_egdb.h"
+#include "search/engine_settings.h"
+#include "tests/dxp/follower_fixture.h"
+
+namespace {
+
+std::atomic<bool> opening{false};  // the next search opens databases until this falls
+std::atomic<bool> within_opening{false};
+int opened_by_interface = 0, opened_by_search = 0;
+std::thread::id interface_id;
+
+void open_slowly(char*) {
+    within_opening = opening.load();
+    while (opening) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    within_opening = false;
+}
+
+void count_openings(char*) {
+    if (!std::exchange(engine_settings.reopen_wld, false)) return;
+    ++(std::this_thread::get_id() == interface_id ? opened_by_interface : opened_by_search);
+}
+
+class LateSearch : public FollowerTest {
+  protected:
+    void SetUp() override {
+        FollowerTest::SetUp();
+        egdb_engine.egdb_prepare = open_slowly;
+        opening = false;
+        self = this;
+    }
+    void TearDown() override {
+        let_it_end();
+        FollowerTest::TearDown();
+    }
+    static void let_it_end() {
+        search_thread.wait_limit_ms = 300000;
+        opening = false;
+    }
+    // A file of one game, which the user chooses.
+    void offer_game() {
+        file = folder.file("games.pdn");
+        write_content(file, "1. 32-28 *\n");
+        ui.choose_load_file = [](const char*, std::string& path) {
+            path = file;
+            return true;
+        };
+    }
+    // A peer that is there begins a game, hears a move of it and goes.
+    static void play_and_leave() {
+        self->run(
+            {sends(request_from_start('W')), hears(ACCEPTED), hears(move_message_text(32, 28)), closes()});
+        EXPECT_TRUE(run_until([] { return dxp_connection.connection_state == DXP_UNCONNECTED; }));
+    }
+    void connect_peer() {
+        wait_for_connection_command();
+        run({connects_to(port())});
+    }
+
+    static inline LateSearch* self = nullptr;
+    static inline std::string file;
+};
+
+}  // namespace
+
+TEST_F(LateSearch, ARequestMeanwhileIsPlayed) {
+    opening = true;
+    play("33-28");
+    ASSERT_TRUE(run_until([] { return within_opening.load(); }));
+    search_thread.wait_limit_ms = 20;
+    serve({sends(request_from_start('W')), hears(ACCEPTED)});
+    EXPECT_EQ(game.gui_mode, DXP_MODE);
+    EXPECT_TRUE(search_thread.searching);
+    script.think = answer_with("32-28");
+    let_it_end();
+    run({hears(move_message_text(32, 28))});
+}
+
+TEST_F(LateSearch, AMoveMeanwhileIsAnswered) {
+    settings.pondering_on = 1;
+    script.predict = [](const Position& position, int side, const MoveList& list) {
+        opening = true;  // by the ponder search
+        return answer_with("19-23")(position, side, list);
+    };
+    start_as_white();
+    ASSERT_TRUE(run_until([] { return within_opening.load(); }));
+    search_thread.wait_limit_ms = 20;
+    script.predict = first_move;
+    script.think = answer_with("31-27");
+    run({sends(move_message_text(20, 25)), hears_nothing(20)});
+    let_it_end();
+    run({hears(move_message_text(31, 27))});
+}
+
+// The start was given up with the search that it waited for.
+TEST_F(LateSearch, WhoTakesBackIsNotAnswered) {
+    opening = true;
+    play("33-28");
+    ASSERT_TRUE(run_until([] { return within_opening.load(); }));
+    search_thread.wait_limit_ms = 20;
+    discard_search();
+    start_search();
+    EXPECT_TRUE(search_thread.start_waits);
+    discard_search();
+    let_it_end();
+    run_for(200);
+    EXPECT_EQ(game.history_count, 2);
+    EXPECT_FALSE(search_thread.searching);
+}
+
+// What the dialog changes while the engine thinks is opened by the next search, not by the prediction.
+TEST_F(LateSearch, DatabasesAreOpenedOnTheSearchThread) {
+    interface_id = std::this_thread::get_id();
+    opened_by_interface = opened_by_search = 0;
+    egdb_engine.egdb_prepare = count_openings;
+    settings.pondering_on = 1;
+    script.predict = search_really;
+    script.hold = true;
+    play("32-28");
+    wait_until_held();
+    set_wld_cache_mb(settings.wld_cache_mb + 1);
+    script.hold = false;
+    ASSERT_TRUE(run_until([] { return game.history_count == 3; }));
+    play(move_text_at(0));
+    ASSERT_TRUE(run_until([] { return game.history_count == 5; }));
+    EXPECT_EQ(opened_by_interface, 0) << "the window stands still as long as that takes";
+    EXPECT_EQ(opened_by_search, 1);
+    reinit_wld = false;
+}
+
+TEST_F(LateSearch, ALoadedGameHasNotTheClockOfAPeersGame) {
+    offer_game();
+    connect_peer();
+    script.think = answer_with("32-28");
+    ui.choose_game = [](const char*, const PdnOffsets&, int, int) {
+        play_and_leave();
+        return 0;
+    };
+    load_command();
+    EXPECT_EQ(game.history_last, 2);
+    EXPECT_FALSE(clock_state.clock_running);
+    EXPECT_EQ(clock_state.clock_moves, 0);
+    EXPECT_EQ(clock_used(WHITE), 0.0);
+}
+
+TEST_F(LateSearch, NorHasAnAnalysis) {
+    offer_game();
+    connect_peer();
+    script.think = answer_with("32-28");
+    ui.choose_load_file = [](const char*, std::string& path) {
+        path = file;
+        play_and_leave();
+        return true;
+    };
+    analyze_pdn_command(false);
+    EXPECT_EQ(game.gui_mode, NORMAL_MODE) << "the user has to choose a fixed time again";
+    EXPECT_EQ(count_events("box"), 1);
+    EXPECT_FALSE(clock_state.clock_running);
+}
