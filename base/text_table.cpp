@@ -104,6 +104,7 @@ constexpr TextEntry ENTRIES[] = {
     {343, "errors"},
     {344, "No errors"},
     {345, "not checked, no checksum is known"},
+    {346, "Board"},
     // What the buttons of the toolbar do, by their commands.
     {40022, "Start searching"},
     {40023, "Back to start"},

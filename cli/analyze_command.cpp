@@ -15,6 +15,7 @@
 #include "cli/console.h"
 #include "cli/egdb_options.h"
 #include "cli/game_console.h"
+#include "cli/game_replay.h"
 #include "cli/options.h"
 #include "control/analyze_games.h"
 #include "control/game.h"
@@ -57,11 +58,16 @@ int count_positions(const PdnNode* node) {
 }
 
 void begin_output() {
+    const int count = pdn_game_count(analysis.analysis_games);
+    int broken = 0;
+    std::vector<ReplayState> history;
     run.positions_before.assign(1, 0);
-    for (int i = 0; i < pdn_game_count(analysis.analysis_games); ++i)
-        run.positions_before.push_back(
-            run.positions_before.back() +
-            count_positions(analysis.analysis_games[static_cast<size_t>(i)].get()));
+    for (int i = 0; i < count; ++i) {
+        PdnNode* const game = analysis.analysis_games[static_cast<size_t>(i)].get();
+        run.positions_before.push_back(run.positions_before.back() + count_positions(game));
+        broken += !replay_game(game, history);
+    }
+    tell_broken_games(run.file.c_str(), broken, count);
     run.start_ms = clock_ms();
     run.output = run.output_path.empty() ? stdout : std::fopen(run.output_path.c_str(), "a");
     if (!run.output) fail_run("Cannot open " + run.output_path + " for writing");
@@ -84,12 +90,9 @@ void show_analysis_progress() {
     const int done = std::min(run.positions_before[at] + game.history_count - 1, total - 1);
     if (done == run.positions_shown) return;
     run.positions_shown = done;
-    std::string left = "-";
-    if (done > 0)
-        left = duration_text(static_cast<double>(clock_ms() - run.start_ms) / 1000.0 / done * (total - done));
     show_progress("games done " + std::to_string(game_index) + " of " +
                   std::to_string(run.positions_before.size() - 1) + ", position " + std::to_string(done + 1) +
-                  " of " + std::to_string(total) + ", time left " + left);
+                  " of " + std::to_string(total) + time_left_text(run.start_ms, done, total - done));
 }
 
 Ui analyze_screen() {

@@ -26,7 +26,6 @@
 
 namespace {
 
-constexpr int MTC_CACHE_MB = 1;  // as the engine opens it
 constexpr int CATALOGUE_TURNS = 2;
 constexpr int64_t CATALOGUE_SAMPLES = 520;  // of each number of pieces, about
 
@@ -102,7 +101,7 @@ void run_build(const BuildOptions& options) {
         case EGDB_BUILD_NO_MEMORY:
             return fail("not enough memory");
         case EGDB_BUILD_TOO_LONG:
-            return fail("there are endings of more than %d plies to the next conversion", LONGEST_DISTANCE);
+            return fail("there are endings of %d plies and more to the next conversion", LONGEST_DISTANCE);
         case EGDB_BUILD_CANNOT_WRITE:
             return fail("cannot write %s", result.failed_file.c_str());
         case EGDB_BUILD_CANNOT_READ:

@@ -14,7 +14,8 @@ namespace {
 
 constexpr int MOST_CACHE_MB = 1 << 20;
 
-bool check_folder(std::string& folder, bool mtc) {
+// With the memory that they will have, as it decides what is read whole.
+bool check_folder(std::string& folder, bool mtc, int cache_mb) {
     if (folder.empty()) return true;
     folder = absolute_path(folder);
     EgdbType type{};
@@ -22,7 +23,7 @@ bool check_folder(std::string& folder, bool mtc) {
     const bool there = identify_egdb(folder, type, pieces) == 0 && (type == EGDB_MTC) == mtc;
     if (!there)
         fail("no %s database in %s", mtc ? "moves-to-conversion" : "win/loss/draw", folder.c_str());
-    else if (!egdb_open("", 1, folder, nullptr))
+    else if (!egdb_open("", cache_mb, folder, nullptr))
         // A game goes on without them, and an analysis finds it out behind its first search.
         fail("the database in %s cannot be opened", folder.c_str());
     else
@@ -60,7 +61,8 @@ void add_egdb_options(CLI::App& command, EgdbChoice& choice, bool default_folder
 }
 
 bool check_egdb_choice(EgdbChoice& choice) {
-    return check_folder(choice.folder, false) && check_folder(choice.mtc_folder, true);
+    return check_folder(choice.folder, false, choice.cache_mb) &&
+           check_folder(choice.mtc_folder, true, MTC_CACHE_MB);
 }
 
 std::string chosen_egdb_folder(const EgdbChoice& choice, bool default_folder) {

@@ -18,8 +18,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int MTC_CACHE_MB = 1;  // as the engine opens it
-
 std::string hex(uint64_t value, int digits) {
     char text[24];
     std::snprintf(text, sizeof text, "%0*llx", digits, static_cast<unsigned long long>(value));

@@ -5,6 +5,7 @@
 
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/game_replay.h"
 #include "records/game_headers.h"
 #include "records/pdn_game.h"
 #include "records/pdn_replay.h"
@@ -16,20 +17,6 @@ struct PdnOptions {
     std::vector<std::string> files;
     bool print = false;
 };
-
-// The positions of a game as far as it can be replayed. False if it breaks at a move that is not legal.
-bool replay(PdnNode* game, std::vector<ReplayState>& history) {
-    history.assign(1, ReplayState{});
-    PdnNode* node = pdn_start_position(game, history.front());
-    while (node) {
-        ReplayState state = history.back();
-        ReplayState after;
-        if (pdn_apply_move(*node, state, after) != 0) return false;
-        node = pdn_next_move(node, state);
-        history.push_back(state);
-    }
-    return true;
-}
 
 void print_line_form(PdnNode* game, const std::vector<ReplayState>& history) {
     GameHeaders headers;
@@ -50,17 +37,15 @@ void run_file(const std::string& file, bool print) {
     std::vector<ReplayState> history;
     for (const PdnGame& game : games) {
         if (!game) break;
-        if (!replay(game.get(), history)) ++broken;
+        if (!replay_game(game.get(), history)) ++broken;
         moves += history.size() - 1;
         if (print) print_line_form(game.get(), history);
     }
     if (!print)
         std::printf("%s: games %d, moves %zu, broken %d\n", file.c_str(), pdn_game_count(games), moves,
                     broken);
-    else if (broken > 0)
-        std::fprintf(stderr,
-                     "tessarin-cli: %s: %d of %d games are broken and end before a move that is not legal\n",
-                     file.c_str(), broken, pdn_game_count(games));
+    else
+        tell_broken_games(file.c_str(), broken, pdn_game_count(games));
 }
 
 }  // namespace

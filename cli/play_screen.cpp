@@ -2,11 +2,14 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 
+#include "base/text.h"
 #include "cli/console.h"
 #include "control/game.h"
 #include "control/search_thread.h"
+#include "control/text_ids.h"
 #include "core/movegen.h"
 #include "core/notation.h"
 #include "records/fen.h"
@@ -89,6 +92,21 @@ bool write_clipboard(const char* text) {
     return true;
 }
 
+bool is_text(const char* shown, int text_id) {
+    char text[CONTROL_TEXT_SIZE];
+    get_text(text_id, text, sizeof text);
+    return std::strcmp(shown, text) == 0;
+}
+
+// What a search tells passes by; how a game of the engine against itself ends stays.
+void show_status_text(const char* text) {
+    if (real_search_runs()) {
+        if (play_screen.terminal) show_progress(text);
+    } else if (is_text(text, TEXT_GAME_OVER) || is_text(text, TEXT_DRAW_DECLARED)) {
+        say("%s", text);
+    }
+}
+
 void tell_of_file(const char* path) { say("written to %s", path); }
 
 }  // namespace
@@ -97,9 +115,7 @@ Ui make_play_screen() {
     Ui screen = no_ui();
     screen.redraw_board = [] { play_screen.board_changed = true; };
     screen.set_side_button = [](int) { play_screen.board_changed = true; };
-    screen.set_status_text = [](const char* text) {
-        if (play_screen.terminal && real_search_runs()) show_progress(text);
-    };
+    screen.set_status_text = show_status_text;
     screen.set_game_text = [](const char* text, int, int) { play_screen.game_text = text; };
     screen.message_box = show_message;
     screen.choose_load_file = choose_file;

@@ -63,8 +63,8 @@ void run_search(SearchOptions& options) {
     if (!open_databases(options.egdb, text)) return;
     Move best{};
     int32_t searched = 0;
-    const int32_t value = getmove(position, position.side, text, stop_flag,
-                                  options.all_scores ? SEARCH_ALL_SCORES : 0u, best, searched);
+    const uint32_t flags = SEARCH_FULL_DEPTH | (options.all_scores ? SEARCH_ALL_SCORES : 0u);
+    const int32_t value = getmove(position, position.side, text, stop_flag, flags, best, searched);
     char move[MOVE_TEXT_SIZE];
     const bool has_move = full_move_text(position, best, position.side, move) > 0;
     std::printf("best %s value %d depth %d nodes %" PRIu64 "\n", has_move ? move : "none", value,
@@ -75,7 +75,9 @@ void run_search(SearchOptions& options) {
 
 void add_search_command(CLI::App& program) {
     CLI::App* const command = program.add_subcommand(
-        "search", "Search a position and print the best move; the value is positive when good for black");
+        "search",
+        "Search a position and print the best move; the value is positive when good for black, and where --mtc\n"
+        "answers it is the number of single moves to the next conversion");
     const auto options = std::make_shared<SearchOptions>();
     command->add_option("FEN", options->fen, "Position")->required();
     CLI::Option* const time =

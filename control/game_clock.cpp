@@ -53,19 +53,19 @@ void pass_on_operator_time() {
     clock_state.lap_operator_time.store(settings.operator_time, std::memory_order_relaxed);
 }
 
-void start_clock(bool real_search, int64_t now_ms) {
+void start_clock(bool engines_lap, int64_t now_ms) {
     if (running()) return;
     pass_on_operator_time();
-    if (real_search)
+    if (engines_lap)
         start_engine_lap(now_ms);
     else
         start_user_lap(now_ms);
     clock_state.clock_running.store(true, std::memory_order_relaxed);
 }
 
-void stop_clock(bool real_search, int64_t now_ms) {
+void stop_clock(bool engines_lap, int64_t now_ms) {
     if (!clock_state.clock_running.exchange(false, std::memory_order_relaxed)) return;
-    if (real_search)
+    if (engines_lap)
         add_used(engine_side(), take_engine_lap(now_ms));
     else
         add_used(engine_side() ^ 1, take_user_lap(now_ms));
@@ -113,13 +113,13 @@ void reset_clock_state() {
     clock_state.lap_operator_time.store(0, std::memory_order_relaxed);
 }
 
-void clock_command(ClockAction action, bool clock_mode, bool real_search, int64_t now_ms) {
+void clock_command(ClockAction action, bool clock_mode, bool engines_lap, int64_t now_ms) {
     if (action == CLOCK_STOP)
-        stop_clock(real_search, now_ms);
+        stop_clock(engines_lap, now_ms);
     else if (action == CLOCK_RESET)
         reset_clock();
     else if (clock_mode)
-        start_clock(real_search, now_ms);
+        start_clock(engines_lap, now_ms);
 }
 
 void start_engine_lap(int64_t now_ms) {
@@ -138,6 +138,12 @@ void charge_engine_time(int64_t now_ms) {
     if (!running()) return;
     const int32_t operator_time = clock_state.lap_operator_time.load(std::memory_order_relaxed);
     add_used(engine_side(), operator_time + take_engine_lap(now_ms));
+}
+
+void charge_engine_wait(int64_t now_ms) {
+    if (!running()) return;
+    add_used(engine_side(), take_engine_lap(now_ms));
+    start_user_lap(now_ms);
 }
 
 void count_engine_move(int64_t now_ms) {
@@ -179,11 +185,11 @@ MoveTime compute_move_time(int pieces) {
     return time;
 }
 
-void clock_text(bool real_search, int64_t now_ms, char* buffer, size_t size) {
+void clock_text(bool engines_lap, int64_t now_ms, char* buffer, size_t size) {
     double white = clock_used(WHITE), black = clock_used(BLACK);
     if (running()) {
-        const int side = real_search ? engine_side() : engine_side() ^ 1;
-        const int64_t start = real_search ? clock_state.engine_lap_start.load(std::memory_order_relaxed)
+        const int side = engines_lap ? engine_side() : engine_side() ^ 1;
+        const int64_t start = engines_lap ? clock_state.engine_lap_start.load(std::memory_order_relaxed)
                                           : clock_state.user_lap_start;
         (side == WHITE ? white : black) += seconds_between(start, now_ms);
     }

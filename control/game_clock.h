@@ -33,8 +33,8 @@ enum ClockAction { CLOCK_START, CLOCK_STOP, CLOCK_RESET };
 
 // The commands of the menu.
 //   clock_mode   the mode is NORMAL_MODE or DXP_MODE; the clock starts in no other
-//   real_search  a search runs that does not ponder: the lap is the engine's, otherwise the user's
-void clock_command(ClockAction action, bool clock_mode, bool real_search, int64_t now_ms);
+//   engines_lap  the lap is the engine's, otherwise the user's
+void clock_command(ClockAction action, bool clock_mode, bool engines_lap, int64_t now_ms);
 
 // Begins the lap of the engine, or of the user.
 void start_engine_lap(int64_t now_ms);
@@ -47,6 +47,10 @@ void charge_user_time(int64_t now_ms);
 // While the clock runs, adds the lap and the operator time to `clock_side` and begins the next lap. By the
 // search thread, at the end of a real search. A lap that "Stop" is charging at that moment is charged once.
 void charge_engine_time(int64_t now_ms);
+
+// While the clock runs, adds the lap to `clock_side` and begins the user's. Behind a wait of the engine's,
+// before its search.
+void charge_engine_wait(int64_t now_ms);
 
 // While the clock runs: counts a move of the engine and begins the user's lap.
 void count_engine_move(int64_t now_ms);
@@ -68,4 +72,4 @@ MoveTime compute_move_time(int pieces);
 
 // The text of the clock's window, with the lap in progress. `size` at least 1; a text that is too long is
 // cut.
-void clock_text(bool real_search, int64_t now_ms, char* buffer, size_t size);
+void clock_text(bool engines_lap, int64_t now_ms, char* buffer, size_t size);

@@ -88,7 +88,7 @@ constexpr CommandRow COMMANDS[] = {
 };
 
 void run_clock_command(ClockAction action) {
-    clock_command(action, game.gui_mode == NORMAL_MODE || in_dxp(), real_search_runs(), clock_ms());
+    clock_command(action, game.gui_mode == NORMAL_MODE || in_dxp(), engine_time_runs(), clock_ms());
     update_menu();
 }
 
@@ -122,6 +122,8 @@ void search_button_command() {
     clear_marks();
     if (real_search_runs()) {
         search_thread.stop_flag.store(1, std::memory_order_relaxed);
+        // The analysis that waits for its end is not wanted either.
+        if (is_analysis_mode(game.gui_mode)) search_thread.start_waits = false;
     } else if (game.gui_mode == NORMAL_MODE) {
         if (searching) stop_search();
         wait_for_search();

@@ -32,7 +32,8 @@ bool answer_user_move() {
     SearchThread& t = search_thread;
     charge_user_time(clock_ms());
     const bool searching = t.searching.load(std::memory_order_acquire) != 0;
-    const bool predicted = searched_position_is_on_board();
+    // A search that a command has given up has no answer.
+    const bool predicted = searched_position_is_on_board() && !t.this_search_aborted;
     if (searching && t.pondering.load(std::memory_order_relaxed) && predicted) {
         change_ponder_to_normal_search();
         ui.redraw_board();
@@ -45,8 +46,7 @@ bool answer_user_move() {
         start_search();
         return true;
     }
-    // A result that a command has given up is no answer.
-    if (t.ponder_done && predicted && !t.this_search_aborted) {
+    if (t.ponder_done && predicted) {
         ui.redraw_board();
         t.pondering.store(0, std::memory_order_relaxed);
         search_done(4);
@@ -133,7 +133,9 @@ void go_on_playing(bool moved) {
 // position is no legal one, the engine gives the position back: then nothing is played, and only the game's
 // result may have to be told to the other side.
 void play_search_result() {
-    const SearchThread& t = search_thread;
+    SearchThread& t = search_thread;
+    // What waited for the end of this search was to bring the move that it has found.
+    t.start_waits = false;
     const bool moved = t.search_result != move_to(t.search_position);
     game.game_result_code =
         game_result(t.search_position, t.search_side, t.search_value, t.search_searched != 0);
@@ -193,8 +195,10 @@ bool user_may_move() {
     const SearchThread& t = search_thread;
     if (game.gui_mode == AUTOPLAY_MODE || game.gui_mode == DXP_MODE || is_analyze_mode(game.gui_mode))
         return false;
-    if (game.gui_mode != NORMAL_MODE || t.pondering.load(std::memory_order_relaxed)) return true;
+    if (game.gui_mode != NORMAL_MODE) return true;
     // The engine has the move until its result has been seen.
+    if (t.start_waits) return false;
+    if (t.pondering.load(std::memory_order_relaxed)) return true;
     const bool result_waits = t.search_finished.load(std::memory_order_acquire) && !t.this_search_aborted;
     return !t.searching.load(std::memory_order_acquire) && !result_waits;
 }

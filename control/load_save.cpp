@@ -97,12 +97,10 @@ void save_command() {
     save_game_to_file(path, another_game_began(begun) ? std::span(kept) : users_history(), headers);
 }
 
-bool edit_headers_command() {
+void edit_headers_command() {
     GameHeaders headers = headers_to_edit();
     const uint32_t begun = game.games_begun;
-    if (!ui.edit_headers(headers) || another_game_began(begun)) return false;
-    game.headers = headers;
-    return true;
+    if (ui.edit_headers(headers) && !another_game_began(begun)) game.headers = headers;
 }
 
 void load_pdn_game(const std::string& path) {

@@ -36,9 +36,9 @@ void load_command();
 // save, whatever begins on the board meanwhile.
 void save_command();
 
-// Has the user edit the headers of the game; an empty date is offered as today. True if he agreed, and no
-// other game began meanwhile; otherwise the headers stay.
-bool edit_headers_command();
+// Has the user edit the headers of the game; an empty date is offered as today. They stay if he does not
+// agree or another game began meanwhile.
+void edit_headers_command();
 
 // Has the user choose one of the file's games and puts it on the board, at its end; without a choice the old
 // game stays. A running search is thrown away and the game clock reset, whatever follows. Nothing in

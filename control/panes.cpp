@@ -88,7 +88,7 @@ void ponder_pane_text(char* buffer, size_t size) {
 
 void clock_pane_text(char* buffer, size_t size) {
     buffer[0] = '\0';
-    if (is_playing_mode(game.gui_mode)) clock_text(real_search_runs(), clock_ms(), buffer, size);
+    if (is_playing_mode(game.gui_mode)) clock_text(engine_time_runs(), clock_ms(), buffer, size);
 }
 
 void refresh_panes() {

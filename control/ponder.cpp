@@ -1,5 +1,6 @@
 // Pondering: the engine searches the position behind the user's most likely move while the user thinks. If he
 // makes that move the search simply becomes the real one.
+#include <utility>
 
 #include "base/clock.h"
 #include "base/log.h"
@@ -43,7 +44,8 @@ bool table_reply(const MoveList& list, int& index) {
 
 bool searched_reply(const MoveList& list, int& index) {
     // What is to be opened anew is opened on the search thread, which may take its time.
-    if (engine_settings.reopen_wld || engine_settings.reopen_mtc) return false;
+    const bool reopen_wld = std::exchange(engine_settings.reopen_wld, false);
+    const bool reopen_mtc = std::exchange(engine_settings.reopen_mtc, false);
     build_board_line();
     set_move_time({SHORT_SEARCH_SECONDS, SHORT_SEARCH_SECONDS, 0, SHORT_SEARCH_SECONDS});
     std::atomic<int32_t> stop{0};
@@ -51,6 +53,8 @@ bool searched_reply(const MoveList& list, int& index) {
     Move best{};
     int32_t searched = 0;
     getmove(game.board, game.board_side, text, stop, 0, best, searched);
+    engine_settings.reopen_wld = reopen_wld;
+    engine_settings.reopen_mtc = reopen_mtc;
     index = find_move(list, best);
     return index >= 0;
 }

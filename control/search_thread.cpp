@@ -69,6 +69,7 @@ void reset_search_flags() {
     t.stop_flag.store(0, std::memory_order_relaxed);
     t.ponder_done = false;
     t.this_search_aborted = false;
+    t.told_to_end = false;
     t.start_waits = false;
     t.search_target_time = 0;
     t.ponder_move_text[0] = '\0';
@@ -88,6 +89,8 @@ bool real_search_runs() {
            !search_thread.pondering.load(std::memory_order_relaxed);
 }
 
+bool engine_time_runs() { return real_search_runs() || search_thread.start_waits; }
+
 bool wait_for_search() {
     SearchThread& t = search_thread;
     // Without a thread nothing searches.
@@ -96,6 +99,7 @@ bool wait_for_search() {
 
 bool stop_search() {
     search_thread.start_waits = false;
+    search_thread.told_to_end = true;
     search_thread.stop_flag.store(1, std::memory_order_relaxed);
     return wait_for_search();
 }
@@ -104,7 +108,7 @@ bool discard_search() {
     SearchThread& t = search_thread;
     const bool open =
         t.searching.load(std::memory_order_acquire) || t.search_finished.load(std::memory_order_acquire);
-    const bool real = open && !t.pondering.load(std::memory_order_relaxed);
+    const bool real = (open && !t.pondering.load(std::memory_order_relaxed)) || t.start_waits;
     t.this_search_aborted = true;
     const bool idle = stop_search();
     // Its time was the engine's; the user's begins here.

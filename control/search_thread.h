@@ -40,7 +40,8 @@ struct SearchThread {
     // The interface thread's alone.
     bool ponder_done = false;          // a ponder search has ended, and its result waits for the user's move
     bool this_search_aborted = false;  // the result is to be thrown away
-    bool start_waits = false;          // a start found the search before it still running; the tick starts it
+    bool told_to_end = false;          // the search started last, by `stop_search`
+    bool start_waits = false;          // a start found such a search still running; the tick starts it
     double search_target_time = 0;     // seconds aimed at for this move
     uint32_t searches_started = 0;     // tells one search from the next
 
@@ -96,6 +97,9 @@ const char* search_text();
 // A search runs that does not ponder.
 bool real_search_runs();
 
+// The engine's time passes: a real search runs, or one is to start and waits for the search before it.
+bool engine_time_runs();
+
 // Waits until the search thread is idle, for `wait_limit_ms` at most. True if it is; a caller that has
 // nothing better to do goes on whatever the answer.
 bool wait_for_search();
@@ -106,7 +110,8 @@ bool stop_search();
 bool discard_search();
 
 // Starts a search of the position on the board, with the time that the mode has. In a mode without an engine
-// an error is shown. While the search thread has not come back from its last search nothing starts.
+// an error is shown. Where the search before was told to end and has not come back yet, as it opens
+// databases, the start waits until a tick finds that it has; while any other one runs nothing starts.
 void start_search();
 
 // Starts a search of the position that the predicted reply leads to, if pondering is on and the mode has it.
@@ -120,6 +125,6 @@ void change_ponder_to_normal_search();
 bool predict_reply(Move& reply);
 
 // Runs every 50 milliseconds on the interface thread, by the loop of the front end: passes a finished search
-// on, and shows what changed.
+// on, starts the one that waited for its end, and shows what changed.
 constexpr int TICK_MS = 50;
 void timer_tick();

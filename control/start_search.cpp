@@ -120,7 +120,7 @@ void build_predicted_line(const Position& position, int side) {
 void start_game_clock() {
     if (clock_state.clock_running.load(std::memory_order_relaxed)) return;
     const bool clock_mode = game.gui_mode == NORMAL_MODE || game.gui_mode == DXP_MODE;
-    clock_command(CLOCK_START, clock_mode, real_search_runs(), clock_ms());
+    clock_command(CLOCK_START, clock_mode, engine_time_runs(), clock_ms());
     update_menu();
 }
 
@@ -131,7 +131,7 @@ void hand_over_search(const Position& position, int side) {
     t.search_side = side;
     t.search_flags = flags_for_mode(game.gui_mode);
     ++t.searches_started;
-    t.start_waits = false;
+    t.told_to_end = false;
     t.search_done_event.reset();
     t.stop_flag.store(0, std::memory_order_relaxed);
     // A result that nobody has seen is overtaken.
@@ -141,6 +141,15 @@ void hand_over_search(const Position& position, int side) {
     t.search_start_event.signal();
 }
 
+// The time until then is the engine's. A real search charges it up to its own end.
+void let_start_wait() {
+    SearchThread& t = search_thread;
+    t.start_waits = true;
+    if (game.gui_mode == NORMAL_MODE)
+        clock_state.clock_side.store(game.board_side, std::memory_order_relaxed);
+    if (t.pondering.load(std::memory_order_relaxed)) start_engine_lap(clock_ms());
+}
+
 void start_search() {
     SearchThread& t = search_thread;
     if (const char* const error = mode_error(game.gui_mode)) {
@@ -148,10 +157,10 @@ void start_search() {
         return;
     }
     if (!search_can_start()) {
-        // One that was told to end is late, as where it opens databases.
-        t.start_waits = t.stop_flag.load(std::memory_order_relaxed) != 0;
+        if (t.told_to_end && !t.start_waits) let_start_wait();
         return;
     }
+    t.start_waits = false;
     t.pondering.store(0, std::memory_order_relaxed);
     t.this_search_aborted = false;
     t.ponder_done = false;
@@ -162,4 +171,9 @@ void start_search() {
     if (game.gui_mode != NORMAL_MODE) return;
     charge_user_time(clock_ms());
     start_game_clock();
+}
+
+void start_waiting_search() {
+    charge_engine_wait(clock_ms());
+    start_search();
 }

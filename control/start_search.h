@@ -23,5 +23,9 @@ void build_board_line();
 // The same for a position one move ahead of it. What could be reached by stepping forward is dropped.
 void build_predicted_line(const Position& position, int side);
 
+// Starts the search that waited for the one before it to come back, which it has; the wait is charged to the
+// engine.
+void start_waiting_search();
+
 // Starts the game clock, if it does not run; the menu follows.
 void start_game_clock();

@@ -2,6 +2,7 @@
 #include "control/mode_hooks.h"
 #include "control/panes.h"
 #include "control/search_thread.h"
+#include "control/start_search.h"
 
 namespace {
 
@@ -26,6 +27,7 @@ void timer_tick() {
         if (!search_thread.pondering.load(std::memory_order_relaxed)) mode_hooks.dxp_show_search_text(0);
         search_done(3);
     }
-    if (search_thread.start_waits && !search_thread.searching.load(std::memory_order_acquire)) start_search();
+    if (search_thread.start_waits && !search_thread.searching.load(std::memory_order_acquire))
+        start_waiting_search();
     if (++panes.ticks % TICKS_A_REFRESH == 0) refresh_panes();
 }

@@ -268,7 +268,8 @@ bool searched_position_is_on_board() {
 void answer_move() {
     SearchThread& t = search_thread;
     const bool searching = t.searching.load(std::memory_order_acquire) != 0;
-    const bool predicted = searched_position_is_on_board();
+    // A search that a command has given up has no answer.
+    const bool predicted = searched_position_is_on_board() && !t.this_search_aborted;
     if (searching && t.pondering.load(std::memory_order_relaxed) && predicted) {
         change_ponder_to_normal_search();
         ui.redraw_board();
@@ -277,7 +278,7 @@ void answer_move() {
         stop_search();
         ui.redraw_board();
         start_engine_move();
-    } else if (t.ponder_done && predicted && !t.this_search_aborted) {
+    } else if (t.ponder_done && predicted) {
         ui.redraw_board();
         t.pondering.store(0, std::memory_order_relaxed);
         search_done(1);

@@ -18,7 +18,6 @@ namespace {
 
 constexpr const char* WAIT_FOR_WLD = "Wait for WLD database init...";
 constexpr const char* WAIT_FOR_MTC = "Wait for MTC database init...";
-constexpr int32_t MTC_CACHE_MB = 1;
 
 struct OpenDatabases {
     OpenEgdb wld;

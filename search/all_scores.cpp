@@ -97,7 +97,8 @@ int32_t all_scores_search(const Position& position, int side, char* text, uint32
     if (answer_root(task, best_move, value) != ROOT_TO_SEARCH) return value;
     RootMoves moves = make_root_moves(task.list);
     begin_iterations(task);
-    iterate(task, moves, is_forced(task.root, side) ? 1 : MAX_DEPTH);
+    const bool cut = !(flags & SEARCH_FULL_DEPTH) && is_forced(task.root, side);
+    iterate(task, moves, cut ? 1 : MAX_DEPTH);
     end_iterations();
     searched = search_state.iteration.load(std::memory_order_relaxed) >= MIN_SEARCHED_DEPTH;
     best_move = moves.front().move;

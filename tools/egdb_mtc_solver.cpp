@@ -140,7 +140,7 @@ int find_distances(Work& work, const SolveControl& control) {
     std::atomic<bool> found = true;
     // Positions with distance 0 may lead to some with 1 that nothing else leads to.
     for (int distance = 0; (found || distance < 2) && !stopped(); ++distance) {
-        if (distance == LONGEST_DISTANCE) return 3;
+        if (distance > LONGEST_DISTANCE) return 3;
         found = false;
         for_chunks(work.size, CHUNK, control.threads, [&](int64_t first, int64_t last) {
             if (!stopped() && spread_chunk(work, first, last, distance))

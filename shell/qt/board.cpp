@@ -4,12 +4,14 @@
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QStyleHints>
+#include <QtMath>
 #include <algorithm>
 #include <utility>
 
 #include "base/clock.h"
 #include "control/game_flow.h"
 #include "control/settings.h"
+#include "records/fen.h"
 #include "shell/board_clicks.h"
 #include "shell/board_geometry.h"
 
@@ -29,6 +31,9 @@ const ReplayState* entry_before_board() {
     if (entry->setup_flag || !same_pieces(entry->position, game.board)) return nullptr;
     return entry - 1;
 }
+
+// The pixel that the point is in, of which a fine screen tells the fraction.
+QPoint pixel_at(const QPointF& at) { return {qFloor(at.x()), qFloor(at.y())}; }
 
 }  // namespace
 
@@ -88,6 +93,7 @@ void Board::take_over_game() {
     // It was for another position, or meant something else in the mode before.
     if (another || shown.mode != game.gui_mode) forget_typed();
     if (another) begin_slide(now, game.board_side);
+    if (another || shown.side != game.board_side) describe(now, game.board_side);
     shown = {now, game.board_side, game.gui_mode, true};
     scene.position = now;
     scene.marks = game.highlights;
@@ -181,6 +187,13 @@ void Board::press(QPoint at, Qt::MouseButton button) {
     if (!press_played) begin_drag(square, at);
 }
 
+// For screen readers.
+void Board::describe(const Position& position, int side) {
+    char fen[FEN_TEXT_SIZE];
+    position_to_fen(position, side, fen);
+    setAccessibleDescription(QString::fromLatin1(fen));
+}
+
 void Board::begin_drag(int square, QPoint at) {
     if (!square_can_move(square) || !is_marked(square)) return;
     drag = {square, at, at, false};
@@ -207,7 +220,7 @@ void Board::end_drag(int square) {
     dropping = false;
 }
 
-void Board::mousePressEvent(QMouseEvent* event) { press(event->position().toPoint(), event->button()); }
+void Board::mousePressEvent(QMouseEvent* event) { press(pixel_at(event->position()), event->button()); }
 
 void Board::mouseDoubleClickEvent(QMouseEvent* event) {
     // The second press of a double click is no move of its own.
@@ -223,14 +236,14 @@ void Board::mouseMoveEvent(QMouseEvent* event) {
         drag = {};
         return update();
     }
-    drag.at = event->position().toPoint();
+    drag.at = pixel_at(event->position());
     const int way = (drag.at - drag.pressed).manhattanLength();
     if (way >= QGuiApplication::styleHints()->startDragDistance()) drag.moving = true;
     if (drag.moving) update();
 }
 
 void Board::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton) end_drag(square_at(event->position().toPoint()));
+    if (event->button() == Qt::LeftButton) end_drag(square_at(pixel_at(event->position())));
 }
 
 void Board::resizeEvent(QResizeEvent*) { drag = {}; }

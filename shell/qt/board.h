@@ -90,6 +90,7 @@ class Board : public QWidget {
     QPoint origin() const;
     int square_at(QPoint at) const;  // 1 to 50, or 0
     void take_over_game();
+    void describe(const Position& position, int side);
     void begin_slide(const Position& now, int side);
     void mark_last_move();
     int64_t slid_ms() const;

@@ -3,6 +3,10 @@
 #include <QDialogButtonBox>
 #include <QPalette>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QStyle>
+#include <QVBoxLayout>
 #include <algorithm>
 #include <charconv>
 #include <limits>
@@ -11,6 +15,7 @@
 #include "shell/menu.h"
 #include "shell/qt/dialogs.h"
 #include "shell/qt/text.h"
+#include "shell/qt/window_records.h"
 
 namespace {
 
@@ -62,6 +67,31 @@ void show_as_read_only(QLineEdit& edit) {
     edit.setPalette(palette);
 }
 
+void move_item(QBoxLayout& from, QBoxLayout& to) {
+    QLayoutItem* const item = from.takeAt(0);
+    if (QLayout* const layout = item->layout()) return to.addLayout(layout);
+    if (!item->widget()) return to.addItem(item);
+    to.addWidget(item->widget());
+    delete item;
+}
+
+// Puts all but the last row, which is that of the buttons, into an area that scrolls.
+void let_scroll(QDialog& dialog) {
+    auto* const rows = qobject_cast<QVBoxLayout*>(dialog.layout());
+    if (!rows) return;
+    auto* const content = new QWidget;
+    auto* const column = new QVBoxLayout(content);
+    column->setContentsMargins({});
+    column->setSpacing(rows->spacing());
+    while (rows->count() > 1) move_item(*rows, *column);
+    auto* const area = new QScrollArea;
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setWidget(content);
+    rows->insertWidget(0, area);
+    rows->setSizeConstraint(QLayout::SetDefaultConstraint);
+}
+
 }  // namespace
 
 void name_buttons(QDialog& dialog) {
@@ -76,6 +106,18 @@ void prepare_dialog(QDialog& dialog, int32_t number) {
     for (QLineEdit* const edit : dialog.findChildren<QLineEdit*>())
         if (edit->isReadOnly()) show_as_read_only(*edit);
     translate_dialog(dialog, number);
+    fit_to_screen(dialog);
+}
+
+void fit_to_screen(QDialog& dialog) {
+    dialog.ensurePolished();
+    const QSize room = dialog.screen()->availableSize() - ASSUMED_DECORATION;
+    if (dialog.testAttribute(Qt::WA_Resized)) return dialog.resize(dialog.size().boundedTo(room));
+    const QSize wanted = dialog.sizeHint();
+    if (wanted.boundedTo(room) == wanted) return;
+    let_scroll(dialog);
+    const int bar = dialog.style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, &dialog);
+    dialog.resize((wanted + QSize(bar, bar)).boundedTo(room));
 }
 
 void take_command_title(QDialog& dialog, int32_t command) {

@@ -20,6 +20,10 @@ void name_buttons(QDialog& dialog);
 // such, and the texts that the language's file has for the dialog.
 void prepare_dialog(QDialog& dialog, int32_t number);
 
+// Makes a dialog no larger than its screen: what stands above its buttons scrolls then, unless the dialog has
+// a size of its own, which is cut. Readying does so.
+void fit_to_screen(QDialog& dialog);
+
 // Titles a dialog that language files say nothing of by the menu's text for the command that opens it.
 void take_command_title(QDialog& dialog, int32_t command);
 

@@ -10,6 +10,7 @@
 #include <QTreeView>
 
 #include "base/text.h"
+#include "shell/qt/dialog_fields.h"
 #include "shell/qt/text.h"
 #include "shell/qt/toolkit_texts.h"
 
@@ -30,6 +31,7 @@ QString first_folder() {
 // Room for whole names and dates, where the dialog is the toolkit's own.
 void widen(QFileDialog& dialog) {
     dialog.resize(760, 480);
+    fit_to_screen(dialog);
     if (auto* const splitter = dialog.findChild<QSplitter*>()) splitter->setSizes({150, 600});
     constexpr int SIZE_COLUMN = 1, DATE_COLUMN = 3;
     auto* const files = dialog.findChild<QTreeView*>(QStringLiteral("treeView"));

@@ -4,6 +4,7 @@
 
 #include "shell/qt/desktop.h"
 #include "shell/qt/display.h"
+#include "shell/qt/termination.h"
 #include "shell/startup.h"
 
 int main(int argc, char** argv) {
@@ -17,7 +18,10 @@ int main(int argc, char** argv) {
     QApplication::setDesktopFileName(QStringLiteral("tessarin"));
     open_desktop(wants_server_mode(argc, argv));
     int status = start_desktop_engine();
-    if (status == 0) status = QApplication::exec();
+    if (status == 0) {
+        heed_termination();
+        status = QApplication::exec();
+    }
     if (!close_desktop()) std::_Exit(status);
     return status;
 }

@@ -24,9 +24,6 @@ MainWindow* main_window = nullptr;
 
 namespace {
 
-// What the desktop puts around a window, before it is known.
-constexpr QSize ASSUMED_DECORATION(12, 40);
-
 // What the panes beside the board show without breaking it.
 const QString LONG_LINE = QStringLiteral("Search mode: Analyze allscores");
 
@@ -60,7 +57,7 @@ ArrangementInput arrangement_input(MainWindow& window, const QSize& room) {
     const WindowRecord* const records = settings.child_windows;
     input.column_width =
         std::max(records[GAME_WINDOW].width, window.pane(GAME_WINDOW).width_for_text(LONG_LINE));
-    constexpr std::array<int, CHILD_WINDOWS> LINES = {2, 0, 2, 4, 6};
+    constexpr std::array<int, CHILD_WINDOWS> LINES = {2, 0, 3, 4, 6};
     for (size_t i = 0; i < CHILD_WINDOWS; ++i) {
         const ChildWindow which = static_cast<ChildWindow>(i);
         input.heights[i] = std::max(records[i].height, window.pane(which).height_for_lines(LINES[i]));
@@ -86,6 +83,7 @@ MainWindow::MainWindow()
     mdi_area->setFrameShape(QFrame::NoFrame);
     setCentralWidget(mdi_area);
     mdi_area->addSubWindow(board_child);
+    name_board();
     connect(&board_child->board(), &Board::typing_changed, line, &StatusLine::set_typing);
     for (size_t i = 0; i < CHILD_WINDOWS; ++i) {
         panes[i] = new PaneWindow(static_cast<ChildWindow>(i));
@@ -120,10 +118,16 @@ void MainWindow::moveEvent(QMoveEvent* event) {
 
 MainWindow::~MainWindow() { main_window = nullptr; }
 
+void MainWindow::name_board() {
+    board_child->setAccessibleName(program_text(TEXT_BOARD));
+    board_child->board().setAccessibleName(program_text(TEXT_BOARD));
+}
+
 void MainWindow::follow_language() {
     show_menu_texts(main_menu, binding);
     show_tool_bar_texts(*buttons);
     for (PaneWindow* const child : panes) child->follow_language();
+    name_board();
     menuBar()->update();
 }
 
@@ -183,7 +187,18 @@ void MainWindow::show_panes_of_settings() {
 }
 
 void MainWindow::place_windows() {
-    const WindowRecord& record = settings.main_window;
+    const bool maximized = settings.main_window.visible == FRAME_MAXIMIZED;
+    board_child->follow_square_size();
+    const QSize board = board_child->size() + QSize(WINDOW_GAP, WINDOW_GAP);
+    // The board of a larger screen would hide all others.
+    if (board.boundedTo(screen_room().size() - chrome()) == board)
+        place_as_recorded(settings.main_window);
+    else
+        arrange();
+    if (maximized) setWindowState(windowState() | Qt::WindowMaximized);
+}
+
+void MainWindow::place_as_recorded(const WindowRecord& record) {
     const QRect frame = place_in_view(place_of_record(record), screen_rooms());
     const bool maximized = record.visible == FRAME_MAXIMIZED;
     resize(frame.size().boundedTo(screen_room().size()));
@@ -191,7 +206,6 @@ void MainWindow::place_windows() {
     layout()->activate();
     const QSize room = maximized ? screen_room().size() - chrome() : mdi_area->size();
     const QList<QRect> inside{QRect(QPoint(0, 0), room)};
-    board_child->follow_square_size();
     board_child->move(WINDOW_GAP, WINDOW_GAP);
     for (size_t i = 0; i < CHILD_WINDOWS; ++i) {
         // What is hidden keeps its place until it is shown.
@@ -200,7 +214,6 @@ void MainWindow::place_windows() {
         panes[i]->setGeometry(child.visible ? place_in_view(place, inside) : place);
     }
     show_panes_of_settings();
-    if (maximized) setWindowState(windowState() | Qt::WindowMaximized);
 }
 
 void MainWindow::arrange() {

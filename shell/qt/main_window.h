@@ -63,8 +63,10 @@ class MainWindow : public QMainWindow {
     QRect normal_place() const;
     QPoint scroll_offset() const;
     void update_scroll_bars();
+    void place_as_recorded(const WindowRecord& record);
     void show_panes_of_settings();
     void follow_colours();
+    void name_board();
     void bring_into_view(PaneWindow& child);
 
     ChildStyle child_style;

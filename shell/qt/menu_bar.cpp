@@ -1,6 +1,7 @@
 #include "shell/qt/menu_bar.h"
 
 #include <QActionGroup>
+#include <QKeyEvent>
 #include <QKeySequence>
 #include <QMenuBar>
 #include <array>
@@ -25,6 +26,21 @@ constexpr std::array<Accelerator, 8> ACCELERATORS{{
     {COMMAND_PASTE, Qt::CTRL | Qt::Key_V},
     {COMMAND_INVERT_BOARD, Qt::CTRL | Qt::Key_I},
 }};
+
+// While the menu bar has the keyboard, the keys that go through the game are its own.
+class OwnKeys : public QObject {
+  public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() != QEvent::ShortcutOverride) return false;
+        const int key = static_cast<const QKeyEvent*>(event)->key();
+        const bool own =
+            key == Qt::Key_Left || key == Qt::Key_Right || key == Qt::Key_Home || key == Qt::Key_End;
+        if (own) event->accept();
+        return own;
+    }
+};
 
 struct Builder {
     QMainWindow& window;
@@ -83,6 +99,7 @@ void build_menu(QMainWindow& window, const std::vector<MenuItem>& menu, void (*r
     for (const MenuItem& item : menu)
         if (item.id == MENU_POPUP) builder.add_popup(*window.menuBar()->addMenu(shown_text(item.text)), item);
     show_menu_texts(menu, binding);
+    window.menuBar()->installEventFilter(new OwnKeys(window.menuBar()));
 }
 
 void show_menu_texts(const std::vector<MenuItem>& menu, MenuBinding& binding) {

@@ -106,6 +106,8 @@ PaneWindow::PaneWindow(ChildWindow which, QWidget* parent)
 
 void PaneWindow::set_text(const char* text) {
     PaneText wanted = pane_text(text, 0, 0);
+    // An empty line at the end would let the text scroll where all of it is to be seen.
+    while (wanted.text.endsWith(QLatin1Char('\n'))) wanted.text.chop(1);
     if (wanted.text == shown.text) return;
     shown = std::move(wanted);
     text_edit->setPlainText(shown.text);
@@ -167,7 +169,10 @@ void PaneWindow::follow_settings() {
         colour_range();
 }
 
-void PaneWindow::follow_language() { setWindowTitle(program_text(TITLES[pane])); }
+void PaneWindow::follow_language() {
+    setWindowTitle(program_text(TITLES[pane]));
+    text_edit->setAccessibleName(windowTitle());
+}
 
 int PaneWindow::height_for_lines(int lines) const {
     const int frame = style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth, nullptr, this);

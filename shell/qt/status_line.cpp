@@ -15,12 +15,19 @@ StatusLine::StatusLine(QWidget* parent) : QWidget(parent) {
 void StatusLine::set_text(const QString& text) {
     if (text == told) return;
     told = text;
-    update();
+    show_line();
 }
 
 void StatusLine::set_typing(const QString& text) {
     if (text == typed) return;
     typed = text;
+    show_line();
+}
+
+const QString& StatusLine::shown() const { return typed.isEmpty() ? told : typed; }
+
+void StatusLine::show_line() {
+    setAccessibleName(shown());
     update();
 }
 
@@ -31,8 +38,7 @@ QSize StatusLine::minimumSizeHint() const { return sizeHint(); }
 void StatusLine::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     const QRect place = rect().adjusted(SIDE_MARGIN, 0, -SIDE_MARGIN, 0);
-    const QString& shown = typed.isEmpty() ? told : typed;
-    const QString line = shown.simplified();
+    const QString line = shown().simplified();
     painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
                      fontMetrics().elidedText(line, Qt::ElideRight, place.width()));
 }

@@ -24,6 +24,9 @@ class StatusLine : public QWidget {
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    const QString& shown() const;
+    void show_line();
+
     QString told;
     QString typed;
 };

@@ -22,6 +22,7 @@ enum WindowTextId {
     TEXT_BUILD = 324,
     TEXT_OK = 325,
     TEXT_CANCEL = 326,
+    TEXT_BOARD = 346,
 };
 
 // The same with `inserted` in place of its "%s".

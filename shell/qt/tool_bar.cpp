@@ -68,6 +68,9 @@ void build_tool_bar(QToolBar& bar, const MenuBinding& menu, void (*run)(int32_t 
     bar.addSeparator();
     QAction* const search = new QAction(&bar);
     QObject::connect(search, &QAction::triggered, &bar, [run] { run(COMMAND_SEARCH_BUTTON); });
+    // The menu has no such command that the keyboard could reach.
+    search->setShortcut(Qt::Key_F5);
+    search->setAutoRepeat(false);
     add_button(bar, search, COMMAND_SEARCH_BUTTON, PICTURE_GO);
     show_tool_bar_texts(bar);
 }

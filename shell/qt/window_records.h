@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QRect>
+#include <QSize>
 
 #include "control/settings.h"
 
@@ -11,6 +12,9 @@
 // for the time when it no longer is.
 constexpr int32_t FRAME_SHOWN = 1;
 constexpr int32_t FRAME_MAXIMIZED = 3;
+
+// What the desktop puts around a window, before it is known.
+constexpr QSize ASSUMED_DECORATION(12, 40);
 
 // A record's place and size with numbers that a window can have. DEFAULT_PLACE becomes 0.
 QRect place_of_record(const WindowRecord& record);

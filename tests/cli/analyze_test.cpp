@@ -83,6 +83,7 @@ TEST(CliAnalyze, AGameThatBreaksEndsThere) {
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(count_of(result.output, '{'), 3 + 2) << result.output;
     EXPECT_NE(result.output.find("[Event \"next\"]"), std::string::npos);
+    EXPECT_NE(result.errors.find("broken.pdn: 1 of 2 games are broken"), std::string::npos) << result.errors;
 }
 
 TEST(CliAnalyze, TellsWhatIsWrong) {

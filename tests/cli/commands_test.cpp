@@ -161,6 +161,17 @@ TEST(CliSearch, AnInterruptEndsItWithTheBestMoveSoFar) {
         << result.output;
 }
 
+// A game would go on at once.
+TEST(CliSearch, AForcedMoveIsSearchedToo) {
+    const std::string position =
+        "B:W28,30,32,34,35,37,38,41,42,43,45,46:B2,5,9,10,13,15,17,19,20,21,23,24,29";
+    for (const char* option : {"", " --all-scores"}) {
+        const ProgramResult result = run_program("search " + position + " --depth 10" + option);
+        EXPECT_NE(last_line(result.output).find("best 29x40 "), std::string::npos) << result.output;
+        EXPECT_NE(last_line(result.output).find(" depth 10 "), std::string::npos) << result.output;
+    }
+}
+
 TEST(CliSearch, TellsThatThereIsNoMove) {
     EXPECT_EQ(last_line(run_program("search B:W31:B").output), "best none value -4000 depth 0 nodes 0");
     EXPECT_EQ(last_line(run_program("search W:W:B1").output), "best none value 4000 depth 0 nodes 0");
@@ -183,6 +194,10 @@ TEST(CliPdn, CountsGamesMovesAndBreaks) {
     const ProgramResult result = run_program("pdn two.pdn text.pdn", "", folder.path);
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output, "two.pdn: games 2, moves 5, broken 1\ntext.pdn: games 0, moves 0, broken 0\n");
+    folder.write("draws.pdn",
+                 "1. 32-28 19-23 1-1\n[Event \"e\"]\n1. 32-28 1-1 {agreed}\n[Event \"e\"]\n1. 1-1 19-23 *");
+    EXPECT_EQ(run_program("pdn draws.pdn", "", folder.path).output,
+              "draws.pdn: games 3, moves 3, broken 1\n");
     const ProgramResult missing = run_program("pdn missing.pdn empty.pdn two.pdn", "", folder.path);
     EXPECT_EQ(missing.status, 1);
     EXPECT_EQ(count_lines(missing.errors), 2);

@@ -55,6 +55,28 @@ TEST_F(CliPlay, AnswersEachMoveAndEndsWithTheScript) {
     EXPECT_GE(lines_with(result.output, "value").size(), 2u) << "with the text of each search";
 }
 
+TEST_F(CliPlay, TheEndOfAGameOfTheEngineIsTold) {
+    const ProgramResult over = play("setup W:W32:B28\nmode autoplay\n", "--time 0.01 --quiet --no-egdb");
+    EXPECT_EQ(lines_with(over.output, "Game over").size(), 1u) << over.output;
+    const ProgramResult draw =
+        play("setup W:WK31,K35,K41:BK3\nmode autoplay\n", "--time 0.01 --quiet --no-egdb");
+    EXPECT_EQ(lines_with(draw.output, "Draw declared").size(), 1u) << draw.output;
+}
+
+// The engine's list has one of the ways.
+TEST_F(CliPlay, ACaptureMayBeTypedEitherWayRound) {
+    for (const char* typed : {"27x36x47x38x27", "27x38x47x36x27"}) {
+        const ProgramResult result =
+            play("setup W:W27:B9,11,28,31,32,41,42\nmode twoplayers\n" + std::string(typed) + "\nfen\n");
+        EXPECT_EQ(lines_with(result.output, "B:W27:B9,11").size(), 1u)
+            << typed << result.output << result.errors;
+    }
+    const std::string kings = "setup W:WK8:B7,10,11,K12,20,23,32,33,K37,40,44\nmode twoplayers\n";
+    EXPECT_EQ(play(kings + "8x21x38x29x15x4\n").errors, "");
+    for (const char* typed : {"8x21x38x29x15x5", "8x21x38x29x4", "9x21x38x29x15x4", "8x21x38x28x15x4"})
+        EXPECT_NE(play(kings + typed + "\n").errors.find("not a legal move"), std::string::npos) << typed;
+}
+
 TEST_F(CliPlay, TheLastMoveIsAnsweredBehindTheEnd) {
     const ProgramResult result = play("32-28", "--time 0.3 --quiet");
     EXPECT_EQ(lines_with(result.output, "engine ").size(), 1u) << result.output;
@@ -227,6 +249,8 @@ TEST_F(CliPlay, PondersAndGivesHints) {
     ASSERT_EQ(hints.size(), 1u);
     EXPECT_NE(hints[0].find('-'), std::string::npos) << hints[0];
     EXPECT_EQ(lines_with(result.output, "B:W28,").size(), 1u);
+    EXPECT_NE(play("hint\n", "--quiet --book off").output.find("hint 3"), std::string::npos)
+        << "also before the databases have been opened";
     EXPECT_EQ(lines_with(play("setup W:W:B1\nhint\n").output, "hint none").size(), 1u);
 }
 

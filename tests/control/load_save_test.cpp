@@ -215,16 +215,17 @@ TEST_F(LoadSave, ANetworkGameThatBeginsMeanwhileGetsNoHeaders) {
     };
     answers.edits = true;
     set_game_header(answers.edited, "White", "someone");
-    EXPECT_FALSE(edit_headers_command());
+    edit_headers_command();
     EXPECT_STREQ(game.headers.white.data(), "");
-    EXPECT_FALSE(edit_headers_command()) << "nor the next game of a match";
-    EXPECT_STREQ(game.headers.white.data(), "");
+    edit_headers_command();
+    EXPECT_STREQ(game.headers.white.data(), "") << "nor the next game of a match";
     set_gui_mode(NORMAL_MODE);
     answers.meanwhile = [] {
         restart_from_board();
         set_gui_mode(NORMAL_MODE);
     };
-    EXPECT_FALSE(edit_headers_command()) << "nor one that has ended already";
+    edit_headers_command();
+    EXPECT_STREQ(game.headers.white.data(), "") << "nor one that has ended already";
 }
 
 // Of the user's own nothing is left on the board.

@@ -1,4 +1,5 @@
-// A search that comes back late, as it opens databases, and what peers do beneath boxes and dialogs.
+// A search that comes back late, as it opens databases or asks them for the end, and what peers do beneath
+// boxes and dialogs.
 #include <thread>
 #include <utility>
 
@@ -24,6 +25,14 @@ void open_slowly(char*) {
     within_opening = false;
 }
 
+// Behind its iterations a search has taken the wish to end back.
+int choose_slowly(const Position&, int, const MoveList&) {
+    within_opening = opening.load();
+    for (; opening; std::this_thread::sleep_for(std::chrono::milliseconds(1))) search_thread.stop_flag = 0;
+    within_opening = false;
+    return 0;
+}
+
 void count_openings(char*) {
     if (!std::exchange(engine_settings.reopen_wld, false)) return;
     ++(std::this_thread::get_id() == interface_id ? opened_by_interface : opened_by_search);
@@ -44,6 +53,24 @@ class LateSearch : public FollowerTest {
     static void let_it_end() {
         search_thread.wait_limit_ms = 300000;
         opening = false;
+    }
+    // The engine has answered 32-28 with 20-25 and ponders on 31-27, which takes its time.
+    static void ponder_slowly() {
+        settings.pondering_on = 1;
+        script.think = answer_with("20-25");
+        script.predict = [](const Position& position, int side, const MoveList& list) {
+            opening = true;
+            return answer_with("31-27")(position, side, list);
+        };
+        self->play("32-28");
+        ASSERT_TRUE(run_until([] { return within_opening.load(); }));
+        search_thread.wait_limit_ms = 20;
+        script.predict = first_move;
+        script.think = answer_with("14-20");
+    }
+    static void let_a_minute_pass() {
+        clock_state.engine_lap_start -= 60000;
+        clock_state.user_lap_start -= 60000;
     }
     // A file of one game, which the user chooses.
     void offer_game() {
@@ -98,6 +125,127 @@ TEST_F(LateSearch, AMoveMeanwhileIsAnswered) {
     run({sends(move_message_text(20, 25)), hears_nothing(20)});
     let_it_end();
     run({hears(move_message_text(31, 27))});
+}
+
+TEST_F(LateSearch, AMoveIsAnsweredBehindASearchThatKnowsOfNoEnd) {
+    settings.pondering_on = 1;
+    script.predict = [](const Position& position, int side, const MoveList& list) {
+        opening = true;
+        egdb_engine.egdb_prepare = [](char*) {};
+        script.think = choose_slowly;
+        return answer_with("19-23")(position, side, list);
+    };
+    start_as_white();
+    ASSERT_TRUE(run_until([] { return within_opening.load(); }));
+    search_thread.wait_limit_ms = 20;
+    script.predict = first_move;
+    script.think = answer_with("31-27");
+    run({sends(move_message_text(20, 25)), hears_nothing(20)});
+    let_it_end();
+    run({hears(move_message_text(31, 27))});
+}
+
+TEST_F(LateSearch, AnAnswerThatWasGivenUpIsNone) {
+    ponder_slowly();
+    play("33-29");
+    ASSERT_TRUE(search_thread.start_waits);
+    back_command();
+    play("31-27");
+    let_it_end();
+    EXPECT_TRUE(run_until([] { return game.history_count == 5; })) << "the ponder search is no answer";
+}
+
+TEST_F(LateSearch, NorIsItInTheNetwork) {
+    settings.pondering_on = 1;
+    script.predict = [](const Position& position, int side, const MoveList& list) {
+        opening = true;
+        return answer_with("20-25")(position, side, list);
+    };
+    start_as_white();
+    ASSERT_TRUE(run_until([] { return within_opening.load(); }));
+    search_thread.wait_limit_ms = 20;
+    dxp_drop_search();
+    script.predict = first_move;
+    script.think = answer_with("31-27");
+    run({sends(move_message_text(20, 25)), hears_nothing(20)});
+    let_it_end();
+    run({hears(move_message_text(31, 27))});
+}
+
+TEST_F(LateSearch, TheMoveIsTheEnginesWhileItsStartWaits) {
+    ponder_slowly();
+    EXPECT_TRUE(user_may_move());
+    play("33-29");
+    EXPECT_FALSE(user_may_move());
+    let_it_end();
+    EXPECT_TRUE(run_until([] { return game.history_count == 5; }));
+    EXPECT_TRUE(run_until([] { return user_may_move(); }));
+}
+
+TEST_F(LateSearch, TheWaitIsTheEnginesTime) {
+    clock_state.clock_running = true;
+    ponder_slowly();
+    play("33-29");
+    const double used = clock_state.white_used;
+    let_a_minute_pass();
+    let_it_end();
+    ASSERT_TRUE(run_until([] { return game.history_count == 5; }));
+    EXPECT_GE(clock_state.black_used, 60);
+    EXPECT_LT(clock_state.white_used, used + 30);
+}
+
+TEST_F(LateSearch, TheClockIsStoppedInTheEnginesTime) {
+    clock_state.clock_running = true;
+    ponder_slowly();
+    play("33-29");
+    let_a_minute_pass();
+    char text[CONTROL_TEXT_SIZE];
+    clock_pane_text(text, sizeof text);
+    clock_stop_command();
+    EXPECT_GE(clock_state.black_used, 60);
+    EXPECT_LT(clock_state.white_used, 30);
+    EXPECT_NE(std::string(text).find("B 01:0"), std::string::npos) << text;
+}
+
+TEST_F(LateSearch, WhoTakesBackBeginsHisLap) {
+    clock_state.clock_running = true;
+    ponder_slowly();
+    play("33-29");
+    let_a_minute_pass();
+    const int64_t long_ago = clock_state.user_lap_start;
+    back_command();
+    EXPECT_GT(clock_state.user_lap_start, long_ago + 30000);
+}
+
+TEST_F(LateSearch, StopIsForAnAnalysisThatWaitsToo) {
+    opening = true;
+    analysis_command();
+    ASSERT_TRUE(run_until([] { return within_opening.load(); }));
+    search_thread.wait_limit_ms = 20;
+    play("32-28");
+    ASSERT_TRUE(search_thread.start_waits);
+    const uint32_t searches = search_thread.searches_started;
+    search_button_command();
+    let_it_end();
+    ASSERT_TRUE(run_until([] { return !search_thread.searching && !search_thread.search_finished; }));
+    run_for(200);
+    EXPECT_EQ(search_thread.searches_started, searches);
+}
+
+TEST_F(LateSearch, WhoseMoveEndsTheGameIsNotStartedAgain) {
+    set_position("W:W32:B28");
+    script.think = first_move;
+    opening = true;
+    search_button_command();
+    ASSERT_TRUE(run_until([] { return within_opening.load(); }));
+    search_thread.wait_limit_ms = 20;
+    autoplay_command();
+    ASSERT_TRUE(search_thread.start_waits);
+    const uint32_t searches = search_thread.searches_started;
+    let_it_end();
+    EXPECT_TRUE(run_until([] { return game.gui_mode == NORMAL_MODE; }));
+    run_for(200);
+    EXPECT_EQ(search_thread.searches_started, searches);
 }
 
 // The start was given up with the search that it waited for.

@@ -7,13 +7,12 @@ say with what the program says.
 import json
 import os
 import random
-import struct
+import signal
 import subprocess
 import sys
 import tempfile
 import time
 import unittest
-import zlib
 
 import book
 import pdn
@@ -45,6 +44,12 @@ def random_position(rng, counts):
         free = [s for s in free if s not in group]
         groups.append(frozenset(group))
     return Position(rng.randrange(2), *groups)
+
+
+def heeds_termination(process):
+    with open(f"/proc/{process}/status", encoding="ascii") as file:
+        caught = next(int(line.split()[1], 16) for line in file if line.startswith("SigCgt:"))
+    return caught >> (signal.SIGTERM - 1) & 1
 
 
 class Weights(unittest.TestCase):
@@ -134,41 +139,47 @@ class Settings(unittest.TestCase):
     WISHES = {"search_threads": 3, "hash_mb": 32, "wld_max_pieces": 7, "wld_max_kings_8": 2,
               "wld_cache_mb": 333, "wld_folder": "/no/such/folder/ü", "mtc_folder": "/nor/this"}
 
-    def log_of_start(self, settings_file):
-        """What the desktop program writes to its log when it starts with the settings."""
+    WISHES2 = {"match_repeats": 7, "match_ballot_file": "/openings/ü", "increment_mode": 1,
+               "initial_seconds": 12.5, "increment_seconds": 0.25}
+    NO_LANGUAGE, ENGLISH = 12345, 40117
+
+    def run_with(self, files):
+        """Starts the desktop program with the files and ends it as the end of a session does. Returns what it
+        wrote to its log and what the files are then."""
         desktop = os.path.join(os.path.dirname(PROGRAM), "tessarin")
         if not os.path.exists(desktop):
             self.skipTest("no desktop program was built")
         with tempfile.TemporaryDirectory() as home:
             folder = "Quillorn/Tessarin International"
+            paths = {name: os.path.join(home, "config", folder, name) for name in files}
             os.makedirs(os.path.join(home, "config", folder))
-            with open(os.path.join(home, "config", folder, "settings"), "wb") as file:
-                file.write(settings_file)
+            for name, content in files.items():
+                with open(paths[name], "wb") as file:
+                    file.write(content)
             surroundings = dict(os.environ, HOME=home, XDG_CONFIG_HOME=os.path.join(home, "config"),
                                 XDG_DATA_HOME=os.path.join(home, "data"), XDG_RUNTIME_DIR=home,
                                 QT_QPA_PLATFORM="offscreen")
-            log = os.path.join(home, "data", folder, "Tessarin.log")
             with subprocess.Popen([desktop], env=surroundings, stderr=subprocess.DEVNULL) as program:
-                text, end = "", time.monotonic() + 60
-                while "MTC directory" not in text and time.monotonic() < end:
+                end = time.monotonic() + 60
+                while not heeds_termination(program.pid) and time.monotonic() < end:
                     time.sleep(0.05)
-                    if os.path.exists(log):
-                        with open(log, encoding="utf-8") as file:
-                            text = file.read()
-                program.kill()
-        return dict(line.split(": ", 1) for line in text.splitlines() if ": " in line)
+                program.terminate()
+                self.assertEqual(program.wait(), 0)
+            with open(os.path.join(home, "data", folder, "Tessarin.log"), encoding="utf-8") as file:
+                log = dict(line.rstrip("\n").split(": ", 1) for line in file if ": " in line)
+            for name, path in paths.items():
+                with open(path, "rb") as file:
+                    files[name] = file.read()
+        return log, files
 
-    def test_a_record_is_taken(self):
-        record = bytearray(settings.SIZE)
-        for name, offset, kind in settings.FIELDS:
-            if name in self.WISHES:
-                wish = self.WISHES[name]
-                struct.pack_into("<" + kind, record, offset, wish.encode() if kind.endswith("s") else wish)
-        struct.pack_into("<I", record, 0, zlib.crc32(struct.pack("<I", settings.SIZE) + bytes(record[4:])))
-        read = settings.read_record(bytes(record), settings.FIELDS, settings.SIZE)
+    def test_records_are_taken_and_written(self):
+        first = settings.write_record(self.WISHES | {"save_on_exit": 1}, settings.FIELDS, settings.SIZE)
+        wishes = self.WISHES2 | {"language_id": self.NO_LANGUAGE, "match_incremental": 1}
+        second = settings.write_record(wishes, settings.FIELDS2, settings.SIZE2)
+        read = settings.read_record(first, settings.FIELDS, settings.SIZE)
         self.assertEqual({name: read[name] for name in self.WISHES}, self.WISHES)
-        self.assertIsNone(settings.read_record(bytes(record[:-1]) + b"x", settings.FIELDS, settings.SIZE))
-        log = self.log_of_start(bytes(record))
+        self.assertIsNone(settings.read_record(first[:-1] + b"x", settings.FIELDS, settings.SIZE))
+        log, files = self.run_with({"settings": first, "settings2": second})
         self.assertEqual(log["search threads"], "3")
         self.assertEqual(log["hashtable size"], "32")
         self.assertEqual(log["WLD max pieces"], "7")
@@ -176,6 +187,12 @@ class Settings(unittest.TestCase):
         self.assertEqual(log["WLD memory"], "333")
         self.assertEqual(log["WLD directory"], "/no/such/folder/ü")
         self.assertEqual(log["MTC directory"], "/nor/this")
+        kept = settings.read_record(files["settings"], settings.FIELDS, settings.SIZE)
+        self.assertEqual({name: kept[name] for name in self.WISHES}, self.WISHES)
+        kept = settings.read_record(files["settings2"], settings.FIELDS2, settings.SIZE2)
+        self.assertEqual({name: kept[name] for name in self.WISHES2}, self.WISHES2)
+        self.assertEqual(kept["language_id"], self.ENGLISH)
+        self.assertEqual(kept["match_incremental"], 0)
 
 
 if __name__ == "__main__":

@@ -26,11 +26,26 @@ FIELDS2 = (
 SIZE, SIZE2 = 832, 296
 
 
+def write_record(values, fields, size):
+    """A record with these values and zeros elsewhere."""
+    record = bytearray(size)
+    for name, offset, kind in fields:
+        if name in values:
+            struct.pack_into("<" + kind, record, offset,
+                             values[name].encode() if kind.endswith("s") else values[name])
+    struct.pack_into("<I", record, 0, checksum(record))
+    return bytes(record)
+
+
+def checksum(record):
+    return zlib.crc32(struct.pack("<I", len(record)) + record[4:])
+
+
 def read_record(content, fields, size):
     """The fields by name, or None if the record does not fit its checksum."""
     if len(content) != size:
         return None
-    if zlib.crc32(struct.pack("<I", size) + content[4:]) != struct.unpack_from("<I", content)[0]:
+    if checksum(content) != struct.unpack_from("<I", content)[0]:
         return None
     record = {}
     for name, offset, kind in fields:

@@ -201,6 +201,25 @@ TEST_F(BoardView, PlainClickCountsWhenTheButtonGoesDown) {
     EXPECT_EQ(game.history_count, 2);
 }
 
+// A fine screen tells fractions of a pixel.
+TEST_F(BoardView, TheEdgeOfASquareIsItsOwn) {
+    const QPointF edge = QPointF(square_rect(32).topLeft()) + QPointF(SIZE - 0.5, SIZE - 0.5);
+    QMouseEvent event(QEvent::MouseButtonPress, edge, board->mapToGlobal(edge), Qt::LeftButton,
+                      Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(board.get(), &event);
+    EXPECT_EQ(game.highlight_count, 1);
+    EXPECT_EQ(game.highlights[0], 32);
+}
+
+TEST_F(BoardView, IsDescribedToThoseWhoDoNotSeeIt) {
+    board->redraw();
+    EXPECT_TRUE(board->accessibleDescription().startsWith(QStringLiteral("W:W31,")));
+    ASSERT_EQ(make_user_move(0), 0);
+    board->redraw();
+    EXPECT_TRUE(board->accessibleDescription().startsWith(QStringLiteral("B:W")));
+    EXPECT_EQ(board->accessibleDescription().toStdString(), fen_now());
+}
+
 TEST_F(BoardView, ButtonsSetUpPieces) {
     set_position("W:W32:B1");
     set_gui_mode(SETUP_MODE);

@@ -70,6 +70,16 @@ TEST_F(BoardFrame, TheRightButtonHoldsNoBorder) {
     expect_squares_of(48);
 }
 
+// A box has the release of the button.
+TEST_F(BoardFrame, ABorderThatIsLetGoSettles) {
+    settle();
+    send(QEvent::MouseButtonPress, QPoint(window->width() / 2, 8), Qt::LeftButton, Qt::LeftButton);
+    window->resize(window->size() + QSize(37, 91));
+    window->let_go();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window->is_settled(); }, 5000));
+    expect_squares_of(48);
+}
+
 TEST_F(BoardFrame, HoldsTenSquaresAndItsFrame) {
     expect_squares_of(44);
     EXPECT_GT(frame().height(), 0);

@@ -1,6 +1,9 @@
 // The dialog of the endgame databases and the transposition table.
 #include <QCheckBox>
 #include <QFileDialog>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <filesystem>
 #include <fstream>
 
@@ -105,6 +108,42 @@ TEST_F(Databases, TheFieldsOfBothGroupsStandInLine) {
             click(dialog, CANCEL_ID);
         });
     }
+}
+
+// A language with long words, or a small screen.
+TEST_F(Databases, WhatIsTooWideForTheScreenScrolls) {
+    speak("Dutch", DUTCH_ID, "[DLG_119]\nID1104=" + std::string(300, 'w') + "\n");
+    use([](QDialog& dialog) {
+        const QSize room = dialog.screen()->availableSize();
+        EXPECT_LE(dialog.frameGeometry().width(), room.width());
+        EXPECT_LE(dialog.frameGeometry().height(), room.height());
+        const auto& ok = control<QPushButton>(dialog, OK_ID);
+        EXPECT_TRUE(dialog.rect().contains(QRect(ok.mapTo(&dialog, QPoint()), ok.size())));
+        auto* const area = dialog.findChild<QScrollArea*>();
+        ASSERT_NE(area, nullptr);
+        EXPECT_TRUE(area->isAncestorOf(&edit(dialog, WLD_FOLDER)));
+        EXPECT_TRUE(area->isAncestorOf(&combo(dialog, HASH)));
+        EXPECT_GT(area->horizontalScrollBar()->maximum(), 0);
+        type(dialog, CACHE, "777");
+        click(dialog, OK_ID);
+    });
+    EXPECT_EQ(settings.wld_cache_mb, 777);
+}
+
+TEST_F(Databases, EnterPressesTheButtonThatHasTheFocus) {
+    set_wld_folder(SHIPPED.c_str());
+    use([](QDialog& dialog) {
+        auto& check = control<QPushButton>(dialog, WLD_CHECK);
+        check.setFocus();
+        QTest::keyClick(&check, Qt::Key_Return);
+        EXPECT_EQ(shown_boxes.size(), 1u);
+        EXPECT_TRUE(dialog.isVisible());
+        edit(dialog, CACHE).setFocus();
+        QTest::keyClick(&edit(dialog, CACHE), Qt::Key_Return);
+        EXPECT_FALSE(dialog.isVisible()) << "in a field it is OK";
+        EXPECT_EQ(dialog.result(), QDialog::Accepted);
+        EXPECT_EQ(shown_boxes.size(), 1u);
+    });
 }
 
 TEST_F(Databases, OkWithoutAChangeChangesNothing) {

@@ -245,6 +245,19 @@ TEST_F(Frame, WindowsOffTheScreenComeBack) {
         EXPECT_TRUE(inside.intersects(main_window->pane(pane).geometry())) << pane;
 }
 
+TEST_F(Frame, ABoardOfALargerScreenBecomesSmaller) {
+    Image image = small_image();
+    constexpr size_t SQUARE_SIZE_OFFSET = 48;
+    image.put32(SQUARE_SIZE_OFFSET, 150);
+    image.put_window(668, 1, 0, 0, 2500, 1580);
+    for (size_t pane = 0; pane < CHILD_WINDOWS; ++pane)
+        image.put_window(688 + 20 * pane, pane == GAME_WINDOW || pane == STATUS_WINDOW, 1600, 20, 300, 90);
+    save_images(image.sealed(), default_image2().sealed());
+    open_small();
+    EXPECT_LT(settings.square_size, 150);
+    expect_tidy("on a small screen");
+}
+
 TEST_F(Frame, HiddenPanesKeepTheirPlacesUntilTheyAreShown) {
     open_small();
     const QRect below = main_window->pane(PONDER_WINDOW).geometry();
@@ -514,8 +527,10 @@ TEST_F(Frame, TypedSquaresStandInFrontOfTheStatusText) {
     EXPECT_EQ(drawn(), wanted) << "a search may go on telling";
     EXPECT_EQ(line.text().toStdString(), "depth 5");
     EXPECT_EQ(line.typing().toStdString(), "32");
+    EXPECT_EQ(line.accessibleName().toStdString(), "32");
     QTest::keyClick(&board, Qt::Key_Escape);
     EXPECT_EQ(drawn(), behind);
+    EXPECT_EQ(line.accessibleName().toStdString(), "depth 5");
 }
 
 // None of them ever ends by itself here.

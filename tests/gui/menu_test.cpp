@@ -285,6 +285,30 @@ TEST_F(Menu, KeysWorkWhereverTheFocusIs) {
     }
 }
 
+TEST_F(Menu, TheMenuBarHasItsKeysForItself) {
+    action(40055).trigger();
+    play_moves(3);
+    QApplication::setActiveWindow(main_window);
+    QMenuBar* const bar = main_window->menuBar();
+    bar->setFocus();
+    ASSERT_TRUE(bar->hasFocus());
+    for (const Qt::Key key : {Qt::Key_Left, Qt::Key_Right, Qt::Key_Home, Qt::Key_End}) {
+        QTest::keyClick(bar, key);
+        EXPECT_EQ(game.history_count, 4) << key;
+    }
+}
+
+TEST_F(Menu, TheSearchButtonHasAKey) {
+    const QAction* const search = tool_bar_action(main_window->tool_bar(), COMMAND_SEARCH_BUTTON);
+    ASSERT_NE(search, nullptr);
+    QApplication::setActiveWindow(main_window);
+    Board& board = main_window->board_window().board();
+    board.setFocus();
+    QTest::keyClick(&board, Qt::Key_F5);
+    EXPECT_TRUE(wait_until([] { return game.history_count == 2; }));
+    EXPECT_FALSE(search->autoRepeat()) << "a key that is held would start and stop";
+}
+
 TEST_F(Menu, ToolbarHasItsButtonsInOrder) {
     const std::vector<std::pair<int32_t, std::string>> wanted = {{40023, "Back to start"},
                                                                  {40024, "Back one move"},

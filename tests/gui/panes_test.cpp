@@ -33,8 +33,14 @@ class PaneWindows : public DesktopTest {
 TEST_F(PaneWindows, ShowTheirTextsWithPlainLineEnds) {
     for (const ChildWindow pane : {STATUS_WINDOW, PONDER_WINDOW, CLOCK_WINDOW}) {
         ui.set_pane_text(pane, "one: 1\r\ntwo: 2\r\n");
-        EXPECT_EQ(pane_shows(pane), "one: 1\ntwo: 2\n");
+        EXPECT_EQ(pane_shows(pane), "one: 1\ntwo: 2");
     }
+}
+
+TEST_F(PaneWindows, TextsThatFitDoNotScroll) {
+    PaneWindow& pane = main_window->pane(STATUS_WINDOW);
+    ui.set_pane_text(STATUS_WINDOW, "one: 1\r\ntwo: 2\r\nthree: 3\r\n");
+    EXPECT_EQ(pane.edit().verticalScrollBar()->maximum(), 0);
 }
 
 TEST_F(PaneWindows, AreRewrittenOnlyWhenTheTextChanges) {
@@ -153,8 +159,10 @@ TEST_F(PaneWindows, ScrollBarsAreWhereTheyBelong) {
 TEST_F(PaneWindows, HaveTheirTitles) {
     const std::array<std::string, CHILD_WINDOWS> titles = {"Clock", "Game", "Status", "Ponder",
                                                            "DamExchange"};
-    for (const ChildWindow pane : ALL_PANES)
+    for (const ChildWindow pane : ALL_PANES) {
         EXPECT_EQ(main_window->pane(pane).windowTitle().toStdString(), titles[pane]);
+        EXPECT_EQ(main_window->pane(pane).edit().accessibleName().toStdString(), titles[pane]);
+    }
 }
 
 TEST_F(PaneWindows, ClosingHidesAndUnticks) {

@@ -26,11 +26,11 @@ class Start : public testing::Test {
     std::string log() const { return home.file("data/Quillorn/Tessarin International/Tessarin.log"); }
 
     // Runs the command of the program until it has headed its log, for a minute at most, and ends it from
-    // outside: 143 if it ran until then.
+    // outside: 137 if it ran until then.
     CommandResult run_until_started(const std::string& command) const {
         return run_command(command + " & program=$!; for i in $(seq 600); do grep -q '^MTC directory' " +
                            quoted(log()) +
-                           " 2>/dev/null && break; sleep 0.1; done; kill -TERM $program; wait $program");
+                           " 2>/dev/null && break; sleep 0.1; done; kill -KILL $program; wait $program");
     }
 
     ScratchFolder home;
@@ -66,7 +66,7 @@ TEST_F(Start, AnUnknownPlatformIsNamed) {
 TEST_F(Start, RunsWithTheDataFilesBesideIt) {
     environment.set("QT_QPA_PLATFORM", "offscreen");
     const CommandResult result = run_until_started(quoted(PROGRAM));
-    EXPECT_EQ(result.status, 143) << result.output;
+    EXPECT_EQ(result.status, 137) << result.output;
     const std::string text = content_of(log());
     EXPECT_NE(text.find("engine: Tessarin International(x64) 1.60b\n"), std::string::npos) << text;
     EXPECT_NE(text.find("search threads: 1\n"), std::string::npos);
@@ -80,12 +80,12 @@ TEST_F(Start, RunsWithoutAnyOtherFileButTheWeights) {
     std::filesystem::copy_file(std::filesystem::path(PROGRAM).parent_path() / "weights.bin",
                                folder + "weights.bin");
     const CommandResult result = run_until_started(quoted(folder + "tessarin"));
-    EXPECT_EQ(result.status, 143) << result.output;
+    EXPECT_EQ(result.status, 137) << result.output;
     EXPECT_NE(content_of(log()).find("engine: "), std::string::npos);
 }
 
 // The option of the platform that begins with the same letters is not ours.
 TEST_F(Start, OptionsOfTheToolkitAreItsOwn) {
     const CommandResult result = run_until_started(quoted(PROGRAM) + " -platform offscreen -style Fusion");
-    EXPECT_EQ(result.status, 143) << result.output;
+    EXPECT_EQ(result.status, 137) << result.output;
 }

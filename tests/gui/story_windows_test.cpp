@@ -175,6 +175,20 @@ TEST_F(Story, WithoutWeightsItSaysSoAndEnds) {
               std::string::npos);
 }
 
+// As at the end of the user's session, in the midst of a search and with a dialog open.
+TEST_F(Story, ASignalToEndClosesItAsTheUserWould) {
+    Desk desk;
+    ASSERT_TRUE(run(desk));
+    ASSERT_TRUE(choose(desk, COMMAND_SQUARE_NUMBERS));
+    ASSERT_TRUE(choose(desk, TIME_INFINITE));
+    ASSERT_TRUE(choose(desk, COMMAND_ANALYSIS));
+    ASSERT_TRUE(choose(desk, COMMAND_PDN_HEADER));
+    ASSERT_FALSE(wait_for_window(desk, QStringLiteral("Game Information")).isEmpty());
+    desk.program.terminate();
+    EXPECT_EQ(exit_status(desk), 0);
+    EXPECT_EQ(stored_settings(desk).square_numbers, 0);
+}
+
 // As when the user's session breaks down, in the midst of a search and with a dialog open.
 TEST_F(Story, ADisplayThatGoesEndsTheProgram) {
     std::unique_ptr<Screen> screen = open_screen(SMALL_SCREEN);
