@@ -1,6 +1,9 @@
 #include "shell/qt/arrangement.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <vector>
 
 #include "shell/board_geometry.h"
 
@@ -90,4 +93,29 @@ Arrangement arrange_windows(const ArrangementInput& input) {
     }
     result.area = QSize(result.panes[GAME_WINDOW].right() + 1 + WINDOW_GAP, bottom);
     return result;
+}
+
+QRect free_place(const QSize& wanted, int least_width, const QSize& shown, const QSize& room,
+                 std::span<const QRect> others) {
+    std::vector<int> columns = {WINDOW_GAP}, rows = {WINDOW_GAP};
+    for (const QRect& other : others) {
+        columns.push_back(std::max(other.right() + 1, 0) + WINDOW_GAP);
+        rows.push_back(std::max(other.bottom() + 1, 0) + WINDOW_GAP);
+    }
+    QRect best;
+    int64_t best_area = std::numeric_limits<int64_t>::max();
+    const auto consider = [&](const QRect& place) {
+        const QSize needed(place.right() + 1 + WINDOW_GAP, place.bottom() + 1 + WINDOW_GAP);
+        if (needed.boundedTo(room) != needed || place.width() < std::min(wanted.width(), least_width)) return;
+        for (const QRect& other : others)
+            if (other.intersects(place)) return;
+        const QSize grown = needed.expandedTo(shown);
+        const int64_t area = int64_t{grown.width()} * grown.height();
+        if (area < best_area) best_area = area, best = place;
+    };
+    for (const int x : columns)
+        for (const int y : rows)
+            for (const int end : {room.width(), shown.width()})
+                consider({x, y, std::min(wanted.width(), end - WINDOW_GAP - x), wanted.height()});
+    return best;
 }

@@ -5,6 +5,7 @@
 
 #include <QRect>
 #include <array>
+#include <span>
 
 #include "control/settings.h"
 
@@ -29,3 +30,12 @@ struct Arrangement {
 constexpr int WINDOW_GAP = 6;
 
 Arrangement arrange_windows(const ArrangementInput& input);
+
+// A place for one more window, beside or below the others and over none of them, for which the frame must
+// grow least. The window may become narrower there, but not below `least_width`. Empty if there is no such
+// place.
+//
+//   shown   what the frame's inside is now
+//   room    the largest that it can be
+QRect free_place(const QSize& wanted, int least_width, const QSize& shown, const QSize& room,
+                 std::span<const QRect> others);

@@ -11,6 +11,7 @@
 #include <QToolBar>
 #include <algorithm>
 #include <chrono>
+#include <vector>
 
 #include "base/program_paths.h"
 #include "shell/qt/arrangement.h"
@@ -245,14 +246,24 @@ void MainWindow::read_windows(Settings& record) {
         store_place(record.child_windows[i], panes[i]->geometry().translated(offset));
 }
 
+QRect MainWindow::free_place_for(const PaneWindow& child, const QSize& room) const {
+    std::vector<QRect> others = {board_child->geometry()};
+    for (const PaneWindow* const pane : panes)
+        if (pane != &child && pane->isVisible()) others.push_back(pane->geometry());
+    return free_place(child.size(), child.width_for_text(LONG_LINE), mdi_area->size(), room, others);
+}
+
 // A pane may have its place below or beside what the frame shows: the frame then grows, if the screen has
-// room for that, and otherwise the pane moves in.
+// room for that. Otherwise the pane goes where there is room, and if there is none it moves in over others.
 void MainWindow::bring_into_view(PaneWindow& child) {
+    const QSize most = screen_room().size() - chrome();
+    const QRect wanted = child.geometry();
+    if (!QRect(QPoint(0, 0), most).contains(wanted))
+        if (const QRect free = free_place_for(child, most); !free.isEmpty()) child.setGeometry(free);
     const QRect place = child.geometry();
     const QSize needed(place.right() + 1 + WINDOW_GAP, place.bottom() + 1 + WINDOW_GAP);
     const QSize grown = needed.expandedTo(mdi_area->size());
-    const QSize room = screen_room().size() - chrome();
-    const bool fits = grown.boundedTo(room) == grown;
+    const bool fits = grown.boundedTo(most) == grown;
     if (fits && grown != mdi_area->size() && !isMaximized() && !isFullScreen()) {
         set_inside(grown);
         keep_frame_on_screen();

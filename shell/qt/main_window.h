@@ -68,6 +68,7 @@ class MainWindow : public QMainWindow {
     void follow_colours();
     void name_board();
     void bring_into_view(PaneWindow& child);
+    QRect free_place_for(const PaneWindow& child, const QSize& room) const;
 
     ChildStyle child_style;
     QMdiArea* mdi_area;

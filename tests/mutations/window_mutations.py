@@ -98,6 +98,8 @@ MUTATIONS = [
     ("shell/qt/board_window.cpp", "border_held = event->button() == Qt::LeftButton;", "border_held = true;", "gui_board_tests"),
     ("shell/qt/dialog_start_match.cpp", "&& dxp_connection_number() == connection", "&& dxp_connection_number() >= connection", "gui_network_tests"),
     ("shell/qt/board_window.cpp", "    board().let_go();\n    border_held = false;\n", "    board().let_go();\n", "gui_board_tests"),
+    ("shell/qt/arrangement.cpp", "            if (other.intersects(place)) return;", "            if (other.contains(place)) return;", "gui_window_records_tests"),
+    ("shell/qt/main_window.cpp", "if (!QRect(QPoint(0, 0), most).contains(wanted))", "if (most.isEmpty() && wanted.isEmpty())", "gui_frame_tests"),
     ("shell/qt/main.cpp", "        heed_termination();\n", "", "gui_stories_tests"),
     ("shell/qt/menu_bar.cpp", "        if (own) event->accept();\n        return own;", "        return own && event->isAccepted();", "gui_menu_tests"),
     ("shell/qt/tool_bar.cpp", "    search->setShortcut(Qt::Key_F5);\n", "", "gui_menu_tests"),
