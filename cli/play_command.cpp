@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "base/clock.h"
 #include "base/line_input.h"
@@ -59,6 +60,7 @@ struct Watch {
             const bool moved = history_count > 0 && game.history_count > history_count;
             if (moved) print_engine_moves(history_count);
             if (moved || (open && !now_open)) say("%s", search_text());
+            if (!play_screen.end.empty()) say("%s", std::exchange(play_screen.end, "").c_str());
         }
         take_over();
     }

@@ -103,7 +103,7 @@ void show_status_text(const char* text) {
     if (real_search_runs()) {
         if (play_screen.terminal) show_progress(text);
     } else if (is_text(text, TEXT_GAME_OVER) || is_text(text, TEXT_DRAW_DECLARED)) {
-        say("%s", text);
+        play_screen.end = text;
     }
 }
 

@@ -19,6 +19,7 @@ struct PlayScreen {
     bool prompt_shown = false;
     std::string game_text;
     std::string printed_board;
+    std::string end;  // how a game of the engine against itself has ended, until it is told
 };
 extern PlayScreen play_screen;
 

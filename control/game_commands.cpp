@@ -118,15 +118,17 @@ void new_game_command() {
 }
 
 void search_button_command() {
-    const bool searching = search_thread.searching.load(std::memory_order_acquire) != 0;
+    SearchThread& t = search_thread;
+    const bool waits = t.start_waits;
     clear_marks();
+    // An analysis that waits for the search before it is not wanted either.
+    if (is_analysis_mode(game.gui_mode)) t.start_waits = false;
     if (real_search_runs()) {
-        search_thread.stop_flag.store(1, std::memory_order_relaxed);
-        // The analysis that waits for its end is not wanted either.
-        if (is_analysis_mode(game.gui_mode)) search_thread.start_waits = false;
+        t.stop_flag.store(1, std::memory_order_relaxed);
+    } else if (waits) {
+        return;
     } else if (game.gui_mode == NORMAL_MODE) {
-        if (searching) stop_search();
-        wait_for_search();
+        if (t.searching.load(std::memory_order_acquire)) stop_search();
         start_search();
     } else if (is_analysis_mode(game.gui_mode)) {
         start_search();

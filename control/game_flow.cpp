@@ -41,9 +41,7 @@ bool answer_user_move() {
         return true;
     }
     if (searching) {
-        stop_search();
-        ui.redraw_board();
-        start_search();
+        restart_search();
         return true;
     }
     if (t.ponder_done && predicted) {
@@ -52,14 +50,12 @@ bool answer_user_move() {
         search_done(4);
         return true;
     }
-    wait_for_search();
     start_search();
     return false;
 }
 
 void follow_user_move() {
     if (search_thread.searching.load(std::memory_order_acquire)) stop_search();
-    wait_for_search();
     start_search();
 }
 

@@ -114,6 +114,9 @@ bool discard_search();
 // databases, the start waits until a tick finds that it has; while any other one runs nothing starts.
 void start_search();
 
+// The same in place of the search that runs, which is ended; the time that its end takes is the engine's.
+void restart_search();
+
 // Starts a search of the position that the predicted reply leads to, if pondering is on and the mode has it.
 void start_ponder_search();
 

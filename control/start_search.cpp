@@ -141,13 +141,21 @@ void hand_over_search(const Position& position, int side) {
     t.search_start_event.signal();
 }
 
-// The time until then is the engine's. A real search charges it up to its own end.
-void let_start_wait() {
-    SearchThread& t = search_thread;
-    t.start_waits = true;
+// From the moment when the engine was asked the time is its own. Up to the end of a real search that is in
+// the way this one charges it.
+void begin_engine_wait(int64_t asked_ms) {
     if (game.gui_mode == NORMAL_MODE)
         clock_state.clock_side.store(game.board_side, std::memory_order_relaxed);
-    if (t.pondering.load(std::memory_order_relaxed)) start_engine_lap(clock_ms());
+    if (search_thread.pondering.load(std::memory_order_relaxed)) start_engine_lap(asked_ms);
+}
+
+void restart_search() {
+    const int64_t asked = clock_ms();
+    const bool idle = stop_search();
+    ui.redraw_board();
+    begin_engine_wait(asked);
+    search_thread.start_waits = !idle;
+    if (idle) start_waiting_search();
 }
 
 void start_search() {
@@ -156,8 +164,11 @@ void start_search() {
         ui.message_box(error, "Error", ICON_ERROR);
         return;
     }
+    const int64_t asked = clock_ms();
     if (!search_can_start()) {
-        if (t.told_to_end && !t.start_waits) let_start_wait();
+        if (!t.told_to_end || t.start_waits || !t.running.load(std::memory_order_relaxed)) return;
+        t.start_waits = true;
+        begin_engine_wait(asked);
         return;
     }
     t.start_waits = false;

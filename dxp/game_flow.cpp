@@ -111,8 +111,11 @@ void start_engine_move() {
         dxp_drop_search();
         return dxp_claim_end(GAME_GOES_ON);
     }
-    wait_for_search();
-    start_search();
+    const SearchThread& t = search_thread;
+    if (t.searching.load(std::memory_order_acquire) && !t.told_to_end)
+        restart_search();
+    else
+        start_search();
 }
 
 void accept_request(const DxpMessage& message) {
@@ -274,11 +277,7 @@ void answer_move() {
         change_ponder_to_normal_search();
         ui.redraw_board();
         ui.post_search_picture(PICTURE_STOP);
-    } else if (searching) {
-        stop_search();
-        ui.redraw_board();
-        start_engine_move();
-    } else if (t.ponder_done && predicted) {
+    } else if (t.ponder_done && predicted && !searching) {
         ui.redraw_board();
         t.pondering.store(0, std::memory_order_relaxed);
         search_done(1);

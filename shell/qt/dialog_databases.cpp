@@ -66,6 +66,8 @@ void browse(QWidget* parent, const FolderKind& kind, QLineEdit& edit) {
     QFileDialog dialog(parent, file_dialog_title(FOLDER_TITLE), edit.text());
     dialog.setFileMode(QFileDialog::Directory);
     dialog.setOption(QFileDialog::ShowDirsOnly);
+    dialog.resize(dialog.sizeHint());
+    fit_to_screen(dialog);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
     edit.setText(dialog.selectedFiles().constFirst());
     store_folder(kind, edit);

@@ -79,17 +79,21 @@ void move_item(QBoxLayout& from, QBoxLayout& to) {
 void let_scroll(QDialog& dialog) {
     auto* const rows = qobject_cast<QVBoxLayout*>(dialog.layout());
     if (!rows) return;
-    auto* const content = new QWidget;
+    QWidget* const focus = dialog.focusWidget();
+    // Within the dialog from the start on, so that the order of its fields stays.
+    auto* const area = new QScrollArea(&dialog);
+    auto* const content = new QWidget(&dialog);
     auto* const column = new QVBoxLayout(content);
     column->setContentsMargins({});
     column->setSpacing(rows->spacing());
     while (rows->count() > 1) move_item(*rows, *column);
-    auto* const area = new QScrollArea;
+    area->setFocusPolicy(Qt::NoFocus);
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
     area->setWidget(content);
     rows->insertWidget(0, area);
     rows->setSizeConstraint(QLayout::SetDefaultConstraint);
+    if (focus) focus->setFocus();
 }
 
 }  // namespace

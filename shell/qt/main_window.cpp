@@ -188,14 +188,18 @@ void MainWindow::show_panes_of_settings() {
 }
 
 void MainWindow::place_windows() {
-    const bool maximized = settings.main_window.visible == FRAME_MAXIMIZED;
+    const WindowRecord& record = settings.main_window;
+    const bool maximized = record.visible == FRAME_MAXIMIZED;
+    const QList<QRect> rooms = screen_rooms();
     board_child->follow_square_size();
-    const QSize board = board_child->size() + QSize(WINDOW_GAP, WINDOW_GAP);
-    // The board of a larger screen would hide all others.
-    if (board.boundedTo(screen_room().size() - chrome()) == board)
-        place_as_recorded(settings.main_window);
-    else
+    // The board of a larger screen would hide all other windows.
+    const QSize board = board_child->size();
+    const bool too_large =
+        !rooms.isEmpty() && board.boundedTo(nearest_area(place_of_record(record), rooms).size()) != board;
+    if (too_large)
         arrange();
+    else
+        place_as_recorded(record);
     if (maximized) setWindowState(windowState() | Qt::WindowMaximized);
 }
 

@@ -49,11 +49,15 @@ void store_place(WindowRecord& record, const QRect& place) {
     record.height = place.height();
 }
 
-QRect place_in_view(const QRect& place, const QList<QRect>& areas) {
-    if (areas.isEmpty()) return place;
-    const QRect& area = *std::max_element(areas.begin(), areas.end(), [&](const QRect& a, const QRect& b) {
+const QRect& nearest_area(const QRect& place, const QList<QRect>& areas) {
+    return *std::max_element(areas.begin(), areas.end(), [&](const QRect& a, const QRect& b) {
         return nearness(place, a) < nearness(place, b);
     });
+}
+
+QRect place_in_view(const QRect& place, const QList<QRect>& areas) {
+    if (areas.isEmpty()) return place;
+    const QRect& area = nearest_area(place, areas);
     QRect fitted(place.topLeft(), place.size().boundedTo(area.size()));
     if (can_be_held(fitted, area) && fitted.size() == place.size()) return fitted;
     const int x = std::clamp(fitted.x(), area.left(), area.right() + 1 - fitted.width());

@@ -25,6 +25,9 @@ bool has_default_place(const WindowRecord& record);
 // The record's place and size become the rectangle's; whether it is visible stays.
 void store_place(WindowRecord& record, const QRect& place);
 
+// The area that has most of the place, or is nearest to it; there must be one.
+const QRect& nearest_area(const QRect& place, const QList<QRect>& areas);
+
 // The nearest place for a window on one of the areas, which are screens without their panels, or the frame's
 // inside: it fits, and enough of its upper edge is in view to take hold of it. A window that is well placed
 // stays as it is. With no area the rectangle itself.

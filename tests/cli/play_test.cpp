@@ -58,6 +58,7 @@ TEST_F(CliPlay, AnswersEachMoveAndEndsWithTheScript) {
 TEST_F(CliPlay, TheEndOfAGameOfTheEngineIsTold) {
     const ProgramResult over = play("setup W:W32:B28\nmode autoplay\n", "--time 0.01 --quiet --no-egdb");
     EXPECT_EQ(lines_with(over.output, "Game over").size(), 1u) << over.output;
+    EXPECT_GT(over.output.find("Game over"), over.output.find("engine 32x23")) << over.output;
     const ProgramResult draw =
         play("setup W:WK31,K35,K41:BK3\nmode autoplay\n", "--time 0.01 --quiet --no-egdb");
     EXPECT_EQ(lines_with(draw.output, "Draw declared").size(), 1u) << draw.output;

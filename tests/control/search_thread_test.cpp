@@ -334,6 +334,8 @@ TEST_F(SearchThreadTest, AThreadThatCannotBeMadeIsTold) {
     search_button_command();
     timer_tick();
     EXPECT_EQ(search_thread.searching, 0) << "no search ever starts";
+    play("32-28");
+    EXPECT_TRUE(user_may_move()) << "nor does one wait";
     search_thread.make_thread = nullptr;
     search_thread.running = true;
 }

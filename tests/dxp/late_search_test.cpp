@@ -194,6 +194,31 @@ TEST_F(LateSearch, TheWaitIsTheEnginesTime) {
     EXPECT_LT(clock_state.white_used, used + 30);
 }
 
+// Also where it is over before the start gives up waiting.
+TEST_F(LateSearch, AShortWaitIsTheEnginesTimeToo) {
+    clock_state.clock_running = true;
+    ponder_slowly();
+    search_thread.wait_limit_ms = 300000;
+    const double used = clock_state.white_used, engine_used = clock_state.black_used;
+    std::jthread later([] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        opening = false;
+    });
+    play("33-29");
+    EXPECT_FALSE(search_thread.start_waits);
+    EXPECT_LT(clock_state.white_used, used + 0.3);
+    EXPECT_GE(clock_state.black_used, engine_used + 0.29);
+}
+
+TEST_F(LateSearch, InAGameTheButtonLeavesTheWaitAlone) {
+    ponder_slowly();
+    play("33-29");
+    search_button_command();
+    EXPECT_TRUE(search_thread.start_waits);
+    let_it_end();
+    EXPECT_TRUE(run_until([] { return game.history_count == 5; }));
+}
+
 TEST_F(LateSearch, TheClockIsStoppedInTheEnginesTime) {
     clock_state.clock_running = true;
     ponder_slowly();

@@ -124,6 +124,13 @@ TEST_F(Databases, WhatIsTooWideForTheScreenScrolls) {
         EXPECT_TRUE(area->isAncestorOf(&edit(dialog, WLD_FOLDER)));
         EXPECT_TRUE(area->isAncestorOf(&combo(dialog, HASH)));
         EXPECT_GT(area->horizontalScrollBar()->maximum(), 0);
+        EXPECT_EQ(dialog.focusWidget(), &combo(dialog, HASH));
+        QTest::keyClick(&dialog, Qt::Key_Tab);
+        EXPECT_TRUE(area->isAncestorOf(dialog.focusWidget()));
+        QTest::keyClick(&dialog, Qt::Key_Backtab);
+        QTest::keyClick(&dialog, Qt::Key_Backtab);
+        EXPECT_EQ(dialog.focusWidget(), &control<QPushButton>(dialog, CANCEL_ID))
+            << "the area itself is no stop";
         type(dialog, CACHE, "777");
         click(dialog, OK_ID);
     });

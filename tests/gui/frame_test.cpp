@@ -258,6 +258,20 @@ TEST_F(Frame, ABoardOfALargerScreenBecomesSmaller) {
     expect_tidy("on a small screen");
 }
 
+// The user may scroll it.
+TEST_F(Frame, ALargeBoardStaysOnItsScreen) {
+    Image image = small_image();
+    constexpr size_t SQUARE_SIZE_OFFSET = 48;
+    image.put32(SQUARE_SIZE_OFFSET, 72);
+    image.put_window(668, 1, 10, 10, 700, 560);
+    for (size_t pane = 0; pane < CHILD_WINDOWS; ++pane) image.put_window(688 + 20 * pane, 1, 33, 44, 180, 90);
+    save_images(image.sealed(), default_image2().sealed());
+    open_small();
+    ASSERT_GT(main_window->screen()->availableGeometry().height(), main_window->board_window().height());
+    EXPECT_EQ(settings.square_size, 72);
+    EXPECT_EQ(main_window->pane(STATUS_WINDOW).pos(), QPoint(33, 44));
+}
+
 TEST_F(Frame, HiddenPanesKeepTheirPlacesUntilTheyAreShown) {
     open_small();
     const QRect below = main_window->pane(PONDER_WINDOW).geometry();

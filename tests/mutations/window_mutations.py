@@ -47,7 +47,7 @@ MUTATIONS = [
     ("shell/qt/arrangement.cpp", "if (rows.lower_shown && !rows.upper_shown) {", "if (false) {", "gui_window_records_tests"),
     ("shell/qt/window_records.cpp", "return seen.height() == edge.height() && seen.width() >= std::min(HOLD_WIDTH, place.width());", "return seen.width() >= std::min(HOLD_WIDTH, place.width());", "gui_window_records_tests"),
     ("shell/qt/desktop.cpp", "if (main_window && main_window->isVisible()) main_window->read_windows(record);", "if (main_window) main_window->read_windows(record);", "gui_frame_tests"),
-    ("shell/qt/status_line.cpp", "const QString line = shown().simplified();", "const QString line = shown;", "gui_frame_tests gui_ui_tests"),
+    ("shell/qt/status_line.cpp", "const QString line = shown().simplified();", "const QString line = shown();", "gui_frame_tests gui_ui_tests"),
     # The panes.
     ("shell/qt/pane_window.cpp", "if (same_text && wanted.begin == shown.begin && wanted.end == shown.end) return;", "if (same_text && wanted.end == shown.end) return;", "gui_panes_tests"),
     ("shell/qt/pane_window.cpp", "if (pane == DXP_WINDOW)\n        rebuild_protocol();\n    else\n        colour_range();", "if (pane != DXP_WINDOW) colour_range();", "gui_panes_tests"),
@@ -104,9 +104,11 @@ MUTATIONS = [
     ("shell/qt/menu_bar.cpp", "        if (own) event->accept();\n        return own;", "        return own && event->isAccepted();", "gui_menu_tests"),
     ("shell/qt/tool_bar.cpp", "    search->setShortcut(Qt::Key_F5);\n", "", "gui_menu_tests"),
     ("shell/qt/dialog_fields.cpp", "    fit_to_screen(dialog);\n}", "}", "gui_dialogs_tests"),
-    ("shell/qt/main_window.cpp", "if (board.boundedTo(screen_room().size() - chrome()) == board)", "if (board.isValid())", "gui_frame_tests"),
+    ("shell/qt/main_window.cpp", "    if (too_large)\n", "    if (too_large && board.isEmpty())\n", "gui_frame_tests"),
     ("shell/qt/board.cpp", "{qFloor(at.x()), qFloor(at.y())}", "{qRound(at.x()), qRound(at.y())}", "gui_board_tests"),
     ("shell/qt/board.cpp", "describe(now, game.board_side);", "static_cast<void>(now);", "gui_board_tests"),
     ("shell/qt/pane_window.cpp", "wanted.text.chop(1);", "break;", "gui_panes_tests"),
     ("shell/qt/status_line.cpp", "    setAccessibleName(shown());\n", "", "gui_frame_tests"),
+    ("shell/qt/dialog_fields.cpp", "    area->setFocusPolicy(Qt::NoFocus);\n", "", "gui_dialogs_tests"),
+    ("shell/qt/main_window.cpp", "board.boundedTo(nearest_area(place_of_record(record), rooms).size()) != board", "board.boundedTo(screen_room().size() - chrome() - QSize(300, 300)) != board", "gui_frame_tests"),
 ]
