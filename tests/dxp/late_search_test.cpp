@@ -111,6 +111,20 @@ TEST_F(LateSearch, ARequestMeanwhileIsPlayed) {
     run({hears(move_message_text(32, 28))});
 }
 
+TEST_F(LateSearch, ARequestIsPlayedBehindASearchThatKnowsOfNoEnd) {
+    egdb_engine.egdb_prepare = [](char*) {};
+    script.think = choose_slowly;
+    opening = true;
+    play("33-28");
+    ASSERT_TRUE(run_until([] { return within_opening.load(); }));
+    search_thread.wait_limit_ms = 20;
+    serve({sends(request_from_start('W')), hears(ACCEPTED)});
+    EXPECT_TRUE(search_thread.start_waits);
+    script.think = answer_with("32-28");
+    let_it_end();
+    run({hears(move_message_text(32, 28))});
+}
+
 TEST_F(LateSearch, AMoveMeanwhileIsAnswered) {
     settings.pondering_on = 1;
     script.predict = [](const Position& position, int side, const MoveList& list) {
@@ -211,12 +225,15 @@ TEST_F(LateSearch, AShortWaitIsTheEnginesTimeToo) {
 }
 
 TEST_F(LateSearch, InAGameTheButtonLeavesTheWaitAlone) {
+    clock_state.clock_running = true;
     ponder_slowly();
     play("33-29");
+    let_a_minute_pass();
     search_button_command();
     EXPECT_TRUE(search_thread.start_waits);
     let_it_end();
     EXPECT_TRUE(run_until([] { return game.history_count == 5; }));
+    EXPECT_GE(clock_state.black_used, 60) << "all of the wait is the engine's";
 }
 
 TEST_F(LateSearch, TheClockIsStoppedInTheEnginesTime) {

@@ -218,7 +218,7 @@ MUTATIONS = [
     ("control/start_search.cpp", "    charge_engine_wait(clock_ms());\n", "", "dxp_peer_tests"),
     ("control/search_thread.cpp", "|| search_thread.start_waits;", "|| (search_thread.start_waits & false);", "dxp_peer_tests"),
     ("control/ponder.cpp", "    engine_settings.reopen_wld = reopen_wld;\n", "    static_cast<void>(reopen_wld);\n", "dxp_peer_tests"),
-    ("control/start_search.cpp", "    begin_engine_wait(asked);\n    search_thread.start_waits = !idle;", "    search_thread.start_waits = !idle;", "dxp_peer_tests"),
+    ("control/start_search.cpp", "    const int64_t asked = clock_ms();\n    const bool idle = stop_search();", "    const bool idle = stop_search();\n    const int64_t asked = clock_ms();", "dxp_peer_tests"),
     ("control/start_search.cpp", "|| t.start_waits || !t.running.load(std::memory_order_relaxed)) return;", "|| t.start_waits) return;", "control_game_tests"),
-    ("control/game_commands.cpp", "    } else if (waits) {\n        return;\n", "", "dxp_peer_tests"),
+    ("control/game_commands.cpp", "    } else if (waits) {", "    } else if (waits && game.gui_mode != NORMAL_MODE) {", "dxp_peer_tests"),
 ]
