@@ -68,6 +68,28 @@ class LateSearch : public FollowerTest {
         script.predict = first_move;
         script.think = answer_with("14-20");
     }
+    // The program has made white's first move over the network and ponders on the reply, slowly by opening
+    // databases or by what `slow_down` does.
+    void ponder_slowly_in_network(
+        const char* reply, void (*slow_down)() = [] {}) {
+        settings.pondering_on = 1;
+        script.predict = [reply, slow_down](const Position& position, int side, const MoveList& list) {
+            opening = true;
+            slow_down();
+            return answer_with(reply)(position, side, list);
+        };
+        start_as_white();
+        ASSERT_TRUE(run_until([] { return within_opening.load(); }));
+        search_thread.wait_limit_ms = 20;
+        script.predict = first_move;
+        script.think = answer_with("31-27");
+    }
+    // To 20-25, when the search is back.
+    void expect_late_answer() {
+        run({sends(move_message_text(20, 25)), hears_nothing(20)});
+        let_it_end();
+        run({hears(move_message_text(31, 27))});
+    }
     static void let_a_minute_pass() {
         clock_state.engine_lap_start -= 60000;
         clock_state.user_lap_start -= 60000;
@@ -126,37 +148,16 @@ TEST_F(LateSearch, ARequestIsPlayedBehindASearchThatKnowsOfNoEnd) {
 }
 
 TEST_F(LateSearch, AMoveMeanwhileIsAnswered) {
-    settings.pondering_on = 1;
-    script.predict = [](const Position& position, int side, const MoveList& list) {
-        opening = true;  // by the ponder search
-        return answer_with("19-23")(position, side, list);
-    };
-    start_as_white();
-    ASSERT_TRUE(run_until([] { return within_opening.load(); }));
-    search_thread.wait_limit_ms = 20;
-    script.predict = first_move;
-    script.think = answer_with("31-27");
-    run({sends(move_message_text(20, 25)), hears_nothing(20)});
-    let_it_end();
-    run({hears(move_message_text(31, 27))});
+    ponder_slowly_in_network("19-23");
+    expect_late_answer();
 }
 
 TEST_F(LateSearch, AMoveIsAnsweredBehindASearchThatKnowsOfNoEnd) {
-    settings.pondering_on = 1;
-    script.predict = [](const Position& position, int side, const MoveList& list) {
-        opening = true;
+    ponder_slowly_in_network("19-23", [] {
         egdb_engine.egdb_prepare = [](char*) {};
         script.think = choose_slowly;
-        return answer_with("19-23")(position, side, list);
-    };
-    start_as_white();
-    ASSERT_TRUE(run_until([] { return within_opening.load(); }));
-    search_thread.wait_limit_ms = 20;
-    script.predict = first_move;
-    script.think = answer_with("31-27");
-    run({sends(move_message_text(20, 25)), hears_nothing(20)});
-    let_it_end();
-    run({hears(move_message_text(31, 27))});
+    });
+    expect_late_answer();
 }
 
 TEST_F(LateSearch, AnAnswerThatWasGivenUpIsNone) {
@@ -170,20 +171,9 @@ TEST_F(LateSearch, AnAnswerThatWasGivenUpIsNone) {
 }
 
 TEST_F(LateSearch, NorIsItInTheNetwork) {
-    settings.pondering_on = 1;
-    script.predict = [](const Position& position, int side, const MoveList& list) {
-        opening = true;
-        return answer_with("20-25")(position, side, list);
-    };
-    start_as_white();
-    ASSERT_TRUE(run_until([] { return within_opening.load(); }));
-    search_thread.wait_limit_ms = 20;
+    ponder_slowly_in_network("20-25");
     dxp_drop_search();
-    script.predict = first_move;
-    script.think = answer_with("31-27");
-    run({sends(move_message_text(20, 25)), hears_nothing(20)});
-    let_it_end();
-    run({hears(move_message_text(31, 27))});
+    expect_late_answer();
 }
 
 TEST_F(LateSearch, TheMoveIsTheEnginesWhileItsStartWaits) {
