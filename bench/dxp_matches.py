@@ -33,16 +33,12 @@ SIDE_CHANGED = {"wins": "losses", "losses": "wins"}
 
 
 class Copy:
-    """One side. A runtime folder for the two makes the listener the first copy and the other the second,
+    """One side. A data folder for the two makes the listener the first copy and the other the second,
     whatever else runs on the machine."""
 
     def __init__(self, program, folder, name, arguments):
-        home = f"{folder}/{name}"
-        os.makedirs(home, exist_ok=True)
-        os.makedirs(folder + "/run", mode=0o700, exist_ok=True)
-        environment = dict(os.environ, HOME=home, XDG_DATA_HOME=home + "/data", XDG_CONFIG_HOME=home + "/config",
-                           XDG_RUNTIME_DIR=folder + "/run")
-        self.output = home + "/output"
+        environment = dict(os.environ, HOME=folder, XDG_DATA_HOME=folder + "/data", XDG_CONFIG_HOME=folder + "/config")
+        self.output = f"{folder}/{name}.txt"
         with open(self.output, "wb") as output:
             self.process = subprocess.Popen([program, "dxp"] + arguments, env=environment, stdin=subprocess.DEVNULL,
                                             stdout=output, stderr=subprocess.STDOUT)
@@ -64,14 +60,14 @@ def read(path):
         return ""
 
 
-def data_folder(folder, name):
-    return f"{folder}/{name}/data/Quillorn/Tessarin International/"
+def file_of(folder, name, pattern):
+    return f"{folder}/data/Quillorn/Tessarin International/" + pattern % ("[1]" if name == "initiator" else "")
 
 
 def counters_of(folder, name):
     """The statistics file: wins, losses, draws and unknowns."""
-    path = data_folder(folder, name) + ("dxpstats[1].txt" if name == "initiator" else "dxpstats.txt")
-    line = re.search(r":  (\d+) wins, (\d+) losses, (\d+) draws, (\d+) unknowns\n$", read(path))
+    text = read(file_of(folder, name, "dxpstats%s.txt"))
+    line = re.search(r":  (\d+) wins, (\d+) losses, (\d+) draws, (\d+) unknowns\n$", text)
     counts = map(int, line.groups()) if line else (0, 0, 0, 0)
     return dict(zip(("wins", "losses", "draws", "unknowns"), counts))
 
@@ -133,7 +129,7 @@ def check_plan(program, path):
 
 def check_match(program, folder, before, kills):
     """`before` is what was counted when the listener was started, whose own counters begin at 0."""
-    results = check_plan(program, data_folder(folder, "initiator") + "dxpgames[1].pdn")
+    results = check_plan(program, file_of(folder, "initiator", "dxpgames%s.pdn"))
     ours, theirs = counters_of(folder, "initiator"), counters_of(folder, "listener")
     expect(+results == +collections.Counter(ours), f"{dict(results)} in the games, {ours} counted")
     # A game that ended at the very moment of a kill the listener has counted, and it is played once more.
@@ -196,7 +192,7 @@ def run_soak(program, folder, seconds, *options):
     initiator.interrupt()
     listener.interrupt()
     print(initiator.text(), listener.text())
-    expect_replay(program, data_folder(folder, "initiator") + "dxpgames[1].pdn",
+    expect_replay(program, file_of(folder, "initiator", "dxpgames%s.pdn"),
                   sum(counters_of(folder, "initiator").values()))
 
 
