@@ -38,8 +38,10 @@ struct PlayOptions {
     EgdbChoice egdb;
 };
 
-// A search runs, or has ended without its result having been seen; a ponder search is none.
+// A search runs or waits for the one before it, or has ended without its result having been seen; a ponder
+// search is none.
 bool search_is_open() {
+    if (search_thread.start_waits) return true;
     if (search_thread.pondering.load(std::memory_order_relaxed)) return false;
     return search_thread.searching.load(std::memory_order_acquire) ||
            search_thread.search_finished.load(std::memory_order_acquire);

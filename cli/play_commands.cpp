@@ -220,7 +220,7 @@ void change_pondering(const Words& words) {
     }
     if ((words[1] == "on") == (settings.pondering_on != 0)) return;
     pondering_command();
-    if (words[1] == "off" && search_thread.searching && search_thread.pondering) discard_search();
+    if (words[1] == "off" && search_thread.searching && !engine_time_runs()) discard_search();
 }
 
 void change_book(const Words& words) {
@@ -271,7 +271,7 @@ void change_header(const Words& words) {
 }
 
 void give_hint(const Words&) {
-    if (real_search_runs()) {
+    if (engine_time_runs()) {
         complain("the engine is searching");
         return;
     }

@@ -65,6 +65,7 @@ void run_search(SearchOptions& options) {
     int32_t searched = 0;
     const uint32_t flags = SEARCH_FULL_DEPTH | (options.all_scores ? SEARCH_ALL_SCORES : 0u);
     const int32_t value = getmove(position, position.side, text, stop_flag, flags, best, searched);
+    log_egdb_statistics();
     char move[MOVE_TEXT_SIZE];
     const bool has_move = full_move_text(position, best, position.side, move) > 0;
     std::printf("best %s value %d depth %d nodes %" PRIu64 "\n", has_move ? move : "none", value,

@@ -127,8 +127,10 @@ void search_button_command() {
         t.stop_flag.store(1, std::memory_order_relaxed);
     } else if (waits) {
         return;
+    } else if (game.gui_mode == NORMAL_MODE && t.searching.load(std::memory_order_acquire)) {
+        charge_user_time(clock_ms());
+        restart_search();
     } else if (game.gui_mode == NORMAL_MODE) {
-        if (t.searching.load(std::memory_order_acquire)) stop_search();
         start_search();
     } else if (is_analysis_mode(game.gui_mode)) {
         start_search();

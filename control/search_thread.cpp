@@ -1,5 +1,7 @@
 #include "control/search_thread.h"
 
+#include <utility>
+
 #include "base/clock.h"
 #include "base/detached_thread.h"
 #include "control/game_clock.h"
@@ -91,17 +93,24 @@ bool real_search_runs() {
 
 bool engine_time_runs() { return real_search_runs() || search_thread.start_waits; }
 
-bool wait_for_search() {
-    SearchThread& t = search_thread;
+namespace {
+
+bool wait_for_search_within(int limit_ms) {
     // Without a thread nothing searches.
-    return !t.running.load(std::memory_order_relaxed) || t.search_done_event.wait_for(t.wait_limit_ms);
+    return !search_thread.running.load(std::memory_order_relaxed) ||
+           search_thread.search_done_event.wait_for(limit_ms);
 }
 
+}  // namespace
+
+bool wait_for_search() { return wait_for_search_within(search_thread.wait_limit_ms); }
+
 bool stop_search() {
-    search_thread.start_waits = false;
-    search_thread.told_to_end = true;
-    search_thread.stop_flag.store(1, std::memory_order_relaxed);
-    return wait_for_search();
+    SearchThread& t = search_thread;
+    t.start_waits = false;
+    const bool waited_for = std::exchange(t.told_to_end, true);
+    t.stop_flag.store(1, std::memory_order_relaxed);
+    return wait_for_search_within(waited_for ? 0 : t.wait_limit_ms);
 }
 
 bool discard_search() {

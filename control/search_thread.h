@@ -103,8 +103,8 @@ bool engine_time_runs();
 // Waits until the search thread is idle, for `wait_limit_ms` at most. True if it is; a caller that has
 // nothing better to do goes on whatever the answer.
 bool wait_for_search();
-// Ends the search if one runs, and waits as `wait_for_search` does. Its result reaches `search_done` at the
-// next tick.
+// Ends the search if one runs, and waits as `wait_for_search` does, but for the same search once only. Its
+// result reaches `search_done` at the next tick.
 bool stop_search();
 // The same, and its result is thrown away. The user's lap begins where a search that did not ponder ends.
 bool discard_search();

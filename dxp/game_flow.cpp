@@ -111,8 +111,7 @@ void start_engine_move() {
         dxp_drop_search();
         return dxp_claim_end(GAME_GOES_ON);
     }
-    const SearchThread& t = search_thread;
-    if (t.searching.load(std::memory_order_acquire) && !t.told_to_end)
+    if (search_thread.searching.load(std::memory_order_acquire))
         restart_search();
     else
         start_search();

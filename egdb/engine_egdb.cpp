@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "base/log.h"
 #include "egdb/mtc_choice.h"
 #include "egdb/resolver.h"
 #include "eval/evaluation.h"
@@ -73,6 +74,21 @@ int32_t egdb_score(const Position& position, int side, EgdbValue value, NodeSumm
         default:
             return static_evaluation(position, side, summary);
     }
+}
+
+void log_egdb_statistics() {
+    const EgdbDriver* const wld = egdb_engine.wld;
+    if (!wld) return;
+    const EgdbStatistics& s = *wld->get_stats(wld->handle);
+    const auto count = [](const std::atomic<uint32_t>& counter) {
+        return counter.load(std::memory_order_relaxed);
+    };
+    const double requests = count(s.db_requests);
+    log_printf(
+        "lru cache hits %u, lru cache loads %u, autoload hits %u, valid returns %.1f%%, avg ht len %.2f\n",
+        count(s.lru_cache_hits), count(s.lru_cache_loads), count(s.autoload_hits),
+        requests > 0 ? 100 * count(s.db_returns) / requests : 0.0,
+        static_cast<double>(s.avg_ht_list_length.load(std::memory_order_relaxed)));
 }
 
 void set_egdb_lookup_depth(int pieces) {

@@ -66,5 +66,8 @@ int32_t egdb_draw_score(const NodeSummary& summary);
 // level. What the database does not know gets the static evaluation, capped at 0 where one side cannot win.
 int32_t egdb_score(const Position& position, int side, EgdbValue value, NodeSummary& summary);
 
+// Writes what the open database of values has counted to the log; nothing if none is open.
+void log_egdb_statistics();
+
 // Sets `lookup_depth` for a search from a root with that many pieces.
 void set_egdb_lookup_depth(int pieces);

@@ -6,9 +6,9 @@
 
 constexpr int BOARD_ROWS = 10;
 
-// What a window may make of the size of a square, in pixels.
+// What a window may make of the size of a square, in pixels; the largest board fills any screen.
 constexpr int MIN_SQUARE_SIZE = 20;
-constexpr int MAX_SQUARE_SIZE = 120;
+constexpr int MAX_SQUARE_SIZE = 400;
 
 struct BoardPlace {
     int column;

@@ -1,7 +1,10 @@
 // Loading: what is accepted, what is refused and what is logged; and books that are damaged in every way.
+#include <chrono>
 #include <climits>
 #include <cstring>
 #include <filesystem>
+#include <set>
+#include <thread>
 
 #include "base/log.h"
 #include "book_fixture.h"
@@ -57,6 +60,18 @@ TEST_F(BookLoad, PutsTheBookAtTheEnginesSide) {
     EXPECT_EQ(engine_book.book_move, book_move);
     EXPECT_EQ(logged, "Loading open book file " + path + ", version 3.00, 1 positions read\n");
     EXPECT_EQ(opening_book.file, path);
+}
+
+// With another seed each time, so that the engine does not open all its games alike.
+TEST_F(BookLoad, SeedsTheChoiceByTheTime) {
+    BookRandom unseeded;
+    std::set<uint32_t> first_words = {draw_book_random(unseeded)};
+    for (int i = 0; i < 1000 && first_words.size() < 5; ++i) {
+        ASSERT_EQ(load_positions(start_book()), 0);
+        first_words.insert(draw_book_random(opening_book.random));
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_EQ(first_words.size(), 5u);
 }
 
 TEST_F(BookLoad, ReportsThePositionsOfTheHeader) {

@@ -64,6 +64,7 @@ TEST(CliEgdbOptions, TheSearchUsesAFolderThatIsNamed) {
     const ProgramResult with = run_program(search + " --egdb " + quoted(SHIPPED));
     EXPECT_EQ(with.status, 0) << with.errors;
     EXPECT_GT(lookups_of(with.output), 0);
+    EXPECT_NE(with.output.find("lru cache hits "), std::string::npos);
     // The same each time, from any folder, however much memory there is.
     const ProgramResult again =
         run_program(search + " --egdb-cache 0 --egdb wld_database", "", PROJECT_FOLDER "/data");

@@ -54,6 +54,12 @@ TEST_F(SearchThreadTest, AFixedTimeIsSharedOutByMode) {
     }
 }
 
+TEST_F(SearchThreadTest, InfiniteEndsByCommandAlone) {
+    set_time_control(TIME_INFINITE);
+    start_in(NORMAL_MODE);
+    EXPECT_DOUBLE_EQ(search_state.max_time, 4e6);
+}
+
 TEST_F(SearchThreadTest, TheGameClockGivesTheTimeInNormalAndDxpModeAlone) {
     settings.use_game_clock = 1;
     settings.time_per_move = 10;
@@ -66,6 +72,7 @@ TEST_F(SearchThreadTest, TheGameClockGivesTheTimeInNormalAndDxpModeAlone) {
         const double target = mode == NORMAL_MODE || mode == DXP_MODE ? 90 * 60.0 / 75 : 10;
         EXPECT_DOUBLE_EQ(search_thread.search_target_time, target);
     }
+    EXPECT_EQ(count_events("box"), 0) << "nothing tells that the moves of the control are over";
     settings.use_game_clock = 0;
     start_in(DXP_MODE);
     EXPECT_DOUBLE_EQ(search_thread.search_target_time, 90 * 60.0 / 75) << "whatever the time control";

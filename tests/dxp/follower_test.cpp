@@ -190,6 +190,17 @@ TEST_F(FollowerTest, ACaptureWithoutCapturedSquaresIsToldTwice) {
     EXPECT_EQ(game.history_count, 3);
 }
 
+TEST_F(FollowerTest, OfSeveralCapturesTheFirstIsPlayed) {
+    script.think = first_move;
+    serve({sends(request_of_position('Z', "W:WK26:B1,13,17,24,32,34,42")), hears(ACCEPTED)});
+    run({sends(move_message_text(26, 8)), hears("M0000*")});
+    ASSERT_GE(game.history_count, 2);
+    MoveList list;
+    generate_moves(game.game_history[0].position, list, WHITE);
+    ASSERT_GT(list.count, 1);
+    EXPECT_TRUE(same_pieces(game.game_history[1].position, position_after(list[0], BLACK)));
+}
+
 TEST_F(FollowerTest, AQuietMoveWithCapturedSquaresIsToldAndPlayed) {
     start_as_black();
     script.think = answer_with("19-23");

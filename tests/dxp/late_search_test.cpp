@@ -3,6 +3,7 @@
 #include <thread>
 #include <utility>
 
+#include "base/clock.h"
 #include "control/analyze_games.h"
 #include "control/database_settings.h"
 #include "control/game_clock.h"
@@ -224,6 +225,58 @@ TEST_F(LateSearch, InAGameTheButtonLeavesTheWaitAlone) {
     let_it_end();
     EXPECT_TRUE(run_until([] { return game.history_count == 5; }));
     EXPECT_GE(clock_state.black_used, 60) << "all of the wait is the engine's";
+}
+
+// The engine then plays the user's side, whose minute of thought it was until then.
+TEST_F(LateSearch, TheButtonChargesWhatWasBeforeAndTheWait) {
+    clock_state.clock_running = true;
+    ponder_slowly();
+    const double used = clock_state.white_used, other_used = clock_state.black_used;
+    let_a_minute_pass();
+    search_button_command();
+    ASSERT_TRUE(search_thread.start_waits);
+    EXPECT_GE(clock_state.white_used, used + 60);
+    let_a_minute_pass();
+    let_it_end();
+    EXPECT_TRUE(run_until([] { return game.history_count == 4; }));
+    EXPECT_GE(clock_state.white_used, used + 120);
+    EXPECT_LT(clock_state.black_used, other_used + 30);
+}
+
+TEST_F(LateSearch, IsWaitedForOnce) {
+    ponder_slowly();
+    search_thread.wait_limit_ms = 2000;
+    new_game_command();
+    const int64_t start = clock_ms();
+    play("32-28");
+    discard_search();
+    EXPECT_LT(clock_ms() - start, 2000);
+    // The next one is another.
+    let_it_end();
+    ASSERT_TRUE(run_until([] { return !search_thread.searching && !search_thread.search_finished; }));
+    script.hold = true;
+    start_search();
+    wait_until_held();
+    std::jthread later([] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        script.hold = false;
+    });
+    EXPECT_TRUE(discard_search());
+}
+
+TEST_F(LateSearch, AnAnalysisOfTheGameBeginsBehindIt) {
+    ponder_slowly();
+    std::jthread later([] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        opening = false;
+    });
+    script.think = first_move;
+    const uint32_t searches = search_thread.searches_started;
+    analyze_game_command(false);
+    EXPECT_EQ(game.gui_mode, ANALYZE_GAME_MODE);
+    EXPECT_EQ(search_thread.searches_started, searches);
+    EXPECT_TRUE(run_until([] { return game.gui_mode == NORMAL_MODE; }));
+    EXPECT_GE(search_thread.searches_started, searches + 2) << "one for each move of the game";
 }
 
 TEST_F(LateSearch, TheClockIsStoppedInTheEnginesTime) {

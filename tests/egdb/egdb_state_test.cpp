@@ -6,6 +6,8 @@
 
 #include <thread>
 
+#include "base/file_calls.h"
+#include "base/log.h"
 #include "egdb/egdb_log.h"
 #include "egdb/engine_egdb.h"
 #include "egdb/position_walk.h"
@@ -297,6 +299,64 @@ TEST_F(State, AWishDuringAnOpeningWaitsForItsEnd) {
         EXPECT_EQ(egdb_state, EGDB_IN_USE);
         EXPECT_EQ(egdb_engine.maxpieces, 2);
     }
+}
+
+std::atomic<bool> files_can_be_opened = true;
+
+// However often searches begin meanwhile.
+TEST_F(State, AnOpeningUnderWayHoldsWishesBack) {
+    files_can_be_opened = false;
+    file_calls.open = [](const char* path, int flags, mode_t mode) {
+        while (!files_can_be_opened) std::this_thread::yield();
+        return system_file_calls().open(path, flags, mode);
+    };
+    options.wld_parallel_init = true;
+    change_and_prepare();
+    EXPECT_EQ(egdb_state, EGDB_OPENING);
+    events.clear();
+    options.wld_max_pieces = 2;
+    for (int search = 0; search < 3; ++search) {
+        reopen_wld = reopen_mtc = true;
+        prepare();
+        EXPECT_TRUE(reopen_wld && reopen_mtc);
+        EXPECT_EQ(egdb_state, EGDB_OPENING);
+    }
+    EXPECT_TRUE(events.empty());
+    files_can_be_opened = true;
+    wait();
+    file_calls = system_file_calls();
+    EXPECT_EQ(egdb_state, EGDB_OPENED);
+    prepare();
+    EXPECT_FALSE(reopen_wld || reopen_mtc);
+    wait();
+    prepare();
+    expect_open(2);
+}
+
+std::string logged_text;
+
+TEST_F(State, WhatTheDatabaseCountsIsLogged) {
+    logged_text.clear();
+    log_listener = [](const char* text) { logged_text += text; };
+    log_egdb_statistics();
+    EXPECT_EQ(logged_text, "") << "none is open";
+    change_and_prepare();
+    const EgdbDriver& wld = *egdb_engine.wld;
+    wld.reset_stats(wld.handle);
+    log_egdb_statistics();
+    EgdbStatistics& s = *wld.get_stats(wld.handle);
+    s.lru_cache_hits = 1;
+    s.lru_cache_loads = 2;
+    s.autoload_hits = 4000000000;
+    s.db_requests = 8;
+    s.db_returns = 6;
+    s.avg_ht_list_length = 1.5;
+    log_egdb_statistics();
+    EXPECT_EQ(
+        logged_text,
+        "lru cache hits 0, lru cache loads 0, autoload hits 0, valid returns 0.0%, avg ht len 0.00\n"
+        "lru cache hits 1, lru cache loads 2, autoload hits 4000000000, valid returns 75.0%, avg ht len 1.50\n");
+    log_listener = nullptr;
 }
 
 // Searches begin one after the other with lookups on other threads in between, while settings change.

@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <filesystem>
 #include <random>
 
+#include "base/file_calls.h"
 #include "egdb/file_crc.h"
 #include "tests/egdb/database_folder.h"
 
@@ -166,6 +168,28 @@ TEST(FileCrc, OverPiecesAndStopped) {
         EXPECT_EQ(file_crc(file, &abort, crc), 1);
         EXPECT_EQ(crc, 0u);
     }
+}
+
+std::atomic<bool> stopped_reading = false;
+int pieces_read = 0;
+
+// The wish comes while the second of ten pieces is read: no other is.
+TEST(FileCrc, StopsWithinAFile) {
+    const ScratchFolder folder;
+    std::ofstream(folder.file("a"), std::ios::binary) << std::string(10 * 16384, 'a');
+    InputFile file;
+    ASSERT_TRUE(open_input(folder.file("a"), file));
+    stopped_reading = false;
+    pieces_read = 0;
+    file_calls.read = [](int descriptor, void* data, size_t bytes) -> ssize_t {
+        if (++pieces_read == 2) stopped_reading = true;
+        return system_file_calls().read(descriptor, data, bytes);
+    };
+    uint32_t crc = 1;
+    EXPECT_EQ(file_crc(file, &stopped_reading, crc), 1);
+    file_calls = system_file_calls();
+    EXPECT_EQ(crc, 0u);
+    EXPECT_EQ(pieces_read, 2);
 }
 
 }  // namespace

@@ -93,7 +93,8 @@ TEST(IndexFile, ManyBlocksAreKept) {
     constexpr int BLOCKS = 45000;
     std::string text = "BASE2,1,1,1,0,b:0/0,1,228\n";
     for (int i = 1; i < BLOCKS; ++i)
-        text += std::to_string(i * 1000) + "," + std::to_string(i % 50) + ",228\n";
+        text +=
+            std::to_string(i * 1000) + "," + std::to_string(i % 50) + "," + std::to_string(i % 256) + "\n";
     const Reading reading(text, BLOCKS * int64_t{4096});
     ASSERT_EQ(reading.status, 0) << database_log;
     const Subslice& subslice = reading.at({2, 1, 1, 1}, BLACK);
@@ -101,6 +102,7 @@ TEST(IndexFile, ManyBlocksAreKept) {
     for (uint32_t i = 0; i < BLOCKS; ++i) {
         ASSERT_EQ(subslice.indices[i], i * 1000);
         ASSERT_EQ(subslice.catalogidx[i], i == 0 ? 1 : i % 50);
+        ASSERT_EQ(subslice.vmap[i], i == 0 ? 228 : i % 256);
     }
 }
 

@@ -86,6 +86,37 @@ TEST(CacheSize, TheRestOfTheMemoryOrTheLeast) {
     EXPECT_EQ(cache_size(rules, 0, 2'000'000, INT32_MAX).blocks, 2'000'000 * MEGABYTE / 4384);
 }
 
+TEST(CacheSize, OfEachType) {
+    struct Row {
+        EgdbType type;
+        int64_t block;
+        int32_t least;
+    };
+    for (const auto& [type, block, least] :
+         {Row{EGDB_WLD, 4384, 2560}, Row{EGDB_WLD_FIXED_CODES, 4384, 2560},
+          Row{EGDB_WLD_VALUE_LISTS, 4428, 2560}, Row{EGDB_MTC, 16416, 640}}) {
+        const CacheRules rules = cache_rules(type);
+        EXPECT_EQ(cache_size(rules, 41472, 64, 1000000).blocks, (64 * MEGABYTE - 41472) / block) << type;
+        EXPECT_EQ(cache_size(rules, 41472, 10, 1000000).blocks, least) << type;
+    }
+}
+
+// The older types hold files of up to four pieces whole, whatever they need.
+TEST(ChooseAutoload, SmallFilesOfEachType) {
+    for (const EgdbType type : {EGDB_WLD, EGDB_WLD_FIXED_CODES, EGDB_WLD_VALUE_LISTS}) {
+        NamedFiles named(6);
+        for (int32_t i = 0; i < named.list.count; ++i) {
+            named.bring(i);
+            named.file(i).num_cache_blocks = 10000 * 256;
+        }
+        order_files(named.database, cache_rules(type));
+        choose_autoload(named.database, cache_rules(type), 2);
+        for (int32_t i = 0; i < named.list.count; ++i)
+            EXPECT_EQ(named.file(i).autoload != 0, named.file(i).pieces < (type == EGDB_WLD ? 6 : 5))
+                << type << " " << named.file(i).name.data();
+    }
+}
+
 TEST(FileOrder, SmallFilesThenFewKingsThenFewPieces) {
     NamedFiles named(8);
     for (int32_t i = 0; i < named.list.count; ++i) named.bring(i, i % 2 ? BLACK : WHITE);
@@ -192,6 +223,36 @@ TEST(WldPieces, AreThoseOfTheFilesThatAreThere) {
     EXPECT_EQ(Pieces(named.database).one_side, 4);
 }
 
+// Something is known of that material.
+void fill_slice(EgdbDatabase& database, const Material& m, int side) {
+    SubdbSlot& slot = (*database.cprsubdatabase)[static_cast<size_t>(egdb_slot(m, side))];
+    slot.count = 1;
+    slot.subslices.reset(new Subslice[1]);
+}
+
+TEST(WldPieces, EitherMaterialOfNineHasAKing) {
+    for (const Material& m : {Material{4, 1, 4, 0}, Material{5, 0, 3, 1}}) {
+        NamedFiles named(9);
+        for (int32_t i = 0; i < named.list.count; ++i) named.file(i).is_present = named.file(i).pieces == 9;
+        EXPECT_EQ(Pieces(named.database).kings_of_nine, 0);
+        fill_slice(named.database, m, BLACK);
+        EXPECT_EQ(Pieces(named.database).kings_of_nine, 1);
+    }
+}
+
+// Of the older types white to move tells nothing.
+TEST(WldPieces, TheSideToMoveOfEightByType) {
+    for (const EgdbType type : {EGDB_WLD, EGDB_WLD_FIXED_CODES, EGDB_WLD_VALUE_LISTS}) {
+        NamedFiles named(8);
+        named.database.type = type;
+        for (int32_t i = 0; i < named.list.count; ++i) named.file(i).is_present = named.file(i).pieces == 8;
+        fill_slice(named.database, {0, 4, 4, 0}, WHITE);
+        EXPECT_EQ(Pieces(named.database).kings_of_eight, type == EGDB_WLD ? 4 : 0) << type;
+        fill_slice(named.database, {2, 2, 4, 0}, BLACK);
+        EXPECT_EQ(Pieces(named.database).kings_of_eight, type == EGDB_WLD ? 4 : 2) << type;
+    }
+}
+
 TEST(WldPieces, KingsOfEightAndNine) {
     struct Row {
         const char* name;
@@ -211,16 +272,11 @@ TEST(WldPieces, KingsOfEightAndNine) {
             named.bring(i, row.side);
             found = true;
         }
-        // The list ends before the files with kings of nine pieces: a Slice of the same material stands for
-        // it.
-        if (!found && std::string(row.name) == "db9-4140") {
-            SubdbSlot& slot =
-                (*named.database.cprsubdatabase)[static_cast<size_t>(egdb_slot({4, 1, 4, 0}, row.side))];
-            slot.count = 1;
-            slot.subslices.reset(new Subslice[1]);
-        } else if (!found) {
+        // The list ends before the files with kings of nine pieces.
+        if (!found && std::string(row.name) == "db9-4140")
+            fill_slice(named.database, {4, 1, 4, 0}, row.side);
+        else if (!found)
             ADD_FAILURE() << row.name;
-        }
         const Pieces pieces(named.database);
         EXPECT_EQ(pieces.kings_of_eight, row.eight) << row.name;
         EXPECT_EQ(pieces.kings_of_nine, row.nine) << row.name;

@@ -1,5 +1,5 @@
 // The choice of a root move by numbers of moves that a function makes up. A white man on 31 and a king on 46
-// play against a man on 5.
+// play against a man on 45.
 #include "egdb/mtc_choice.h"
 
 #include "egdb/mtc_codes.h"
@@ -12,12 +12,13 @@ class MtcChoice : public EngineEgdbTest {
     void SetUp() override {
         EngineEgdbTest::SetUp();
         open(4, true);
-        position = position_with(WHITE, {5}, {}, {31}, {46});
+        position = position_with(WHITE, {45}, {}, {31}, {46});
         generate_moves(position, moves, WHITE);
         mtc_driver.handle = this;
         mtc_driver.lookup = [](void* handle, const Position& p, int side, bool conditional) {
             EXPECT_FALSE(conditional);
             EXPECT_EQ(p.side, side);
+            EXPECT_FALSE(has_capture(p, side));
             return static_cast<EgdbValue>(static_cast<MtcChoice*>(handle)->number(p));
         };
         egdb_engine.mtc = &mtc_driver;
@@ -137,4 +138,23 @@ TEST_F(MtcChoice, TheLoserConvertsLast) {
     // All that does not convert is near.
     king_41 = king_37 = 8;
     expect_none();
+}
+
+// Where the side to move has a capture no number is asked for, whatever the files would tell.
+TEST_F(MtcChoice, ACaptureHasNoNumber) {
+    position = position_with(WHITE, {22}, {}, {32}, {46});
+    moves.count = 0;
+    generate_moves(position, moves, WHITE);
+    expect_none();  // 32-27 wins, and is taken at once
+    position = position_with(WHITE, {28}, {}, {32}, {46});
+    moves.count = 0;
+    generate_moves(position, moves, WHITE);
+    expect_none();
+    // The loser's move into a capture has none either, and stands behind those that have one.
+    white_wins = false;
+    position = position_with(WHITE, {22}, {}, {32}, {46});
+    moves.count = 0;
+    generate_moves(position, moves, WHITE);
+    ASSERT_EQ(choose(), 1);
+    EXPECT_NE(std::string(text).find("32-27(?)"), std::string::npos) << text;
 }

@@ -2,6 +2,9 @@
 // and when they can be given, the pane, the title.
 #include <QStatusBar>
 
+#include <filesystem>
+
+#include "base/instance.h"
 #include "control/program_flags.h"
 #include "dxp/game_flow.h"
 #include "dxp/match.h"
@@ -155,6 +158,23 @@ TEST_F(Network, AMatchIsPlayedInTheWindow) {
     EXPECT_EQ(pane_shows(DXP_WINDOW).find("Connection lost"), std::string::npos);
     const std::string stats = content_of(data_folder() + "dxpstats.txt");
     EXPECT_TRUE(stats.starts_with("Tessarin 1.60b vs Scripted Peer:  ")) << stats;
+}
+
+TEST_F(Network, TheSecondCopyHasItsNumberInItsTitles) {
+    std::filesystem::create_directories(data_folder());
+    const InstanceLock first = claim_instance(data_folder(), "Tessarin International");
+    ASSERT_TRUE(first.held());
+    open_small();
+    EXPECT_EQ(title(), "Tessarin International(x64)[1] 1.60b");
+    action(COMMAND_DXP_WAIT).trigger();
+    Peer peer;
+    ASSERT_TRUE(peer_connect(peer, port()));
+    ASSERT_TRUE(peer_send(peer, game_request_text("Scripted Peer", 'Z', "120", "050")));
+    EXPECT_TRUE(wait_until([] {
+        return title() == "Tessarin[1] 1.60b vs Scripted Peer:  0 wins, 0 losses, 0 draws, 0 unknowns";
+    })) << title();
+    action(COMMAND_DXP_TERMINATE).trigger();
+    EXPECT_EQ(title(), "Tessarin International(x64)[1] 1.60b");
 }
 
 TEST_F(Network, TheProgramClosesInTheMiddleOfAMatch) {

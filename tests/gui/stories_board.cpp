@@ -14,6 +14,7 @@
 namespace {
 
 constexpr int SMALLEST_SQUARE = 16;
+constexpr int LARGEST_SQUARE = 120;  // that the display of the stories has room for
 constexpr int USUAL_SQUARE = 44;
 constexpr int PREFIX_PIXELS = 12;
 // Rounding apart the pixels are the same.
@@ -114,7 +115,7 @@ std::optional<QPoint> find_board_of(const QImage& seen, const QImage& empty_boar
 
 std::vector<int> sizes_to_try() {
     std::vector<int> sizes = {USUAL_SQUARE};
-    for (int size = SMALLEST_SQUARE; size <= MAX_SQUARE_SIZE; ++size)
+    for (int size = SMALLEST_SQUARE; size <= LARGEST_SQUARE; ++size)
         if (size != USUAL_SQUARE) sizes.push_back(size);
     return sizes;
 }

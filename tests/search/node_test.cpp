@@ -1,8 +1,10 @@
 // Single nodes of the tree: each rule at the place where it begins and ends to hold.
 #include <algorithm>
+#include <atomic>
 #include <numeric>
 #include <vector>
 
+#include "search/split.h"
 #include "tests/search/node_fixture.h"
 
 namespace {
@@ -432,33 +434,70 @@ TEST_F(NodeTest, AStoppedThreadLeavesTheNodeAtItsNextMove) {
     me().stop = false;
 }
 
-// The flag goes up deep in the tree: all levels return, and none of them stores what it has.
-TEST_F(NodeTest, AThreadThatIsStoppedDeepStoresNothing) {
-    const Position p = position_of("W:W31,37,41,K48:B6,12,K5");
-    open_database(40, 20, 9, 8, false);
-    search_state.active_threads = 2;
-    int asked = 0, until = 1 << 30;
-    std::vector<uint64_t> table_at_stop;
-    database_answer = [&](const Position&, int, bool) {
-        if (++asked == until) {
-            me().stop = true;
-            table_at_stop = table_words();
+// A search of a worker that ends deep in the tree by the flag that `stop` raises: all levels return, and none
+// of them stores what it has.
+class StoppedDeep : public NodeTest {
+  protected:
+    template <typename Value>
+    void expect_nothing_stored(std::atomic<Value>& flag) {
+        const Position p = position_of("W:W31,37,41,K48:B6,12,K5");
+        open_database(40, 20, 9, 8, false);
+        int asked = 0, until = 1 << 30;
+        std::vector<uint64_t> table_at_stop;
+        database_answer = [&](const Position&, int, bool) {
+            if (++asked == until) {
+                flag = Value{true};
+                table_at_stop = table_words();
+            }
+            return EGDB_UNKNOWN;
+        };
+        const auto search = [&] {
+            tt_clear();
+            forget_moves();
+            worker.killers.fill({});
+            worker.stop = false;
+            flag = Value{false};
+            asked = 0;
+            int32_t best_index = -99;
+            return node_search(p, 1, 72, -50, 50, false, best_index, worker);
+        };
+        search();
+        const int questions = asked;
+        ASSERT_GT(questions, 100);
+        for (until = 1; until < questions; until += 1 + questions / 40) {
+            EXPECT_EQ(search(), 0);
+            EXPECT_TRUE(table_words() == table_at_stop);
+            EXPECT_LE(asked, until + 50);
         }
-        return EGDB_UNKNOWN;
-    };
-    node(p, 1, 72, -50, 50, false);
-    const int questions = asked;
-    ASSERT_GT(questions, 100);
-    for (until = 1; until < questions; until += 1 + questions / 40) {
-        tt_clear();
-        forget_moves();
-        me().stop = false;
-        asked = 0;
-        EXPECT_EQ(node(p, 1, 72, -50, 50, false).value, 0);
-        EXPECT_TRUE(table_words() == table_at_stop);
-        EXPECT_LE(asked, until + 50);
+        worker.stop = false;
     }
-    me().stop = false;
+
+    ThreadRecord& worker = thread_records[1];
+};
+
+TEST_F(StoppedDeep, ByTheThreadsOwnFlag) {
+    search_state.active_threads = 2;
+    expect_nothing_stored(worker.stop);
+}
+
+TEST_F(StoppedDeep, ByTheFlagOfTheSearch) {
+    search_state.active_threads = 2;
+    std::atomic<int32_t> stop = 0;
+    search_state.stop_flag = &stop;
+    expect_nothing_stored(stop);
+    search_state.stop_flag = nullptr;
+}
+
+TEST_F(StoppedDeep, ByACutOffAboveWhereMoreThanTwoSearch) {
+    search_state.active_threads = 3;
+    SplitPoint &upper = split_points[0][0], &lower = split_points[2][0];
+    upper.parent = nullptr;
+    lower.parent = &upper;
+    worker.current_split = &lower;
+    expect_nothing_stored(upper.cut_off);
+    worker.current_split = nullptr;
+    upper.cut_off = false;
+    lower.parent = nullptr;
 }
 
 }  // namespace
