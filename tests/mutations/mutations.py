@@ -221,7 +221,7 @@ MUTATIONS = [
     ("control/start_search.cpp", "    const int64_t asked = clock_ms();\n    const bool idle = stop_search();", "    const bool idle = stop_search();\n    const int64_t asked = clock_ms();", "dxp_peer_tests"),
     ("control/start_search.cpp", "|| t.start_waits || !t.running.load(std::memory_order_relaxed)) return;", "|| t.start_waits) return;", "control_game_tests"),
     ("control/game_commands.cpp", "    } else if (waits) {", "    } else if (waits && game.gui_mode != NORMAL_MODE) {", "dxp_peer_tests"),
-    ("control/search_thread.cpp", "waited_for ? 0 : t.wait_limit_ms", "t.wait_limit_ms", "dxp_peer_tests"),
+    ("control/search_thread.cpp", "waited_for ? 0 : t.wait_limit_ms", "waited_for ? t.wait_limit_ms : t.wait_limit_ms", "dxp_peer_tests"),
     ("control/search_thread.cpp", "waited_for ? 0 : t.wait_limit_ms", "0 * waited_for", "dxp_peer_tests control_game_tests"),
     ("control/game_commands.cpp", "        charge_user_time(clock_ms());\n        restart_search();", "        restart_search();", "dxp_peer_tests"),
     ("control/game_commands.cpp", "        charge_user_time(clock_ms());\n        restart_search();", "        stop_search();\n        start_search();", "dxp_peer_tests"),
