@@ -51,6 +51,12 @@ void search_thread_body() {
     }
 }
 
+bool wait_for_search_within(int limit_ms) {
+    // Without a thread nothing searches.
+    return !search_thread.running.load(std::memory_order_relaxed) ||
+           search_thread.search_done_event.wait_for(limit_ms);
+}
+
 }  // namespace
 
 void start_search_thread() {
@@ -92,16 +98,6 @@ bool real_search_runs() {
 }
 
 bool engine_time_runs() { return real_search_runs() || search_thread.start_waits; }
-
-namespace {
-
-bool wait_for_search_within(int limit_ms) {
-    // Without a thread nothing searches.
-    return !search_thread.running.load(std::memory_order_relaxed) ||
-           search_thread.search_done_event.wait_for(limit_ms);
-}
-
-}  // namespace
 
 bool wait_for_search() { return wait_for_search_within(search_thread.wait_limit_ms); }
 

@@ -18,7 +18,7 @@ constexpr int WINNERS_DEPTH = 16;
 constexpr int LOSERS_DEPTH = 9;
 
 int32_t number_of(const Position& position) {
-    // What files tell of it is not specified; the capture is the conversion.
+    // Files may tell anything there; the capture itself is the conversion.
     if (has_capture(position, position.side)) return NO_MTC;
     const EgdbDriver& mtc = *egdb_engine.mtc;
     return static_cast<int32_t>(mtc.lookup(mtc.handle, position, position.side, false));
