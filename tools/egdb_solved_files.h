@@ -16,5 +16,5 @@ bool take_kept(const std::string& folder, const Material& m, SolvedSet& set);
 EgdbBuildStatus solve_and_keep(const std::string& folder, const Material& m, SolvedSet& set,
                                const SolveControl& control, EgdbBuildResult& result);
 
-// Removes those of up to so many pieces.
+// Removes those of up to so many pieces, and what builds that were killed left half written in the folder.
 void remove_kept(const std::string& folder, int pieces);

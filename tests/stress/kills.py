@@ -83,9 +83,11 @@ def content(path):
 
 
 def contents(folder):
-    """Without work files, where what was found stands in the order in which it was."""
+    """Without work files, where what was found stands in the order in which it was, and without what of books and
+    games was being written aside at a kill, which nobody takes away."""
     return {os.path.relpath(os.path.join(path, name), folder): content(os.path.join(path, name))
-            for path, _, names in os.walk(folder) for name in names if not name.endswith(".work")}
+            for path, _, names in os.walk(folder) for name in names
+            if not name.endswith(".work") and not re.search(r"\.(odb|bin|work)\.new\d+-\d+$", name)}
 
 
 def fresh(path):
