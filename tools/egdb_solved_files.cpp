@@ -20,6 +20,7 @@ bool was_left_aside(const std::string& name) {
     constexpr std::string_view MARK = ".new";
     const size_t mark = name.rfind(MARK);
     return (name.starts_with("solved") || name.starts_with("db")) && mark != std::string::npos &&
+           mark + MARK.size() < name.size() &&
            name.find_first_not_of("0123456789-", mark + MARK.size()) == std::string::npos;
 }
 
@@ -47,7 +48,8 @@ void remove_kept(const std::string& folder, int pieces) {
         for (const Material& m : solving_order(n)) std::remove(kept_path(folder, m).c_str());
     std::error_code error;
     std::vector<std::filesystem::path> left;
-    for (const auto& entry : std::filesystem::directory_iterator(folder.empty() ? "." : folder, error))
-        if (was_left_aside(entry.path().filename().string())) left.push_back(entry.path());
+    std::filesystem::directory_iterator entry(folder.empty() ? "." : folder, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
+        if (was_left_aside(entry->path().filename().string())) left.push_back(entry->path());
     for (const std::filesystem::path& path : left) std::filesystem::remove(path, error);
 }

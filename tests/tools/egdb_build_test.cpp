@@ -55,14 +55,14 @@ TEST(EgdbBuild, EveryPositionOfTwoAndThreePiecesIsRead) {
 TEST(EgdbBuild, WhatKilledBuildsLeftIsTakenAway) {
     const ScratchFolder folder;
     for (const char* const name : {"solved3-1101.part.new12918-7", "db2.cpr1.new1-0", "db2.idx1.new77-12",
-                                   "notes.new1-0", "db2.cpr1.newer", "solved.txt"})
+                                   "notes.new1-0", "db2.cpr1.newer", "db2.new", "solved.txt"})
         write_content(folder.file(name), "half");
     ASSERT_EQ(build(folder.file(""), 2), EGDB_BUILT);
     std::set<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(folder.path))
         names.insert(entry.path().filename().string());
-    EXPECT_EQ(names, (std::set<std::string>{"db2.cpr1", "db2.cpr1.newer", "db2.idx1", "notes.new1-0",
-                                            "solved.txt"}));
+    EXPECT_EQ(names, (std::set<std::string>{"db2.cpr1", "db2.cpr1.newer", "db2.idx1", "db2.new",
+                                            "notes.new1-0", "solved.txt"}));
 }
 
 TEST(EgdbBuild, EveryPositionIsReadThroughASmallCache) {
